@@ -1,0 +1,57 @@
+// What a task that fetches a configuration document carries.
+
+#include "config/config_accessory_params.h"
+
+#include "headsetmgmt/plugins.h"
+#include "headsetmgmt/utilities.h"
+
+namespace headsetmgmt::config {
+
+ConfigAccessoryParams::ConfigAccessoryParams(ConfigInterface* object)
+    : config(object != nullptr ? object->clone() : nullptr) {
+    if (config && config->get_config_retries() >= 1) {
+        constexpr unsigned int back_off = 30;
+        constexpr unsigned int spread = 10;
+        defer_time = get_seconds_to_wait(back_off, spread);
+    }
+}
+
+ConfigAccessoryParams::ConfigAccessoryParams(const ConfigAccessoryParams& other)
+    : TaskParametersInterface(other), config(other.config ? other.config->clone() : nullptr),
+      defer_time(other.defer_time), timeout(other.timeout) {}
+
+TaskParametersInterface* ConfigAccessoryParams::clone() const {
+    return new ConfigAccessoryParams(*this);
+}
+
+int ConfigAccessoryParams::get_type() const {
+    return configure_accessory;
+}
+
+int ConfigAccessoryParams::check_status() {
+    if (globals::plugins.system_info == nullptr || !config) {
+        return drop;
+    }
+    // The getters of an accessory are not const; this one belongs to the task's own copy.
+    auto* accessory = const_cast<AccessoryInfoInterface*>(config->get_accessory());
+    if (accessory->firmware_data_ready()) {
+        return ready;
+    }
+    constexpr unsigned int seconds_to_next_look = 6;
+    defer_time = seconds_to_next_look;
+    return not_ready;
+}
+
+unsigned int ConfigAccessoryParams::get_timeout() const {
+    return timeout;
+}
+
+unsigned int ConfigAccessoryParams::get_defer_time() const {
+    return defer_time;
+}
+
+ConfigInterface* ConfigAccessoryParams::get_config() const {
+    return config.get();
+}
+
+}  // namespace headsetmgmt::config

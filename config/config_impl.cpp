@@ -1,0 +1,124 @@
+// Configuration objects: making, copying and asking them, where their document lies, new facts,
+// reset.
+
+#include "config/config_impl.h"
+
+#include <mutex>
+
+#include "headsetmgmt/constants.h"
+#include "headsetmgmt/plugins.h"
+
+#include "metrics/url_templates.h"
+
+namespace headsetmgmt::config {
+
+ConfigImpl::ConfigImpl(const std::string& id, const AccessoryInfoInterface* info,
+                       const std::string& component)
+    : logger(make_logger(component)), accessory_id(id), logger_name(component) {
+    settings_mutex = make_mutex(false);
+    config_retries = 0;
+    firmware_mutex = make_mutex(false);
+    accessory.reset(info->clone());
+}
+
+ConfigImpl::ConfigImpl(const ConfigImpl& other)
+    : ConfigInterface(other), settings(other.settings), settings_mutex(make_mutex(false)),
+      current_model(other.current_model), last_updated_time(other.last_updated_time),
+      accessory_id(other.accessory_id), accessory(other.accessory->clone()),
+      pending_firmware(other.pending_firmware), firmware_mutex(make_mutex(false)) {
+    // The name is copied last: a copy's log lines carry no name, which tells them from those of the
+    // registered object.
+    logger = make_logger(logger_name);
+    logger_name = other.logger_name;
+}
+
+ConfigImpl::~ConfigImpl() {
+    {
+        const std::lock_guard<MutexInterface> settings_lock(*settings_mutex);
+        settings.clear();
+    }
+    accessory.reset();
+    logger.reset();
+    firmware_mutex.reset();
+    settings_mutex.reset();
+}
+
+std::string ConfigImpl::get_config_url() const {
+    SystemInfoInterface* system_info = globals::plugins.system_info;
+    std::string url = system_info->get_config_url();
+    logger->info() << "get_config_url: tokenized url: " << url;
+    if (url.empty()) {
+        return constants::default_config_file;
+    }
+    if (has_token(url, constants::tftp_token)) {
+        const auto index = static_cast<unsigned int>(get_config_retries());
+        const std::string server = system_info->get_tftp_server(index);
+        if (server.empty()) {
+            logger->warning() << "get_config_url" << constants::tag_plugin_err
+                              << " no config servers found, returning";
+            return url;
+        }
+        replace_token(url, constants::tftp_token, server_in_url(server));
+    }
+    if (has_token(url, userid_token)) {
+        replace_token(url, userid_token, system_info->get_host_user_id());
+    }
+    return url;
+}
+
+std::map<int, ConfigParam> ConfigImpl::retrieve_config() {
+    return settings;
+}
+
+ACCESSORY_TYPE ConfigImpl::get_type() const {
+    return accessory_type;
+}
+
+const AccessoryInfoInterface* ConfigImpl::get_accessory() const {
+    return accessory.get();
+}
+
+std::string ConfigImpl::get_accessory_id() const {
+    return accessory_id;
+}
+
+bool ConfigImpl::reset_config() {
+    logger->info() << "reset_config: Resetting config";
+    apply_config_to_device(ApplyType::RESET);
+    return true;
+}
+
+bool ConfigImpl::update(const AccessoryInfoInterface* info) {
+    reset_timestamps();
+    set_config_retries(0);
+    accessory.reset(info->clone());
+    return true;
+}
+
+ConfigInterface* ConfigImpl::clone() {
+    return new ConfigImpl(*this);
+}
+
+void ConfigImpl::reset_timestamps() {
+    last_updated_time = 0.0;
+}
+
+std::string ConfigImpl::get_firmware_version() {
+    return accessory->get_software_version();
+}
+
+void ConfigImpl::request_upgrade(const std::string& version, const std::string& firmware_name) {
+    globals::plugins.config_driver->request_upgrade(accessory_id, version, firmware_name);
+}
+
+HeadsetConfigImpl::HeadsetConfigImpl(const std::string& id, const AccessoryInfoInterface* info)
+    : ConfigImpl(id, info, "HeadsetConfigImpl") {
+    accessory_type = HEADSET;
+}
+
+CameraConfigImpl::CameraConfigImpl(const std::string& id, const AccessoryInfoInterface* info)
+    : ConfigImpl(id, info, "CameraConfigImpl") {
+    accessory_type = CAMERA;
+}
+
+}  // namespace headsetmgmt::config

@@ -1,0 +1,135 @@
+// The configuration object of one accessory, as the library makes it.
+
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "headsetmgmt/accessory_info.h"
+#include "headsetmgmt/config.h"
+
+#include "core/owners.h"
+
+struct cJSON;
+
+namespace headsetmgmt::config {
+
+/// What headsets and cameras have in common, which is everything but their names.
+///
+/// JSON nodes are borrowed for the call and may be null. Operations without a word of their own are
+/// for the thread that holds the object: the manager's registry mutex for a registered object, the
+/// worker for a task's copy.
+class ConfigImpl : public ConfigInterface {
+public:
+    /// Keeps a clone of `info`, which must not be null. `component` begins the object's log lines.
+    ConfigImpl(const std::string& id, const AccessoryInfoInterface* info,
+               const std::string& component);
+    ~ConfigImpl() override;
+
+    bool update_from_server(const std::string& document) override;
+    bool update_from_host(const std::string& name, int usage_id, const std::string& value) override;
+    std::string get_config_url() const override;
+    void apply_config_to_device(ApplyType type) const override;
+    std::map<int, ConfigParam> retrieve_config() override;
+    ACCESSORY_TYPE get_type() const override;
+    const AccessoryInfoInterface* get_accessory() const override;
+    std::string get_accessory_id() const override;
+    bool is_config_required(const std::string& version_stamp) const override;
+    bool reset_config() override;
+    bool update(const AccessoryInfoInterface* info) override;
+    ConfigInterface* clone() override;
+
+    /// Makes the next document one that has to be applied, whatever its time.
+    void reset_timestamps();
+
+    /// Version that the accessory reports.
+    std::string get_firmware_version();
+
+    // From document to settings map (document_parsing.cpp).
+
+    /// Stores one setting under `usage_id`, in the place of an earlier one. Any thread.
+    void set_map_entry(int usage_id, ConfigParam param);
+
+    /// Stores every parameter object of the array that can be read, and answers how many.
+    int save_config_to_map(const cJSON* params);
+
+    /// Stores the template's common settings; false when it has none.
+    bool save_common_settings_params(const cJSON* configuration_template);
+
+    /// The firmware block of the first model entry that serves `device_model`; null when none does.
+    const cJSON* extract_model_firmware_settings(const cJSON* configuration_template,
+                                                 const std::string& device_model);
+
+    /// Stores and applies a model's settings; whether there is a firmware block at all.
+    bool save_model_specific_settings_params(const cJSON* model_firmware);
+
+    /// Stores a template's settings and decides on the firmware; the firmware's result counts.
+    bool parse_remote_default_config(const cJSON* configuration_template);
+
+    /// Whether a document of this time, in epoch seconds, is another than the last one.
+    bool is_config_required(double template_time) const;
+
+    // The upgrade decision (firmware_policy.cpp).
+
+    /// What is to become of an accessory's firmware.
+    enum FirmwareDecision : int {
+        keep = 0,
+        change = 1,
+        downgrade_refused = 2,
+        version_unknown = 3
+    };
+
+    /// Acts on a model's firmware block: leaves the upgrade to the host, skips it, or decides.
+    /// False when there is no block or it has no name.
+    bool upgrade_firmware(const cJSON* model_firmware, const std::string& current_version);
+
+    /// Decides, and asks the host for the candidate when it is to be had.
+    void upgrade_firmware(const std::string& candidate_version, const std::string& firmware_name,
+                          const std::string& current_version);
+
+    /// One of `FirmwareDecision`.
+    int check_firmware_upgrade(const std::string& candidate, const std::string& reported);
+
+    /// The fields of a version, which hyphens separate; empty fields are kept.
+    std::vector<std::string> parse_firmware_version(const std::string& version);
+
+    /// Asks the host to bring the accessory to `version`.
+    void request_upgrade(const std::string& version, const std::string& firmware_name);
+
+    // From server and host into the map, from the map to the device (settings_apply.cpp).
+
+    /// Stores a parameter array and, when at least one was stored, sends the map to the device.
+    bool apply_settings(const cJSON* params);
+
+protected:
+    ConfigImpl(const ConfigImpl& other);
+
+    std::map<int, ConfigParam> settings;  // by usage id
+    MutexOwner settings_mutex;  // guards the settings; never held while the host is called
+    LoggerOwner logger;
+    std::string current_model;       // of the latest parse
+    double last_updated_time = 0.0;  // of the latest document, in epoch seconds
+    std::string accessory_id;
+    std::unique_ptr<AccessoryInfoInterface> accessory;
+    std::string pending_firmware;  // latest candidate version
+    MutexOwner firmware_mutex;     // guards the candidate
+    std::string logger_name;
+};
+
+/// A headset's configuration object.
+class HeadsetConfigImpl : public ConfigImpl {
+public:
+    HeadsetConfigImpl(const std::string& id, const AccessoryInfoInterface* info);
+    ~HeadsetConfigImpl() override = default;
+};
+
+/// A camera's configuration object.
+class CameraConfigImpl : public ConfigImpl {
+public:
+    CameraConfigImpl(const std::string& id, const AccessoryInfoInterface* info);
+    ~CameraConfigImpl() override = default;
+};
+
+}  // namespace headsetmgmt::config

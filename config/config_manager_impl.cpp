@@ -1,0 +1,221 @@
+// The manager's registry: accessories come, are asked, change and go.
+
+#include "config/config_manager_impl.h"
+
+#include <cstddef>
+#include <exception>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+#include "headsetmgmt/plugins.h"
+
+namespace headsetmgmt::config {
+
+ConfigManagerImpl* ConfigManagerImpl::instance_ = nullptr;
+
+ConfigManagerImpl* ConfigManagerImpl::get_instance() {
+    if (!globals::plugins.is_valid()) {
+        throw std::runtime_error("plugins hasn't been initialized properly");
+    }
+    if (instance_ == nullptr) {
+        instance_ = new ConfigManagerImpl();
+    }
+    return instance_;
+}
+
+void ConfigManagerImpl::delete_instance() {
+    delete std::exchange(instance_, nullptr);
+}
+
+ConfigManager* create_config_manager() {
+    return ConfigManagerImpl::get_instance();
+}
+
+void delete_config_manager() {
+    ConfigManagerImpl::delete_instance();
+}
+
+ConfigManagerImpl::RegistryHold::RegistryHold(ConfigManagerImpl& manager) : owner(manager) {
+    owner.registry_mutex->lock();
+    ++owner.holds;
+}
+
+ConfigManagerImpl::RegistryHold::~RegistryHold() {
+    if (owner.holds == 1) {
+        for (ConfigInterface* config : std::exchange(owner.removed, {})) {
+            delete_config(config);
+        }
+    }
+    --owner.holds;
+    owner.registry_mutex->unlock();
+}
+
+ConfigManagerImpl::ConfigManagerImpl()
+    : logger(make_logger("Lib::ConfigManagerImpl")), registry_mutex(make_mutex(true)),
+      flag_mutex(make_mutex(false)) {}
+
+ConfigManagerImpl::~ConfigManagerImpl() {
+    {
+        const RegistryHold hold(*this);
+        for (const auto& entry : registry) {
+            delete_config(entry.second);
+        }
+        registry.clear();
+        pending_set.clear();
+    }
+    registry_mutex.reset();
+    flag_mutex.reset();
+    logger.reset();
+}
+
+std::string ConfigManagerImpl::initialize_accessory(const std::string& id,
+                                                    const AccessoryInfoInterface* info) {
+    const RegistryHold hold(*this);
+    logger->notice() << "initialize_accessory: called for id: " << id;
+    if (info == nullptr) {
+        // No separator: the line is known as it is.
+        logger->error() << "initialize_accessoryno accessory info for id: " << id;
+        return {};
+    }
+    ConfigInterface* config = get_config_object(id);
+    if (config != nullptr) {
+        config->update(info);
+    } else {
+        config = create_accessory(id, info);
+    }
+    if (config == nullptr) {
+        return {};
+    }
+    return configure_accessory(id, "") ? id : std::string();
+}
+
+void ConfigManagerImpl::remove_accessory(const std::string& id) {
+    const RegistryHold hold(*this);
+    logger->notice() << "remove_accessory: ENTER";
+    const auto entry = registry.find(id);
+    if (entry == registry.end()) {
+        return;
+    }
+    // Gone before anything is logged, so that a log callback that removes the same accessory, or
+    // attaches it again, finds no trace of it.
+    const std::size_t pending_before = pending_set.size();
+    forget(entry);
+    const std::size_t erased = pending_before - pending_set.size();
+    if (pending_set.empty()) {
+        set_configure_accessory_pending(false);
+    }
+    logger->notice() << "remove_accessory: erased [" << erased << "] pending config";
+}
+
+bool ConfigManagerImpl::reset_to_admin_defaults(const std::string& id) {
+    const RegistryHold hold(*this);
+    logger->notice() << "reset_to_admin_defaults: ENTER";
+    ConfigInterface* config = get_config_object(id);
+    if (config == nullptr) {
+        logger->notice() << "reset_to_admin_defaults: Config object of this type does not exist";
+        return false;
+    }
+    return config->reset_config();
+}
+
+std::map<int, ConfigParam> ConfigManagerImpl::retrieve_config(const std::string& id) {
+    const RegistryHold hold(*this);
+    logger->notice() << "retrieve_config: ENTER";
+    ConfigInterface* config = get_config_object(id);
+    if (config == nullptr) {
+        logger->warning() << "retrieve_config: No config object";
+        return {};
+    }
+    return config->retrieve_config();
+}
+
+std::string ConfigManagerImpl::retrieve_config(const std::string& id, int key) {
+    logger->notice() << "retrieve_config: ENTER";
+    const std::map<int, ConfigParam> settings = retrieve_config(id);
+    const auto setting = settings.find(key);
+    // The first of the setting's texts is its name.
+    return setting != settings.end() ? setting->second.name : std::string();
+}
+
+bool ConfigManagerImpl::update_config_from_host(const std::string& id, const std::string& name,
+                                                int usage_id, const std::string& value) {
+    const RegistryHold hold(*this);
+    logger->notice() << "update_config_from_host: ENTER";
+    ConfigInterface* config = get_accessory(id);
+    if (config == nullptr) {
+        return false;
+    }
+    try {
+        config->update_from_host(name, usage_id, value);
+    } catch (const std::exception& error) {
+        logger->error() << "update_config_from_host: " << error.what();
+        return false;
+    }
+    // Whatever the object answered.
+    return true;
+}
+
+void ConfigManagerImpl::add_config_object(const std::string& id, ConfigInterface* config) {
+    const RegistryHold hold(*this);
+    registry[id] = config;
+}
+
+ConfigInterface* ConfigManagerImpl::get_config_object(const std::string& id) {
+    const RegistryHold hold(*this);
+    const auto entry = registry.find(id);
+    if (entry == registry.end()) {
+        logger->warning() << "get_config_object: Cannot find config object";
+        return nullptr;
+    }
+    return entry->second;
+}
+
+unsigned int ConfigManagerImpl::get_number_of_configs() {
+    const RegistryHold hold(*this);
+    return static_cast<unsigned int>(registry.size());
+}
+
+ConfigInterface* ConfigManagerImpl::get_accessory(const std::string& id) {
+    const RegistryHold hold(*this);
+    ConfigInterface* config = get_config_object(id);
+    if (config != nullptr) {
+        logger->notice() << "get_accessory: Found accessory config object for id: " << id;
+    }
+    return config;
+}
+
+ConfigInterface* ConfigManagerImpl::create_accessory(const std::string& id,
+                                                     const AccessoryInfoInterface* info) {
+    const RegistryHold hold(*this);
+    logger->info() << "create_accessory: Creating Config object for id: " << id;
+    ConfigOwner made(create_config(id, info));
+    if (!made) {
+        logger->error() << "create_accessory: failed to create Config object";
+        return nullptr;
+    }
+    // The lines above may have made the log callback attach the same accessory.
+    const auto earlier = registry.find(id);
+    if (earlier != registry.end()) {
+        forget(earlier);
+    }
+    add_config_object(id, made.get());
+    ConfigInterface* config = made.release();
+    logger->notice() << "create_accessory: Config object created";
+    return config;
+}
+
+bool ConfigManagerImpl::is_registered(const std::string& id, const ConfigInterface* config) const {
+    const auto entry = registry.find(id);
+    return entry != registry.end() && entry->second == config;
+}
+
+/// Takes an object out of registry and pending set, to be deleted when the outermost hold ends.
+void ConfigManagerImpl::forget(std::map<std::string, ConfigInterface*>::iterator entry) {
+    removed.push_back(entry->second);
+    pending_set.erase(entry->second);
+    registry.erase(entry);
+}
+
+}  // namespace headsetmgmt::config

@@ -1,0 +1,125 @@
+// The registry of configuration objects and the configuration run, as the library makes them.
+
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "headsetmgmt/config.h"
+#include "headsetmgmt/config_manager.h"
+#include "headsetmgmt/executor.h"
+#include "headsetmgmt/types.h"
+
+#include "core/owners.h"
+
+namespace headsetmgmt::config {
+
+/// The one configuration manager.
+///
+/// Any thread. Every operation holds the (recursive) registry mutex from its first to its last use
+/// of a registered object, also while that object calls the host; the worker works on copies and
+/// holds no lock while it requests. An object that is removed is deleted when the outermost
+/// operation of the thread that holds the registry ends, so a host function, or the log callback,
+/// may remove the very accessory that is being worked on. Lock order: registry, flag, then those of
+/// the objects and the executor.
+class ConfigManagerImpl : public ConfigManager {
+public:
+    /// The instance, made on the first call; throws `std::runtime_error` "plugins hasn't been
+    /// initialized properly" when no complete plug-in record is installed.
+    static ConfigManagerImpl* get_instance();
+
+    /// Deletes the instance if there is one.
+    static void delete_instance();
+
+    std::string initialize_accessory(const std::string& id,
+                                     const AccessoryInfoInterface* info) override;
+    bool configure_accessory(const std::string& id, std::string config_url) override;
+    void remove_accessory(const std::string& id) override;
+    bool on_fetch_config_success(std::string& document) override;
+    bool on_fetch_config_failure(int reason) override;
+    bool reset_to_admin_defaults(const std::string& id) override;
+    std::map<int, ConfigParam> retrieve_config(const std::string& id) override;
+    std::string retrieve_config(const std::string& id, int key) override;
+
+    /// Records a setting that was changed on the phone. False when the accessory is not known or
+    /// the object threw.
+    bool update_config_from_host(const std::string& id, const std::string& name, int usage_id,
+                                 const std::string& value);
+
+    // The registry. An object that is answered here stays only while the caller's thread is inside
+    // an operation of the manager.
+
+    /// Takes over `config`. An object that stands under `id` is replaced, not deleted.
+    void add_config_object(const std::string& id, ConfigInterface* config);
+    ConfigInterface* get_config_object(const std::string& id);
+    unsigned int get_number_of_configs();
+    ConfigInterface* get_accessory(const std::string& id);
+    ConfigInterface* create_accessory(const std::string& id, const AccessoryInfoInterface* info);
+
+    // The configuration run.
+
+    /// Fetches the document for the pending set. Worker.
+    void configure_accessory_task(TaskParametersInterface* params);
+
+    /// Asks the dispatcher for the document. Worker.
+    RequestStatus fetch_config(const std::string& url, std::string& document);
+
+    void mark_config_object_pending(ConfigInterface* config);
+
+    /// The object at `index` in the order of addresses; null past the last.
+    ConfigInterface* get_pending_config_object(int index);
+    unsigned int get_number_of_pending_configs();
+    bool is_configure_accessory_pending();
+    void set_configure_accessory_pending(bool pending);
+
+    /// Ends a run: clears flag and pending set in one step, then says so.
+    void clean_up_pending_config_requests();
+
+protected:
+    ConfigManagerImpl();
+    ~ConfigManagerImpl() override;
+
+private:
+    /// The registry mutex, and with it every registered object, for the length of a scope.
+    class RegistryHold {
+    public:
+        explicit RegistryHold(ConfigManagerImpl& manager);
+        ~RegistryHold();
+
+        RegistryHold(const RegistryHold&) = delete;
+        RegistryHold& operator=(const RegistryHold&) = delete;
+
+    private:
+        ConfigManagerImpl& owner;
+    };
+
+    bool is_registered(const std::string& id, const ConfigInterface* config) const;
+    void forget(std::map<std::string, ConfigInterface*>::iterator entry);
+
+    void queue_fetch(ConfigInterface* config);
+    void request_document(ConfigInterface& config);
+    std::vector<std::string> hand_out(const std::string& document);
+    void hand_to(ConfigInterface& config, const std::string& document);
+    bool is_awaiting_document();
+
+    LoggerOwner logger;
+    std::map<std::string, ConfigInterface*> registry;  // owned
+    std::set<ConfigInterface*> pending_set;            // all of them in the registry
+    MutexOwner registry_mutex;                         // recursive; guards the two above
+    bool configure_pending = false;                    // a run is under way
+    MutexOwner flag_mutex;                             // guards the flag
+
+    // All guarded by the registry mutex.
+    unsigned int holds = 0;                 // of the registry, by the thread that has it
+    std::vector<ConfigInterface*> removed;  // to be deleted when the outermost hold ends
+    unsigned int latest_run = 0;            // number of the run that began last
+    unsigned int requests_made = 0;         // for a document, in that run
+    unsigned int requests_unanswered = 0;   // of them
+    bool handing_out = false;               // the document is being handed out
+
+    static ConfigManagerImpl* instance_;
+};
+
+}  // namespace headsetmgmt::config

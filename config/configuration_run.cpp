@@ -1,0 +1,317 @@
+// The manager's configuration run: from an accessory that wants configuring to the document in
+// every object of the pending set.
+
+#include <cstddef>
+#include <exception>
+#include <iterator>
+#include <mutex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "headsetmgmt/plugins.h"
+
+#include "config/config_accessory_params.h"
+#include "config/config_manager_impl.h"
+
+namespace headsetmgmt::config {
+
+namespace {
+
+using FlagLock = std::lock_guard<MutexInterface>;
+
+}  // namespace
+
+bool ConfigManagerImpl::configure_accessory(const std::string& id, std::string config_url) {
+    const RegistryHold hold(*this);
+    logger->notice() << "configure_accessory: ENTER";
+    ConfigInterface* config = get_config_object(id);
+    logger->notice() << "configure_accessory:" << id;
+    // Here and below, the log callback may have removed it again.
+    if (config == nullptr || !is_registered(id, config)) {
+        logger->notice() << "configure_accessory: can't configure uninitialized accessory!";
+        return false;
+    }
+    // Before it is known whether the accessory needs configuring; one that does not stays in the
+    // set until the end of the next run, and takes part in it.
+    mark_config_object_pending(config);
+    if (!config->is_config_required(config_url)) {
+        logger->notice() << "configure_accessory: Config not required.";
+        return false;
+    }
+    if (!is_registered(id, config)) {
+        return false;
+    }
+    if (!config_url.empty()) {
+        for (const auto& entry : registry) {
+            mark_config_object_pending(entry.second);
+        }
+        // No blank before the word: the line is known as it is, as are all that run into each other
+        // in this file.
+        logger->notice() << "configure_accessory for " << get_number_of_pending_configs()
+                         << "accessories";
+    }
+    if (is_configure_accessory_pending()) {
+        logger->notice()
+            << "configure_accessory: previous configure_accessory is in progress, ignore this one";
+        return true;
+    }
+    set_configure_accessory_pending(true);
+    ++latest_run;
+    requests_made = 0;
+    requests_unanswered = 0;
+    try {
+        queue_fetch(config);
+    } catch (...) {
+        // No task, no run: or no accessory would ever be configured again.
+        set_configure_accessory_pending(false);
+        throw;
+    }
+    logger->notice() << "configure_accessory: added async task";
+    return true;
+}
+
+void ConfigManagerImpl::configure_accessory_task(TaskParametersInterface* params) {
+    if (params == nullptr) {
+        logger->error() << "configure_accessory_task: no task parameters";
+        return;
+    }
+    unsigned int run = 0;
+    {
+        const RegistryHold hold(*this);
+        run = latest_run;
+    }
+    auto* fetch = dynamic_cast<ConfigAccessoryParams*>(params);
+    ConfigInterface* config = fetch != nullptr ? fetch->get_config() : nullptr;
+    if (config == nullptr) {
+        clean_up_pending_config_requests();
+        return;
+    }
+    try {
+        request_document(*config);
+    } catch (...) {
+        // A run whose request failed like this may get no answer, and would never end. One that the
+        // answer has ended already may have a successor, which is none of this task's business.
+        const RegistryHold hold(*this);
+        if (is_configure_accessory_pending() && latest_run == run) {
+            clean_up_pending_config_requests();
+        }
+        throw;
+    }
+}
+
+/// Requests the document for the pending set; `config` is the task's own copy of an object.
+void ConfigManagerImpl::request_document(ConfigInterface& config) {
+    std::string id;
+    const unsigned int pending = get_number_of_pending_configs();
+    if (pending > 1) {
+        logger->notice() << "configure_accessory_task" << pending << " pending accessories";
+    } else {
+        id = config.get_accessory_id();
+        logger->notice() << "configure_accessory_task id:" << id;
+    }
+    const std::string url = config.get_config_url();
+    // Of the copy alone, which ends with the task: within a run, every fetch is a first one.
+    config.set_config_retries(config.get_config_retries() + 1);
+
+    {
+        // Before the request, which may be answered before it returns.
+        const RegistryHold hold(*this);
+        ++requests_made;
+        ++requests_unanswered;
+    }
+    std::string document;
+    const RequestStatus status = fetch_config(url, document);
+    const ConfigureResponse response(status);
+    switch (status) {
+    case REQUEST_DONE:
+        on_fetch_config_success(document);
+        break;
+    case REQUEST_REFUSED:
+        logger->notice() << "configure_accessory_task: currently unable to fetch config";
+        globals::plugins.config_driver->on_failure(id, response);
+        clean_up_pending_config_requests();
+        break;
+    case REQUEST_PENDING:
+        logger->notice() << "configure_accessory_task: pending fetch config";
+        globals::plugins.config_driver->on_pending(id, response);
+        break;
+    default:
+        logger->notice() << "configure_accessory_task: unknown status from fetch_config";
+        clean_up_pending_config_requests();
+        break;
+    }
+}
+
+RequestStatus ConfigManagerImpl::fetch_config(const std::string& url, std::string& document) {
+    dispatcher::RequestContext context;
+    context.url = url;
+    context.requester = "CONFIGMGR";
+    return static_cast<RequestStatus>(globals::plugins.dispatcher->get(&context, document));
+}
+
+bool ConfigManagerImpl::on_fetch_config_success(std::string& document) {
+    // To the end of the run: an accessory that is attached in between would be lost.
+    const RegistryHold hold(*this);
+    if (!is_awaiting_document()) {
+        logger->error() << "on_fetch_config_success: no configuration in progress, dropping data";
+        return false;
+    }
+    std::vector<std::string> newcomers;
+    handing_out = true;
+    try {
+        newcomers = hand_out(document);
+    } catch (...) {
+        handing_out = false;
+        clean_up_pending_config_requests();
+        throw;
+    }
+    handing_out = false;
+    clean_up_pending_config_requests();
+    logger->notice() << "on_fetch_config_successExit";
+    for (const std::string& id : newcomers) {
+        configure_accessory(id, "");
+    }
+    return true;
+}
+
+/// Hands the document to every object of the pending set. Answers the ids of accessories that host
+/// functions attached meanwhile: they have joined the run, but after its document. The registry is
+/// held.
+std::vector<std::string> ConfigManagerImpl::hand_out(const std::string& document) {
+    // What the host calls meanwhile may change the set.
+    const std::vector<ConfigInterface*> snapshot(pending_set.begin(), pending_set.end());
+    for (ConfigInterface* config : snapshot) {
+        if (pending_set.count(config) == 0) {
+            continue;  // it has left
+        }
+        if (config == nullptr) {
+            logger->error() << "on_fetch_config_success: No pending config object";
+        } else {
+            hand_to(*config, document);
+        }
+    }
+    // No object of the snapshot is deleted before the registry is let go, so addresses tell.
+    const std::set<ConfigInterface*> served(snapshot.begin(), snapshot.end());
+    std::vector<std::string> newcomers;
+    for (ConfigInterface* config : pending_set) {
+        if (served.count(config) == 0) {
+            newcomers.push_back(config->get_accessory_id());
+        }
+    }
+    return newcomers;
+}
+
+/// Hands the document to one object. Whatever goes wrong with it, the others get theirs.
+void ConfigManagerImpl::hand_to(ConfigInterface& config, const std::string& document) {
+    bool updated = false;
+    try {
+        updated = config.update_from_server(document);
+    } catch (const std::exception& error) {
+        logger->error() << "on_fetch_config_success: " << error.what();
+    } catch (...) {
+        logger->error() << "on_fetch_config_success: unknown exception";
+    }
+    if (updated) {
+        return;
+    }
+    logger->error()
+        << "on_fetch_config_success: unable to update config retrieved from server in library";
+    try {
+        globals::plugins.config_driver->on_failure(config.get_accessory_id(),
+                                                   ConfigureResponse(REQUEST_REFUSED));
+    } catch (const std::exception& error) {
+        logger->error() << "on_fetch_config_success: " << error.what();
+    }
+}
+
+bool ConfigManagerImpl::on_fetch_config_failure(int reason) {
+    const RegistryHold hold(*this);
+    logger->notice() << "on_fetch_config_failure reason code: " << reason;
+    if (!is_awaiting_document()) {
+        logger->error() << "on_fetch_config_failure: no configuration in progress, dropping data";
+        return false;
+    }
+    ConfigInterface* config = get_pending_config_object(0);
+    if (config == nullptr) {
+        clean_up_pending_config_requests();
+        return false;
+    }
+    constexpr int retry_limit = 2;
+    if (config->get_config_retries() > retry_limit) {
+        logger->error() << "on_fetch_config_failure : retry limit reached, abort";
+        clean_up_pending_config_requests();
+        return false;
+    }
+    if (requests_made != 0 && requests_unanswered == 0) {
+        // A second answer to one request: if each were a reason to fetch again, there would be ever
+        // more fetches for as long as the server fails.
+        return true;
+    }
+    if (requests_unanswered != 0) {
+        --requests_unanswered;
+    }
+    try {
+        queue_fetch(config);
+    } catch (...) {
+        clean_up_pending_config_requests();
+        throw;
+    }
+    return true;
+}
+
+/// Whether an answer is wanted: a run is under way, and its document is not being handed out by
+/// this very thread. The registry is held.
+bool ConfigManagerImpl::is_awaiting_document() {
+    return is_configure_accessory_pending() && !handing_out;
+}
+
+/// Queues the fetch for `config`, of which the task gets a copy. The registry is held.
+void ConfigManagerImpl::queue_fetch(ConfigInterface* config) {
+    ConfigAccessoryParams params(config);
+    globals::plugins.executor->add_task(task_forwarder, this, &params);
+}
+
+void ConfigManagerImpl::mark_config_object_pending(ConfigInterface* config) {
+    const RegistryHold hold(*this);
+    pending_set.insert(config);
+}
+
+ConfigInterface* ConfigManagerImpl::get_pending_config_object(int index) {
+    const RegistryHold hold(*this);
+    if (index < 0 || static_cast<std::size_t>(index) >= pending_set.size()) {
+        return nullptr;
+    }
+    return *std::next(pending_set.begin(), index);
+}
+
+unsigned int ConfigManagerImpl::get_number_of_pending_configs() {
+    const RegistryHold hold(*this);
+    return static_cast<unsigned int>(pending_set.size());
+}
+
+bool ConfigManagerImpl::is_configure_accessory_pending() {
+    const FlagLock flag_lock(*flag_mutex);
+    return configure_pending;
+}
+
+void ConfigManagerImpl::set_configure_accessory_pending(bool pending) {
+    const FlagLock flag_lock(*flag_mutex);
+    configure_pending = pending;
+}
+
+void ConfigManagerImpl::clean_up_pending_config_requests() {
+    // One hold for the flag and the set: an accessory that is attached in between would be lost.
+    const RegistryHold hold(*this);
+    set_configure_accessory_pending(false);
+    for (ConfigInterface* config : pending_set) {
+        if (config != nullptr) {
+            config->set_config_retries(0);
+        }
+    }
+    pending_set.clear();
+    // Last: what the log callback attaches here starts a run of its own.
+    logger->notice() << "clean_up_pending_config_requests: ENTER";
+}
+
+}  // namespace headsetmgmt::config

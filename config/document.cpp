@@ -1,0 +1,162 @@
+// Reads the nodes of a configuration document: JSON in, small values out.
+
+#include "config/document.h"
+
+#include <cstdlib>
+#include <utility>
+
+#include <cjson/cJSON.h>
+
+#include "headsetmgmt/constants.h"
+#include "headsetmgmt/utilities.h"
+
+namespace headsetmgmt::document {
+
+namespace {
+
+const cJSON* member(const cJSON* object, const char* key) {
+    return cJSON_GetObjectItem(object, key);
+}
+
+const cJSON* first_child(const cJSON* node) {
+    return node != nullptr ? node->child : nullptr;
+}
+
+/// The item's text; null when it is no text.
+const char* text_of(const cJSON* item) {
+    return cJSON_GetStringValue(item);
+}
+
+std::string text_or_empty(const cJSON* item) {
+    const char* text = text_of(item);
+    return text != nullptr ? text : "";
+}
+
+bool is_missing_or_null(const cJSON* item) {
+    return item == nullptr || cJSON_IsNull(item) != 0;
+}
+
+std::optional<int> read_usage_id(const cJSON* item) {
+    if (cJSON_IsNumber(item) != 0) {
+        return item->valueint;
+    }
+    char* text = cJSON_GetStringValue(item);
+    if (text != nullptr && is_number(text)) {
+        // What atoi answers, and defined for more digits than an int holds.
+        return static_cast<int>(std::strtol(text, nullptr, 10));
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> read_value(const cJSON* item) {
+    if (cJSON_IsNumber(item) != 0) {
+        return stringconverter::to_string(item->valueint);
+    }
+    const char* text = text_of(item);
+    if (text != nullptr) {
+        return text;
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+const cJSON* find_template(const cJSON* root) {
+    const cJSON* node = root;
+    while (node != nullptr && member(node, constants::key_template_configuration) == nullptr) {
+        const cJSON* first = first_child(node);
+        node = cJSON_IsArray(first) != 0 ? first_child(first) : first;
+    }
+    return first_child(node);
+}
+
+std::optional<double> read_updated_time(const cJSON* configuration_template) {
+    const cJSON* item = member(configuration_template, constants::key_updated_time);
+    if (item == nullptr) {
+        return std::nullopt;
+    }
+    return item->valuedouble;
+}
+
+const cJSON* find_common_settings(const cJSON* configuration_template) {
+    const cJSON* settings = member(configuration_template, constants::key_common_settings);
+    return first_child(settings) != nullptr ? settings : nullptr;
+}
+
+const cJSON* find_model_entries(const cJSON* configuration_template) {
+    return member(configuration_template, constants::key_model_specific_settings);
+}
+
+std::vector<std::string> read_model_names(const cJSON* model_entry) {
+    std::vector<std::string> names;
+    const cJSON* name = nullptr;
+    cJSON_ArrayForEach(name, member(model_entry, constants::key_models)) {
+        names.push_back(text_or_empty(name));
+    }
+    return names;
+}
+
+bool serves_model(const std::string& configured_name, const std::string& device_model) {
+    return !configured_name.empty() && device_model.find(configured_name) != std::string::npos;
+}
+
+const cJSON* find_model_firmware(const cJSON* model_entry) {
+    return member(model_entry, constants::key_model_firmware);
+}
+
+Firmware read_firmware(const cJSON* model_firmware) {
+    const cJSON* object = first_child(model_firmware);
+    Firmware firmware;
+    if (const char* name = text_of(member(object, constants::key_firmware_name))) {
+        firmware.name = name;
+    }
+    firmware.version = text_or_empty(member(object, constants::key_firmware_version));
+    return firmware;
+}
+
+const cJSON* find_firmware_params(const cJSON* model_firmware) {
+    return member(first_child(model_firmware), constants::key_firmware_params);
+}
+
+Parameter read_parameter(const cJSON* parameter) {
+    const cJSON* usage_id_item = member(parameter, constants::key_usage_id);
+    const cJSON* value_item = member(parameter, constants::key_value);
+
+    Parameter reading;
+    const auto faulty = [&reading](ParameterFault fault) {
+        reading.fault = fault;
+        return std::move(reading);
+    };
+    reading.setting.name = text_or_empty(member(parameter, constants::key_name));
+    if (reading.setting.name.empty()) {
+        return faulty(ParameterFault::missing_name);
+    }
+    if (is_missing_or_null(usage_id_item)) {
+        return faulty(ParameterFault::null_usage_id);
+    }
+    if (is_missing_or_null(value_item)) {
+        return faulty(ParameterFault::null_value);
+    }
+    reading.setting.access = text_or_empty(member(parameter, constants::key_access));
+    if (reading.setting.access.empty()) {
+        return faulty(ParameterFault::invalid_access);
+    }
+    const std::optional<int> usage_id = read_usage_id(usage_id_item);
+    if (!usage_id) {
+        return faulty(ParameterFault::invalid_usage_id);
+    }
+    std::optional<std::string> value = read_value(value_item);
+    if (!value) {
+        return faulty(ParameterFault::invalid_value);
+    }
+    // The administrator's word is kept as the document spells it; all others are the user's.
+    if (!equals_ignore_case(constants::access_admin, reading.setting.access)) {
+        reading.setting.access = constants::access_user;
+    }
+    reading.usage_id_number = usage_id_item->valueint;
+    reading.setting.usage_id = *usage_id;
+    reading.setting.value = std::move(*value);
+    return reading;
+}
+
+}  // namespace headsetmgmt::document

@@ -1,0 +1,222 @@
+// From configuration document to settings map, and whether a document needs applying at all.
+
+#include <cstddef>
+#include <cstdlib>
+#include <mutex>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+#include <cjson/cJSON.h>
+
+#include "headsetmgmt/constants.h"
+#include "headsetmgmt/utilities.h"
+
+#include "config/config_impl.h"
+#include "config/document.h"
+
+namespace headsetmgmt::config {
+
+namespace {
+
+using SettingsLock = std::lock_guard<MutexInterface>;
+
+/// What the log says of a faulty parameter; its name follows but for the first.
+const char* message_of(document::ParameterFault fault) {
+    switch (fault) {
+    case document::ParameterFault::missing_name:
+        return ": Parameter extracted has missing KEY name. Cannot identify which parameter.";
+    case document::ParameterFault::null_usage_id:
+        return ": Null Usage ID for param ";
+    case document::ParameterFault::null_value:
+        return ": Null Value for param ";
+    case document::ParameterFault::invalid_access:
+        return ": Invalid Access field for param ";
+    case document::ParameterFault::invalid_usage_id:
+        return ": Invalid Usage ID for param ";
+    case document::ParameterFault::invalid_value:
+        return ": Invalid Value for param ";
+    case document::ParameterFault::none:
+        break;
+    }
+    return "";
+}
+
+}  // namespace
+
+void ConfigImpl::set_map_entry(int usage_id, ConfigParam param) {
+    const SettingsLock settings_lock(*settings_mutex);
+    settings[usage_id] = std::move(param);
+}
+
+int ConfigImpl::save_config_to_map(const cJSON* params) {
+    int count = 0;
+    const cJSON* element = nullptr;
+    cJSON_ArrayForEach(element, params) {
+        document::Parameter parameter = document::read_parameter(element);
+        if (parameter.fault != document::ParameterFault::none) {
+            // Without a name, this adds nothing.
+            logger->notice() << "save_config_to_map" << constants::tag_korm_err
+                             << message_of(parameter.fault) << parameter.setting.name;
+            continue;
+        }
+        set_map_entry(parameter.setting.usage_id, parameter.setting);
+        ++count;
+        logger->debug() << "save_config_to_map: " << parameter.usage_id_number
+                        << ", key: " << parameter.setting.name
+                        << ", value: " << parameter.setting.value
+                        << ", access: " << parameter.setting.access;
+    }
+    std::size_t map_size = 0;
+    {
+        const SettingsLock settings_lock(*settings_mutex);
+        map_size = settings.size();
+    }
+    logger->debug() << "save_config_to_map: Saved " << count
+                    << " settings. current map size: " << map_size;
+    return count;
+}
+
+bool ConfigImpl::save_common_settings_params(const cJSON* configuration_template) {
+    if (configuration_template == nullptr) {
+        logger->info() << "save_common_settings_params: No default common settings found.";
+        return false;
+    }
+    const cJSON* common_settings = document::find_common_settings(configuration_template);
+    if (common_settings == nullptr) {
+        logger->info() << "save_common_settings_params: Common settings not found in config";
+        return false;
+    }
+    try {
+        save_config_to_map(common_settings);
+    } catch (const std::runtime_error& error) {
+        logger->error() << "save_common_settings_params" << constants::tag_lib_err << error.what();
+        return false;
+    }
+    // Also when not one of them could be read.
+    logger->notice() << "save_common_settings_params: success";
+    return true;
+}
+
+const cJSON* ConfigImpl::extract_model_firmware_settings(const cJSON* configuration_template,
+                                                         const std::string& device_model) {
+    logger->debug() << "extract_model_firmware_settings: MODEL NAME " << device_model;
+    const cJSON* entries = document::find_model_entries(configuration_template);
+    if (entries == nullptr) {
+        logger->notice() << "extract_model_firmware_settings" << constants::tag_korm_err
+                         << ": Model specific settings not found in config";
+        return nullptr;
+    }
+    const cJSON* entry = nullptr;
+    cJSON_ArrayForEach(entry, entries) {
+        for (const std::string& name : document::read_model_names(entry)) {
+            logger->debug() << "extract_model_firmware_settings config_model_name: " << name
+                            << ", device_model_name: " << device_model;
+            if (document::serves_model(name, device_model)) {
+                return document::find_model_firmware(entry);
+            }
+        }
+    }
+    return nullptr;
+}
+
+bool ConfigImpl::save_model_specific_settings_params(const cJSON* model_firmware) {
+    if (model_firmware == nullptr) {
+        logger->info()
+            << "save_model_specific_settings_params : Model_firmware_settings do not exist";
+        return false;
+    }
+    apply_settings(document::find_firmware_params(model_firmware));
+    // The result tells that there is a firmware block, not how applying its settings went.
+    logger->debug() << "save_model_specific_settings_params: Success.";
+    return true;
+}
+
+bool ConfigImpl::parse_remote_default_config(const cJSON* configuration_template) {
+    if (configuration_template == nullptr) {
+        logger->notice() << "parse_remote_default_config : No default config settings to parse";
+        return false;
+    }
+    logger->info() << "parse_remote_default_config Enter:";
+    const std::optional<double> updated_time = document::read_updated_time(configuration_template);
+    logger->info() << "parse_remote_default_config parsed updated_time:";
+
+    const std::string device_model = get_headset_model(accessory.get());
+    logger->info() << "parse_remote_default_config: Current accessory plugged in: " << device_model;
+    if (!current_model.empty() && current_model != device_model) {
+        logger->notice() << "parse_remote_default_config: Model change detected !!";
+        const SettingsLock settings_lock(*settings_mutex);
+        settings.clear();
+    }
+    current_model = device_model;
+
+    if (updated_time) {
+        last_updated_time = *updated_time;
+        logger->info() << "parse_remote_default_config: Updated time: " << last_updated_time;
+    } else {
+        logger->notice() << "parse_remote_default_config: No timestamp found on the config. "
+                            "Proceed with updating config.";
+    }
+
+    const bool common_saved = save_common_settings_params(configuration_template);
+    const cJSON* model_firmware =
+        extract_model_firmware_settings(configuration_template, device_model);
+    const bool model_saved = save_model_specific_settings_params(model_firmware);
+    if (!common_saved && model_saved) {
+        logger->info() << "parse_remote_default_config: Common settings were not saved";
+    } else if (common_saved && !model_saved) {
+        logger->info() << "parse_remote_default_config: Model specific settings were not saved";
+    } else if (!common_saved && !model_saved) {
+        logger->notice() << "parse_remote_default_config" << constants::tag_parsing_err
+                         << ": No settings found to save.";
+    }
+
+    // The settings are the headset's, but where there is a dongle, that is what gets the firmware.
+    std::string current_version = get_firmware_version();
+    const std::string dongle_model = accessory->get_dongle_model();
+    if (!dongle_model.empty()) {
+        model_firmware = extract_model_firmware_settings(configuration_template, dongle_model);
+        current_version = accessory->get_dongle_version();
+        logger->info() << "parse_remote_default_config: found dongle [" << dongle_model
+                       << "], will upgrade dongle only";
+    }
+    // This alone decides: common settings without a firmware block fail the document, a firmware
+    // block without settings passes it.
+    const bool result = upgrade_firmware(model_firmware, current_version);
+    logger->info() << (result ? "parse_remote_default_config: Success"
+                              : "parse_remote_default_config: Failed");
+    return result;
+}
+
+bool ConfigImpl::is_config_required(double template_time) const {
+    logger->info() << "is_config_required: Config time: " << template_time
+                   << ", last updated time: " << last_updated_time;
+    // Exactly: the smallest difference makes another document.
+    return !(template_time == last_updated_time);
+}
+
+bool ConfigImpl::is_config_required(const std::string& version_stamp) const {
+    if (version_stamp.empty()) {
+        logger->info()
+            << "is_config_required: No version timestamp to compare, proceed with configure";
+        return true;
+    }
+    const std::string::size_type hyphen = version_stamp.find('-');
+    if (hyphen == std::string::npos || hyphen + 1 == version_stamp.size()) {
+        logger->info() << "is_config_required" << constants::tag_korm_err
+                       << ": Version timestamp is incorrectly formatted. Do not configure.";
+        return false;
+    }
+    const double template_time = std::strtod(version_stamp.c_str() + hyphen + 1, nullptr);
+    logger->notice() << "is_config_required: Template updated time in epoch: " << template_time;
+    if (is_config_required(template_time)) {
+        logger->notice()
+            << "is_config_required: Version timestamp is different, proceed with configure";
+        return true;
+    }
+    logger->notice() << "is_config_required: Version timestamp is same, do not configure";
+    return false;
+}
+
+}  // namespace headsetmgmt::config

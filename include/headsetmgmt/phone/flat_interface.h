@@ -1,0 +1,74 @@
+// The functions through which the phone's host application drives the library.
+//
+// Order of use: `create_headset_mgmt`, `start_headset_mgmt`, `setHeadsetConfigUrl`, then the others
+// in any order, from any host thread, also from inside a host function or the log callback; at the
+// end `stop_headset_mgmt`, after which a start begins afresh.
+//
+// None throws, and none answers later than the host functions that it calls allow. A null text
+// counts as empty. Before `create_headset_mgmt` or `start_headset_mgmt`, while another thread
+// starts or stops the library, and when memory runs out, a function answers false or does nothing.
+
+#pragma once
+
+#include <memory>
+
+#include "headsetmgmt/export.h"
+#include "headsetmgmt/phone/host_types.h"
+
+/// Makes the library's one plug-in object if it is not there yet, and registers the log callback,
+/// replacing an earlier one; with null, lines go nowhere. Call this first: lines written before are
+/// lost. True once the callback is registered.
+HEADSETMGMT_EXPORT bool create_headset_mgmt(HostLogCallback callback);
+
+/// Starts the library and its one thread. The three texts are not used. True when the library runs,
+/// also when it did so already; false when the thread could not be started (a later start tries
+/// again) or another thread is starting or stopping the library. From inside a host function or the
+/// log callback it does nothing and answers whether the library runs.
+HEADSETMGMT_EXPORT bool start_headset_mgmt(const char* phone_model, const char* phone_version,
+                                           const char* storage_path);
+
+/// Stops the library: waits for the calls and the task that are under way, ends the thread and
+/// forgets all accessories, servers and URLs. Calls of other threads answer false meanwhile. Does
+/// nothing from inside a host function or the log callback, or while another thread is stopping the
+/// library. The callback stays registered.
+HEADSETMGMT_EXPORT void stop_headset_mgmt();
+
+/// Tells the library its URLs, servers and user. Call it after each start and before accessories
+/// are attached. `config_url` may hold "{tftp}" (replaced by the first TFTP server) and "{userid}",
+/// `inventory_post_url` may hold "{korm}" (replaced by the first call-control server). The two
+/// arrays have three entries each, empty or null where there is no server. An empty text keeps what
+/// was told before, and servers add up until the stop. False when the library is not started.
+HEADSETMGMT_EXPORT bool setHeadsetConfigUrl(const char* config_url, const char* inventory_post_url,
+                                            const char* service_url, const char** tftp_servers,
+                                            const char** korm_servers, const char* user_id);
+
+/// Tells that an accessory was attached, or changed. Its default configuration is fetched and
+/// applied. True when a configuration run was started or is under way; false for null, for an
+/// accessory that is neither headset nor camera, and when the library is not started.
+HEADSETMGMT_EXPORT bool configure_headset(std::shared_ptr<AccessoryCache> accessory);
+
+/// Queues the inventory report of an accessory; it is posted with `httpRequest`. Does nothing for
+/// null and when the library is not started.
+HEADSETMGMT_EXPORT void send_inventory(std::shared_ptr<AccessoryCache> accessory);
+
+/// Reserved for settings that the user changes on the phone. Always false, and nothing is recorded.
+HEADSETMGMT_EXPORT bool update_config(const char* device_id, CONFIG_SETTING_USAGE_ID usage_id,
+                                      int value);
+
+/// Reads a setting's record: `*value` becomes the number at the start of the setting's name, 0 when
+/// it starts with none. False, with `*value` untouched, when there is no such setting or accessory,
+/// when its name is empty, when `value` is null or the library is not started.
+HEADSETMGMT_EXPORT bool retrieve_config(const char* device_id, CONFIG_SETTING_USAGE_ID usage_id,
+                                        int* value);
+
+/// Delivers the answer to a fetch: with status 200, `body` is the document; any other status is a
+/// failure, and the document is requested again at once. Answers that nobody waits for are dropped.
+HEADSETMGMT_EXPORT void httpResponse(const char* body, int status);
+
+/// Sends all settings of an accessory to it again, the user's included. False when the accessory is
+/// not known or the library is not started.
+HEADSETMGMT_EXPORT bool factory_reset(const char* device_id);
+
+/// Tells that an accessory was removed; it is forgotten. False when the library is not started,
+/// else true, also for an accessory that was not known.
+HEADSETMGMT_EXPORT bool remove_peripheral(const char* device_id);

@@ -1,0 +1,38 @@
+// What the host application provides. The library binds these by name and parameter types.
+//
+// The library calls them from its worker thread and from host threads that are inside the flat
+// interface. Texts that go in are valid for the call only; texts that come out are copied at once
+// and never freed, and null counts as empty. A function may call the flat interface again, except
+// that start and stop do nothing there, and except while it holds a lock of its own that another
+// thread may hold while it calls the flat interface. A function should return soon: stopping the
+// library waits for the one that is running. It must not end or cancel its thread.
+
+#pragma once
+
+#include "headsetmgmt/phone/host_types.h"
+
+/// Starts a request and returns without waiting for its answer. The answer to a fetch is delivered
+/// with `httpResponse`, exactly once, also when it is a time-out or another failure; the answer to
+/// a post must not be delivered. `body` is null for a fetch. The result is not looked at.
+bool httpRequest(HttpRequestType type, const char* url, const char* body);
+
+/// Gives the device the setting `usage_id`, called `name`, the value `value`. The result is not
+/// looked at.
+bool apply_changes(const char* device_id, const char* name, int usage_id, const char* value);
+
+/// Upgrades the device (or its dongle, when it has one) to `version` with the image
+/// `firmware_name`. The result is not looked at.
+bool request_firmware_upgrade(const char* device_id, const char* version,
+                              const char* firmware_name);
+
+/// Whether the host would upgrade the device by itself. No flow of the library asks.
+bool check_firmware_upgrade(const char* device_id);
+
+/// The phone's serial number, asked anew for every report on an accessory of the maker's.
+const char* get_host_serial_num();
+
+/// The version of the phone's operating system, asked like the serial number.
+const char* get_host_os_ver();
+
+/// The version of the phone's software, asked like the serial number.
+const char* get_orvik_ver();

@@ -1,0 +1,46 @@
+// Types that the phone's host application and the library exchange.
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+/// A setting's id on the device. Any 32-bit value may be passed.
+enum CONFIG_SETTING_USAGE_ID : std::int32_t {
+    USAGE_SPEAKER_VOLUME = 32,
+    USAGE_MICROPHONE_GAIN = 33,
+    USAGE_SIDETONE = 34,
+    USAGE_EQUALIZER = 35,
+    USAGE_AUDIO_BANDWIDTH = 36,
+    USAGE_BLUETOOTH = 39,
+};
+
+/// What `httpRequest` is asked to do.
+enum HttpRequestType : std::int32_t {
+    HTTP_REQUEST_GET = 0,   ///< fetch a document; the answer goes to `httpResponse`
+    HTTP_REQUEST_POST = 2,  ///< send a body; no answer is wanted
+};
+
+/// The host's own record of an accessory. The library reads it during the call and never writes it.
+struct AccessoryCache {
+    std::string device_id;            ///< names the accessory in every call
+    std::int32_t accessory_type = 0;  ///< a value of `headsetmgmt::ACCESSORY_TYPE`
+    std::int32_t vendor_id = 0;       ///< USB vendor id
+    std::string software_version;
+    std::string hardware_version;
+    std::string model;
+    std::string serial_number;
+    std::string vendor;
+    std::string dock_serial_number;
+    std::string dock_model;
+    std::string dongle_serial_number;
+    std::string dongle_model;
+    std::string dongle_version;
+    std::string connection_type;
+    std::string connection_status;
+};
+
+/// Receives every log line: the host's level, which is always 5, and a text that is valid for the
+/// call only. Called from any thread, from several at once. A callback that throws ends the
+/// process.
+using HostLogCallback = void (*)(int level, const char* text);

@@ -1,0 +1,35 @@
+// What a task that sends an inventory report carries.
+
+#pragma once
+
+#include <memory>
+
+#include "headsetmgmt/accessory_info.h"
+#include "headsetmgmt/executor.h"
+
+namespace headsetmgmt::metrics {
+
+/// A copy of the accessory to report, and how long the task may wait.
+class SendMetricsParams : public TaskParametersInterface {
+public:
+    /// Clones `info`, if there is one. Runs when the accessory's data are ready, and after 120
+    /// seconds all the same.
+    explicit SendMetricsParams(const AccessoryInfoInterface* info);
+    SendMetricsParams(const SendMetricsParams& other);
+
+    TaskParametersInterface* clone() const override;
+    int get_type() const override;
+    int check_status() override;
+    unsigned int get_timeout() const override;
+    unsigned int get_defer_time() const override;
+
+    /// The copy; null when there was nothing to copy. Stays with the parameters.
+    AccessoryInfoInterface* get_accessory() const;
+
+private:
+    std::unique_ptr<AccessoryInfoInterface> accessory;
+    unsigned int defer_time = 0;  // seconds
+    unsigned int timeout = 120;   // seconds
+};
+
+}  // namespace headsetmgmt::metrics

@@ -1,0 +1,60 @@
+// The gate through which host calls enter the library, and which a stop closes.
+
+#pragma once
+
+#include <atomic>
+#include <shared_mutex>
+
+namespace headsetmgmt::plugin {
+
+/// A call that comes while it is closed is turned away at once; closing waits until the last call
+/// inside has left.
+///
+/// There is one: being inside is a property of the thread. Any thread. Made before any code runs
+/// and never destroyed, so that it can be asked even while the process exits.
+class CallGate {
+public:
+    enum class State { closed, open, open_and_started };
+
+    /// One call's way through the gate, from its first line to its last.
+    class Passage {
+    public:
+        explicit Passage(CallGate& gate);
+        ~Passage();
+
+        Passage(const Passage&) = delete;
+        Passage& operator=(const Passage&) = delete;
+
+        /// Whether the call was let in.
+        explicit operator bool() const { return let_in; }
+
+    private:
+        CallGate& passed;
+        bool let_in = false;
+    };
+
+    /// Whether the calling thread is inside.
+    static bool is_inside();
+
+    /// Whether calls find a started library behind it.
+    bool is_started() const { return !closed_for_good && state == State::open_and_started; }
+
+    /// Turns calls away from now on, and waits for those inside. Not from inside.
+    void close_and_wait();
+
+    /// Turns calls away from now on and for ever; those inside stay.
+    void close_for_good() { closed_for_good = true; }
+    bool is_closed_for_good() const { return closed_for_good; }
+
+    /// Lets calls in again.
+    void reopen(bool started);
+
+private:
+    bool turns_away() const { return closed_for_good || state == State::closed; }
+
+    std::atomic<State> state{State::open};
+    std::atomic<bool> closed_for_good{false};
+    std::shared_mutex inside;  // shared by the outermost call of each thread that is inside
+};
+
+}  // namespace headsetmgmt::plugin

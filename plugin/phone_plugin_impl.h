@@ -1,0 +1,112 @@
+// The plug-in object: the phone's side of the library, and the owner of all that is made at a
+// start.
+
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <string>
+
+#include "headsetmgmt/config_manager.h"
+#include "headsetmgmt/log.h"
+#include "headsetmgmt/phone/host_types.h"
+#include "headsetmgmt/plugins.h"
+
+#include "plugin/phone_system_info_impl.h"
+#include "runtime/executor_impl.h"
+
+namespace headsetmgmt::plugin {
+
+/// Starts and stops the library, takes the host's events and passes the library's log lines on.
+///
+/// There is one. Start, stop and destruction are for one thread at a time, with no event under way;
+/// the flat interface sees to that. Events and log lines are for any thread.
+class PhonePluginImpl : public log::HostLogInterface {
+public:
+    PhonePluginImpl() = default;
+
+    /// Stops what is still there.
+    ~PhonePluginImpl() override;
+
+    PhonePluginImpl(const PhonePluginImpl&) = delete;
+    PhonePluginImpl& operator=(const PhonePluginImpl&) = delete;
+
+    /// The host's levels are not monotone: notice is 5, info 4.
+    int map_to_host_log_level(log::LogLevel level) const override;
+
+    /// Passes the line to the callback, at host level 5 whatever its own level: the mapping above
+    /// is not applied.
+    void print(log::LogLevel level, const std::string& text) override;
+
+    /// Passes a line of the plug-in's own to the callback at host level 5. Without a callback the
+    /// line is gone; one that throws ends the process.
+    void debug(const char* text) noexcept;
+
+    /// Registers the callback that takes all later lines; null for none.
+    void setLogCB(HostLogCallback callback);
+
+    // Start and stop (phone_plugin_impl.cpp).
+
+    /// Starts the library; the three texts are not used. True also when it was started already.
+    bool init_headsetmgmt_lib(const std::string& phone_model, const std::string& phone_version,
+                              const std::string& storage_path);
+
+    /// Stops the library.
+    void stop_headset_mgmt();
+
+    /// Ends the worker and deletes everything that a start made. Always true.
+    bool reset_headsetmgmt_lib();
+
+    /// Makes everything that the core needs, and fills the plug-in record with it.
+    void init_plugins();
+
+    // Events (host_events.cpp). A null text counts as empty.
+
+    /// An accessory was attached; whether its configuration is under way.
+    bool configure_headset(const std::shared_ptr<AccessoryCache>& cache);
+
+    /// Queues an accessory's inventory report.
+    void sendInventory(const std::shared_ptr<AccessoryCache>& cache);
+
+    /// Takes the host's URLs, servers (three of each kind) and user; empty ones change nothing.
+    /// False when the library is not started.
+    bool onHeadsetConfigUrl(const char* config_url, const char* inventory_post_url,
+                            const char* service_url, const char** tftp_servers,
+                            const char** korm_servers, const char* user_id);
+
+    /// An accessory was removed. False when the library is not started.
+    bool removePeripheral(const char* device_id);
+
+    /// The usage id that is displayed as `key`, to the letter; 0 when there is none.
+    int keyToUsageId(const std::string& key);
+
+    /// Always false: a setting that the user changes does not reach the library this way.
+    bool updateLocalConfig(const char* device_id, int usage_id, const std::string& value);
+
+    /// The answer to the fetch that is outstanding; any status but 200 is a failure.
+    void onHttpResponse(const char* body, int status);
+
+    /// Reads a setting's record into `value`; whether there is something in it.
+    bool retrieveConfig(const char* device_id, int usage_id, std::string& value);
+
+    /// Sends all settings to the accessory again. False when the library is not started or the
+    /// accessory not known.
+    bool factory_reset(const char* device_id);
+
+private:
+    void end_worker();
+
+    Plugins plugins;
+    std::atomic<HostLogCallback> log_callback{nullptr};
+
+    // Made at a start, deleted and null after a stop.
+    static config::ConfigManager* config_mgr_;
+    static log::HostLogInterface* phone_log_;  // the object itself; not owned, stays set
+    static dispatcher::DispatcherInterface* dispatcher_;
+    static config::HostConfigDriverInterface* phone_config_driver_;
+    static config::PhoneSystemInfoImpl* phone_system_info_;
+    static ExecutorImpl* executor_;
+    static MutexFactoryInterface* mutex_factory_;
+};
+
+}  // namespace headsetmgmt::plugin

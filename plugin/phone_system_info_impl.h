@@ -1,0 +1,62 @@
+// The phone's facts: constants, what the host answers when asked, and what it told.
+
+#pragma once
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "headsetmgmt/system_info.h"
+
+namespace headsetmgmt::config {
+
+/// What the host told since the start, and its answers to the rest. Any thread.
+class PhoneSystemInfoImpl : public SystemInfoInterface {
+public:
+    std::string get_host_client_type() override;
+    std::string get_host_device_name() override;
+    std::string get_host_serial_number() override;
+    std::string get_host_model() override;
+    std::string get_host_software_version() override;
+    std::string get_host_hardware_version() override;
+    std::string get_host_user_id() override;
+    std::string get_host_os_version() override;
+    std::string get_persistent_storage_location() override;
+    std::string get_config_url() override;
+    std::string get_inventory_post_url() override;
+    std::string get_metrics_service_info_url() override;
+    std::string get_korm_server(unsigned int index) override;
+    std::string get_tftp_server(unsigned int index) override;
+    std::vector<std::string> get_korm_servers() override;
+    std::string to_string() override { return {}; }
+    bool data_ready() override { return true; }
+    ~PhoneSystemInfoImpl() override = default;
+
+    /// These two append a server unless it is in the list; nothing ever shortens a list.
+    void addTftpServer(std::string server);
+    void addKormServer(std::string server);
+
+    /// These replace what was told before.
+    void setConfigUrl(std::string url);
+    void setInventoryPostUrl(std::string url);
+    void setServiceUrl(std::string url);
+    void setUserId(std::string id);
+
+    std::string getUserId() { return get_host_user_id(); }
+
+private:
+    std::string told(const std::string& text) const;
+    void replace(std::string& text, std::string&& replacement);
+    std::string server_at(const std::vector<std::string>& servers, unsigned int index) const;
+    void add_once(std::vector<std::string>& servers, std::string&& server);
+
+    std::string config_url;
+    std::string inventory_post_url;
+    std::string service_url;
+    std::vector<std::string> tftp_servers;
+    std::vector<std::string> korm_servers;
+    std::string user_id;
+    mutable std::mutex facts_mutex;  // guards all of the above
+};
+
+}  // namespace headsetmgmt::config

@@ -1,0 +1,181 @@
+// The queue of tasks and the worker thread that drains it.
+
+#include "runtime/executor_impl.h"
+
+#include <memory>
+#include <mutex>
+#include <unistd.h>
+#include <utility>
+
+// A null task would crash the worker far from whoever queued it, so every build looks.
+#undef NDEBUG
+#include <cassert>
+
+namespace headsetmgmt {
+
+namespace {
+
+using QueueLock = std::lock_guard<vix::Mutex>;
+
+constexpr useconds_t pause_between_passes = 50000;  // microseconds
+
+}  // namespace
+
+ExecutorImpl::ExecutorImpl(log::HostLogInterface* log_sink) : log(log_sink) {
+    debug("ExecutorImpl::ExecutorImpl: ENTER.\n");
+}
+
+ExecutorImpl::~ExecutorImpl() {
+    std::vector<Task> dropped;
+    {
+        const QueueLock queue_lock(queue_mutex);
+        exiting = true;
+        dropped.swap(queue);
+    }
+    for (const Task& task : dropped) {
+        delete task.params;
+    }
+}
+
+void ExecutorImpl::add_task(task_functor functor, void* context, TaskParametersInterface* params) {
+    assert(functor);
+    debug("ExecutorImpl::add_task: ENTER.\n");
+
+    bool rejected = false;
+    {
+        const QueueLock queue_lock(queue_mutex);
+        rejected = exiting;
+    }
+    // Cloning and logging call others, so both are done without the lock and before the worker can
+    // see the task.
+    if (!rejected) {
+        std::unique_ptr<TaskParametersInterface> copy(params != nullptr ? params->clone()
+                                                                        : nullptr);
+        Task task(functor, context, copy.get());
+        if (copy && copy->get_defer_time() != 0) {
+            debug("ExecutorImpl: add deferred task.\n");
+            task.set_deferring();
+        }
+        debug("ExecutorImpl::ExecutorImpl adding a task\n");
+        rejected = !append(task);
+        if (!rejected) {
+            static_cast<void>(copy.release());  // the queue has it
+        }
+    }
+    if (rejected) {
+        // "existing", and the constructor's name in these lines: receivers know them as they are.
+        debug("ExecutorImpl::ExecutorImpl existing, task rejected.\n");
+    }
+}
+
+bool ExecutorImpl::requestExit() {
+    return vix::Thread::requestExit();
+}
+
+bool ExecutorImpl::threadLoop() {
+    unsigned int tasks_run = 0;
+    while (!exit_requested()) {
+        const std::optional<Task> task = take_next();
+        if (!task) {
+            break;
+        }
+        if (handle(*task)) {
+            ++tasks_run;
+        }
+    }
+    usleep(pause_between_passes);
+    // Ends every pass that ran something, not only the last one.
+    if (tasks_run != 0) {
+        debug("ExecutorImpl::threadLoop exiting.\n");
+    }
+    return true;
+}
+
+std::optional<ExecutorInterface::Task> ExecutorImpl::take_next() {
+    const QueueLock queue_lock(queue_mutex);
+    if (queue.empty() || tasks_deferring()) {
+        return std::nullopt;
+    }
+    const Task task = queue.front();
+    queue.erase(queue.begin());
+    return task;
+}
+
+/// Whether all queued tasks are held back. The queue mutex is held.
+bool ExecutorImpl::tasks_deferring() {
+    for (Task& task : queue) {
+        if (!task.deferring()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Queues a task, new or held back; false when the executor is being deleted.
+bool ExecutorImpl::append(Task task) {
+    const QueueLock queue_lock(queue_mutex);
+    if (exiting) {
+        return false;
+    }
+    queue.push_back(task);
+    return true;
+}
+
+/// Runs a task that was taken off the queue, puts it back, or drops it; true when it ran.
+bool ExecutorImpl::handle(Task task) {
+    std::unique_ptr<TaskParametersInterface> params(task.params);
+    try {
+        if (task.deferring()) {
+            append(task);
+            static_cast<void>(params.release());
+            return false;
+        }
+        const int status = params ? params->check_status() : TaskParametersInterface::ready;
+        if (status == TaskParametersInterface::not_ready) {
+            if (!task.timed_out()) {
+                task.set_deferring();
+                append(task);
+                static_cast<void>(params.release());
+                return false;
+            }
+            debug("ExecutorImpl: threadloop timeout reached\n");
+        } else if (status == TaskParametersInterface::drop) {
+            debug("ExecutorImpl: drop task\n");
+            return false;
+        }
+    } catch (...) {
+        // A task that cannot tell whether it is ready, or cannot wait, runs: only the task itself
+        // can end what it belongs to.
+    }
+    execute(task);
+    return true;
+}
+
+void ExecutorImpl::execute(const Task& task) {
+    debug("ExecutorImpl::threadLoop, start executing task\n");
+    bool completed = false;
+    try {
+        task.func(task.context, task.params);
+        completed = true;
+    } catch (...) {
+        // Nothing that a task throws may end the worker.
+    }
+    debug(completed ? "ExecutorImpl::threadLoop, complete executing task\n"
+                    : "ExecutorImpl::threadLoop, error executing task, moving on\n");
+}
+
+/// Delivers a line; when memory runs out the line is lost, not the worker.
+void ExecutorImpl::debug(const char* message) {
+    if (log == nullptr) {
+        return;
+    }
+    std::string line;
+    try {
+        line = message;
+    } catch (const std::bad_alloc&) {
+        return;
+    }
+    log->print(log::LogLevel::debug, line);
+}
+
+}  // namespace headsetmgmt

@@ -1,0 +1,50 @@
+// The queue of tasks and the worker thread that drains it.
+
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "headsetmgmt/executor.h"
+#include "headsetmgmt/log.h"
+
+#include "runtime/mutex.h"
+#include "runtime/thread.h"
+
+namespace headsetmgmt {
+
+/// Runs queued tasks on its own thread, which the owner starts with `run`, asks to leave with
+/// `requestExit` and joins before deleting the object.
+class ExecutorImpl : public ExecutorInterface, public vix::Thread {
+public:
+    /// `log_sink` is borrowed and may be null: the executor then says nothing.
+    explicit ExecutorImpl(log::HostLogInterface* log_sink);
+
+    void add_task(task_functor functor, void* context, TaskParametersInterface* params) override;
+
+    /// Drops the tasks that are still queued. The thread must have ended.
+    ~ExecutorImpl() override;
+
+    /// One pass: runs what may run, then sleeps 50 milliseconds. Always true. A pass ends early,
+    /// between two tasks, when the thread was asked to leave.
+    bool threadLoop() override;
+
+    /// Asks the worker to leave after the task that it is in. Always true. Any thread.
+    bool requestExit();
+
+private:
+    std::optional<Task> take_next();
+    bool tasks_deferring();
+    bool append(Task task);
+    bool handle(Task task);
+    void execute(const Task& task);
+    void debug(const char* message);
+
+    std::vector<Task> queue;  // the oldest task is at the front
+    vix::Mutex queue_mutex;   // guards the queue and the exiting flag, and nothing else
+    bool exiting = false;
+    log::HostLogInterface* log;
+};
+
+}  // namespace headsetmgmt

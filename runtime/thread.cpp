@@ -1,0 +1,163 @@
+// A POSIX thread that runs the body of its subclass again and again until it is asked to leave.
+
+#include "runtime/thread.h"
+
+#include <mutex>
+#include <sched.h>
+#include <sys/prctl.h>
+
+namespace vix {
+
+namespace {
+
+using StateLock = std::lock_guard<Mutex>;
+
+/// Attributes of a thread to be made, given back at the end of the scope.
+class ThreadAttributes {
+public:
+    ThreadAttributes() : valid(pthread_attr_init(&attributes) == 0) {}
+    ~ThreadAttributes() {
+        if (valid) {
+            pthread_attr_destroy(&attributes);
+        }
+    }
+
+    ThreadAttributes(const ThreadAttributes&) = delete;
+    ThreadAttributes& operator=(const ThreadAttributes&) = delete;
+
+    bool is_valid() const { return valid; }
+    bool set_detached() {
+        return pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED) == 0;
+    }
+    const pthread_attr_t* get() const { return &attributes; }
+
+private:
+    pthread_attr_t attributes;
+    bool valid;
+};
+
+}  // namespace
+
+Thread::~Thread() {
+    const StateLock state_lock(state_mutex);  // lets the last holder out
+}
+
+bool Thread::run(const char* name, std::uint32_t wanted_flags, std::uint32_t wanted_priority) {
+    // Held until the thread is known to run: its first act is to take this mutex.
+    const StateLock state_lock(state_mutex);
+    thread_name = name != nullptr ? name : "workerthread";
+    flags = wanted_flags;
+    priority = wanted_priority;
+    handle = 0;
+
+    ThreadAttributes attributes;
+    if (!attributes.is_valid()) {
+        return false;
+    }
+    const bool detached = (flags & THREAD_FLAG_DETACHED) != 0;
+    if (detached && !attributes.set_detached()) {
+        return false;
+    }
+    pthread_t created = 0;
+    if (pthread_create(&created, attributes.get(), staticThreadEntryPoint, this) != 0) {
+        return false;
+    }
+    // A detached thread has no handle that stays valid.
+    handle = detached ? 0 : created;
+    is_running = true;
+    return true;
+}
+
+bool Thread::requestExit() {
+    const StateLock state_lock(state_mutex);
+    if (is_running) {
+        exit_request = true;
+    }
+    return true;
+}
+
+bool Thread::join() {
+    pthread_t joined = 0;
+    {
+        const StateLock state_lock(state_mutex);
+        joined = handle;
+    }
+    // Without the mutex, which the thread needs in order to end.
+    if (joined == 0 || pthread_join(joined, nullptr) != 0) {
+        return false;
+    }
+    const StateLock state_lock(state_mutex);
+    handle = 0;
+    return true;
+}
+
+bool Thread::detach() {
+    const StateLock state_lock(state_mutex);
+    if (handle == 0 || pthread_detach(handle) != 0) {
+        return false;
+    }
+    handle = 0;
+    return true;
+}
+
+bool Thread::running() {
+    const StateLock state_lock(state_mutex);
+    return is_running;
+}
+
+bool Thread::exit_requested() {
+    const StateLock state_lock(state_mutex);
+    return exit_request;
+}
+
+std::uint32_t Thread::run_flags() {
+    const StateLock state_lock(state_mutex);
+    return flags;
+}
+
+void* Thread::staticThreadEntryPoint(void* thread) {
+    auto* self = static_cast<Thread*>(thread);
+    if (self == nullptr) {
+        return nullptr;
+    }
+    prctl(PR_SET_NAME, self->thread_name.c_str(), 0, 0, 0);
+    if ((self->flags & THREAD_FLAG_REALTIME) != 0) {
+        self->switch_to_realtime();
+    }
+    self->threadEntryPoint();
+    return nullptr;
+}
+
+void Thread::switch_to_realtime() {
+    int policy = 0;
+    sched_param parameters = {};
+    if (pthread_getschedparam(pthread_self(), &policy, &parameters) == 0) {
+        parameters.sched_priority = static_cast<int>(priority);
+        if (pthread_setschedparam(pthread_self(), SCHED_RR, &parameters) == 0) {
+            return;
+        }
+    }
+    const StateLock state_lock(state_mutex);
+    flags &= ~static_cast<std::uint32_t>(THREAD_FLAG_REALTIME);
+}
+
+void Thread::threadEntryPoint() {
+    bool go = !exit_requested();
+    while (go) {
+        go = threadLoop();
+        go = !exit_requested() && go;
+    }
+
+    bool auto_delete = false;
+    {
+        const StateLock state_lock(state_mutex);
+        is_running = false;
+        exit_request = false;
+        auto_delete = (flags & THREAD_FLAG_AUTO_DELETE) != 0;
+    }
+    if (auto_delete) {
+        delete this;
+    }
+}
+
+}  // namespace vix

@@ -1,0 +1,73 @@
+// A POSIX thread that runs the body of its subclass again and again until it is asked to leave.
+
+#pragma once
+
+#include <cstdint>
+#include <pthread.h>
+#include <string>
+
+#include "runtime/mutex.h"
+
+namespace vix {
+
+/// What `Thread::run` is asked for; flags may be combined.
+enum ThreadFlags : std::uint32_t {
+    THREAD_FLAG_REALTIME = 1,     ///< round-robin real-time scheduling, if the process may
+    THREAD_FLAG_DETACHED = 2,     ///< nobody will join the thread
+    THREAD_FLAG_AUTO_DELETE = 4,  ///< the object deletes itself when its thread ends
+};
+
+/// One thread. Its owner asks it to exit and joins it before deleting the object; the destructor
+/// does neither.
+class Thread {
+public:
+    Thread() = default;
+    virtual ~Thread();
+
+    Thread(const Thread&) = delete;
+    Thread& operator=(const Thread&) = delete;
+
+    /// Starts the thread under `name` (null: "workerthread"; the system keeps 15 characters), with
+    /// `wanted_flags` of `ThreadFlags`; `wanted_priority` matters for real-time scheduling alone.
+    /// False when the system could not. Not while the thread runs.
+    bool run(const char* name, std::uint32_t wanted_flags, std::uint32_t wanted_priority);
+
+    /// Asks the thread to leave after the body that it is in. Does nothing, not even for a later
+    /// run, when it is not running. Always true. Any thread.
+    bool requestExit();
+
+    /// Waits for the thread's end; false when there is none to wait for. Another thread than this
+    /// one, which at most one at a time may call.
+    bool join();
+
+    /// Lets the thread end on its own; false when there is none.
+    bool detach();
+
+    /// Whether the loop is under way. Any thread.
+    bool running();
+
+protected:
+    /// One round of the thread's work; false ends the thread.
+    virtual bool threadLoop() = 0;
+
+    /// Whether somebody asked the thread to leave, for bodies that can stop half way. Any thread.
+    bool exit_requested();
+
+    /// Flags of the latest run, less `THREAD_FLAG_REALTIME` if that was refused. Any thread.
+    std::uint32_t run_flags();
+
+private:
+    static void* staticThreadEntryPoint(void* thread);
+    void threadEntryPoint();
+    void switch_to_realtime();
+
+    pthread_t handle = 0;
+    Mutex state_mutex;  // guards the handle, the two booleans and, once the thread runs, the flags
+    bool exit_request = false;
+    bool is_running = false;
+    std::string thread_name;
+    std::uint32_t flags = 0;
+    std::uint32_t priority = 0;
+};
+
+}  // namespace vix

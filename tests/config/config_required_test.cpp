@@ -1,0 +1,158 @@
+// Tests of whether a document has to be applied, by its time and by its version stamp.
+
+#include <limits>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "support/config_bench.h"
+
+namespace headsetmgmt::test_support {
+namespace {
+
+TEST(ConfigRequired, SameTimeNeedsNoConfiguring) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+    config.last_updated_time = 170.5;
+
+    EXPECT_FALSE(config.is_config_required(170.5));
+    EXPECT_EQ((Lines{"info HeadsetConfigImpl: is_config_required: Config time: 170.5, last "
+                     "updated time: 170.5"}),
+              bench.lines());
+}
+
+TEST(ConfigRequired, SmallestDifferenceMakesAnotherDocument) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+    config.last_updated_time = 1.0;
+
+    EXPECT_TRUE(config.is_config_required(1.0 + std::numeric_limits<double>::epsilon()));
+    EXPECT_TRUE(config.is_config_required(0.5));
+}
+
+TEST(ConfigRequired, TimeThatIsNoNumberIsAlwaysDifferent) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+
+    EXPECT_TRUE(config.is_config_required(nan));
+    config.last_updated_time = nan;
+    EXPECT_TRUE(config.is_config_required(nan));
+    EXPECT_TRUE(config.is_config_required(0.0));
+}
+
+TEST(ConfigRequired, EmptyStampAlwaysConfigures) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+
+    EXPECT_TRUE(config.is_config_required(std::string()));
+    EXPECT_EQ((Lines{"info HeadsetConfigImpl: is_config_required: No version timestamp to "
+                     "compare, proceed with configure"}),
+              bench.lines());
+}
+
+TEST(ConfigRequired, DifferentStampConfigures) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+    config.last_updated_time = 100.0;
+
+    EXPECT_TRUE(config.is_config_required(std::string("stamp-123.5")));
+    EXPECT_EQ((Lines{
+                  "notice HeadsetConfigImpl: is_config_required: Template updated time in epoch: "
+                  "123.5",
+                  "info HeadsetConfigImpl: is_config_required: Config time: 123.5, last updated "
+                  "time: 100",
+                  "notice HeadsetConfigImpl: is_config_required: Version timestamp is different, "
+                  "proceed with configure",
+              }),
+              bench.lines());
+}
+
+TEST(ConfigRequired, SameStampDoesNotConfigure) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+    config.last_updated_time = 123.5;
+
+    EXPECT_FALSE(config.is_config_required(std::string("stamp-123.5")));
+    EXPECT_EQ((Lines{
+                  "notice HeadsetConfigImpl: is_config_required: Template updated time in epoch: "
+                  "123.5",
+                  "info HeadsetConfigImpl: is_config_required: Config time: 123.5, last updated "
+                  "time: 123.5",
+                  "notice HeadsetConfigImpl: is_config_required: Version timestamp is same, do "
+                  "not configure",
+              }),
+              bench.lines());
+}
+
+TEST(ConfigRequired, StampWithoutAHyphenIsMalformed) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+
+    EXPECT_FALSE(config.is_config_required(std::string("abc")));
+    EXPECT_EQ((Lines{"info HeadsetConfigImpl: is_config_required[KORM-ERR]: Version timestamp is "
+                     "incorrectly formatted. Do not configure."}),
+              bench.lines());
+}
+
+TEST(ConfigRequired, StampWithNothingAfterItsHyphenIsMalformed) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+
+    EXPECT_FALSE(config.is_config_required(std::string("abc-")));
+    EXPECT_FALSE(config.is_config_required(std::string("-")));
+    EXPECT_EQ((Lines{
+                  "info HeadsetConfigImpl: is_config_required[KORM-ERR]: Version timestamp is "
+                  "incorrectly formatted. Do not configure.",
+                  "info HeadsetConfigImpl: is_config_required[KORM-ERR]: Version timestamp is "
+                  "incorrectly formatted. Do not configure.",
+              }),
+              bench.lines());
+}
+
+TEST(ConfigRequired, ZeroStampIsTheTimeOfAFreshObject) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+
+    EXPECT_FALSE(config.is_config_required(std::string("x-0")));
+    EXPECT_TRUE(config.is_config_required(std::string("x-1")));
+}
+
+TEST(ConfigRequired, StampIsCutAtItsFirstHyphen) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+
+    // What follows, "b-170", is no number and counts as 0.
+    EXPECT_FALSE(config.is_config_required(std::string("a-b-170")));
+    config.last_updated_time = 170.0;
+    EXPECT_TRUE(config.is_config_required(std::string("a-b-170")));
+}
+
+TEST(ConfigRequired, StampMayHaveBlanksASignAFractionAnExponentAndJunk) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+
+    config.last_updated_time = -125.0;
+    EXPECT_FALSE(config.is_config_required(std::string("x-  -1.25e2 seconds")));
+}
+
+TEST(ConfigRequired, StampMayBeginWithItsHyphen) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+    config.last_updated_time = 5.0;
+
+    EXPECT_FALSE(config.is_config_required(std::string("-5")));
+}
+
+TEST(ConfigRequired, DocumentThatWasAppliedIsNotRequiredAgainUntilTheTimesAreReset) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+    config.update_from_server(R"({"templateConfiguration": {"updatedTime": 1700}})");
+
+    EXPECT_FALSE(config.is_config_required(std::string("stamp-1700")));
+    config.reset_timestamps();
+    EXPECT_TRUE(config.is_config_required(std::string("stamp-1700")));
+}
+
+}  // namespace
+}  // namespace headsetmgmt::test_support

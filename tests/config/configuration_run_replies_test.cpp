@@ -1,0 +1,310 @@
+// Tests of how a configuration run goes on when its answer comes later: success, failure, retries.
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "config/config_manager_impl.h"
+#include "support/fake_config.h"
+#include "support/manager_bench.h"
+
+namespace headsetmgmt::test_support {
+namespace {
+
+/// A run of one accessory whose fetch the host was given.
+FakeConfig* start_pending_run(ManagerBench& bench) {
+    FakeConfig* object = bench.add_fake("a");
+    bench.manager().configure_accessory("a", "");
+    bench.answer_with(REQUEST_PENDING, "");
+    bench.run_tasks();
+    bench.take_lines();
+    bench.take_driver_calls();
+    return object;
+}
+
+TEST(ConfigurationRunSuccess, IsDroppedWhenNoRunIsUnderWay) {
+    ManagerBench bench;
+    FakeConfig* object = bench.add_fake("a");
+    bench.manager().mark_config_object_pending(object);
+
+    EXPECT_FALSE(bench.succeed("document"));
+
+    EXPECT_EQ((Lines{"error Lib::ConfigManagerImpl: on_fetch_config_success: no configuration in "
+                     "progress, dropping data"}),
+              bench.take_lines());
+    EXPECT_EQ(Lines{}, object->script->documents);
+    EXPECT_EQ(1u, bench.manager().get_number_of_pending_configs());
+}
+
+TEST(ConfigurationRunSuccess, HandsTheLateDocumentToEveryPendingObjectAndEndsTheRun) {
+    ManagerBench bench;
+    FakeConfig* first = bench.add_fake("a");
+    FakeConfig* second = bench.add_fake("b");
+    FakeConfig* bystander = bench.add_fake("c");
+    bench.manager().configure_accessory("a", "");
+    bench.manager().configure_accessory("b", "");
+    bench.answer_with(REQUEST_PENDING, "");
+    bench.run_tasks();
+    bench.take_lines();
+
+    EXPECT_TRUE(bench.succeed("document"));
+
+    EXPECT_EQ((Lines{"notice Lib::ConfigManagerImpl: clean_up_pending_config_requests: ENTER",
+                     "notice Lib::ConfigManagerImpl: on_fetch_config_successExit"}),
+              bench.take_lines());
+    EXPECT_EQ((Lines{"document"}), first->script->documents);
+    EXPECT_EQ((Lines{"document"}), second->script->documents);
+    EXPECT_EQ(Lines{}, bystander->script->documents);
+    EXPECT_FALSE(bench.manager().is_configure_accessory_pending());
+    EXPECT_EQ(0u, bench.manager().get_number_of_pending_configs());
+}
+
+TEST(ConfigurationRunSuccess, IsDroppedTheSecondTime) {
+    ManagerBench bench;
+    FakeConfig* object = start_pending_run(bench);
+    bench.succeed("first");
+    bench.take_lines();
+
+    EXPECT_FALSE(bench.succeed("second"));
+
+    EXPECT_EQ((Lines{"error Lib::ConfigManagerImpl: on_fetch_config_success: no configuration in "
+                     "progress, dropping data"}),
+              bench.take_lines());
+    EXPECT_EQ((Lines{"first"}), object->script->documents);
+}
+
+TEST(ConfigurationRunSuccess,
+     TellsTheDriverOfAnAccessoryThatCannotUseTheDocumentAndServesTheOther) {
+    ManagerBench bench;
+    FakeConfig* refusing = bench.add_fake("a");
+    refusing->script->accepts_document = false;
+    FakeConfig* other = bench.add_fake("b");
+    bench.manager().configure_accessory("a", "stamp-170");
+    bench.answer_with(REQUEST_DONE, "document");
+    bench.take_lines();
+
+    bench.run_tasks();
+
+    EXPECT_EQ(
+        (Lines{"notice Lib::ConfigManagerImpl: configure_accessory_task2 pending accessories",
+               "error Lib::ConfigManagerImpl: on_fetch_config_success: unable to update config "
+               "retrieved from server in library",
+               "notice Lib::ConfigManagerImpl: clean_up_pending_config_requests: ENTER",
+               "notice Lib::ConfigManagerImpl: on_fetch_config_successExit"}),
+        bench.take_lines());
+    EXPECT_EQ((Lines{R"(on_failure("a", REQUEST_REFUSED))"}), bench.take_driver_calls());
+    EXPECT_EQ((Lines{"document"}), other->script->documents);
+}
+
+TEST(ConfigurationRunSuccess, TellsOfAnEmptyPlaceInThePendingSetAndGoesOn) {
+    ManagerBench bench;
+    FakeConfig* object = start_pending_run(bench);
+    bench.manager().mark_config_object_pending(nullptr);
+
+    EXPECT_TRUE(bench.succeed("document"));
+
+    EXPECT_EQ(
+        (Lines{"error Lib::ConfigManagerImpl: on_fetch_config_success: No pending config object",
+               "notice Lib::ConfigManagerImpl: clean_up_pending_config_requests: ENTER",
+               "notice Lib::ConfigManagerImpl: on_fetch_config_successExit"}),
+        bench.take_lines());
+    EXPECT_EQ((Lines{"document"}), object->script->documents);
+}
+
+TEST(ConfigurationRunSuccess, EndsARunWhosePendingSetIsEmpty) {
+    ManagerBench bench;
+    bench.manager().set_configure_accessory_pending(true);
+
+    EXPECT_TRUE(bench.succeed("document"));
+
+    EXPECT_EQ((Lines{"notice Lib::ConfigManagerImpl: clean_up_pending_config_requests: ENTER",
+                     "notice Lib::ConfigManagerImpl: on_fetch_config_successExit"}),
+              bench.take_lines());
+    EXPECT_FALSE(bench.manager().is_configure_accessory_pending());
+}
+
+TEST(ConfigurationRunFailure, IsDroppedWhenNoRunIsUnderWay) {
+    ManagerBench bench;
+    bench.manager().mark_config_object_pending(bench.add_fake("a"));
+
+    EXPECT_FALSE(bench.manager().on_fetch_config_failure(404));
+
+    EXPECT_EQ((Lines{"notice Lib::ConfigManagerImpl: on_fetch_config_failure reason code: 404",
+                     "error Lib::ConfigManagerImpl: on_fetch_config_failure: no configuration in "
+                     "progress, dropping data"}),
+              bench.take_lines());
+    EXPECT_EQ(0u, bench.queued());
+}
+
+TEST(ConfigurationRunFailure, WithAnEmptyPendingSetEndsTheRunAndAnswersFalse) {
+    ManagerBench bench;
+    bench.manager().set_configure_accessory_pending(true);
+
+    EXPECT_FALSE(bench.manager().on_fetch_config_failure(-1));
+
+    EXPECT_EQ((Lines{"notice Lib::ConfigManagerImpl: on_fetch_config_failure reason code: -1",
+                     "notice Lib::ConfigManagerImpl: clean_up_pending_config_requests: ENTER"}),
+              bench.take_lines());
+    EXPECT_FALSE(bench.manager().is_configure_accessory_pending());
+    EXPECT_EQ(0u, bench.queued());
+}
+
+TEST(ConfigurationRunFailure, QueuesTheFetchAgainAtOnceAndLeavesTheRunOpen) {
+    ManagerBench bench;
+    start_pending_run(bench);
+
+    EXPECT_TRUE(bench.manager().on_fetch_config_failure(500));
+
+    EXPECT_EQ((Lines{"notice Lib::ConfigManagerImpl: on_fetch_config_failure reason code: 500"}),
+              bench.take_lines());
+    ASSERT_EQ(1u, bench.queued());
+    EXPECT_EQ(0u, bench.queued_defer_time());
+    EXPECT_EQ(60u, bench.queued_timeout());
+    EXPECT_TRUE(bench.manager().is_configure_accessory_pending());
+    EXPECT_EQ(1u, bench.manager().get_number_of_pending_configs());
+}
+
+TEST(ConfigurationRunFailure, IsRetriedWithoutEndOrBackOffFromTheFirstServer) {
+    ManagerBench bench;
+    FakeConfig* object = start_pending_run(bench);
+
+    for (int round = 0; round < 100; ++round) {
+        ASSERT_TRUE(bench.manager().on_fetch_config_failure(500));
+        ASSERT_EQ(1u, bench.queued());
+        ASSERT_EQ(0u, bench.queued_defer_time());
+        bench.run_tasks();
+    }
+
+    EXPECT_EQ(std::vector<int>(101, 0), object->script->retries_at_url);
+    EXPECT_EQ(0u, bench.queued());
+    EXPECT_TRUE(bench.manager().is_configure_accessory_pending());
+}
+
+TEST(ConfigurationRunFailure, AsksServerZeroForEveryRetryOfAHeadset) {
+    ManagerBench bench;
+    bench.plugins.system_info.config_url = "tftp://{tftp}/file.json";
+    bench.plugins.system_info.tftp_servers = {"first", "second"};
+    bench.attach("a");
+    bench.answer_with(REQUEST_PENDING, "");
+    bench.run_tasks();
+
+    bench.manager().on_fetch_config_failure(500);
+    bench.run_tasks();
+
+    EXPECT_EQ((Lines{"tftp://first/file.json", "tftp://first/file.json"}), bench.urls());
+}
+
+TEST(ConfigurationRunFailure, BacksOffWhenTheRegisteredCounterWasRaised) {
+    for (int retries = 1; retries <= 2; ++retries) {
+        ManagerBench bench;
+        FakeConfig* object = start_pending_run(bench);
+        object->set_config_retries(retries);
+
+        EXPECT_TRUE(bench.manager().on_fetch_config_failure(500));
+
+        ASSERT_EQ(1u, bench.queued());
+        EXPECT_LE(30u, bench.queued_defer_time());
+        EXPECT_GE(40u, bench.queued_defer_time());
+    }
+}
+
+TEST(ConfigurationRunFailure, GivesTheRunUpWhenTheRegisteredCounterIsPastTheLimit) {
+    ManagerBench bench;
+    FakeConfig* object = start_pending_run(bench);
+    object->set_config_retries(3);
+
+    EXPECT_FALSE(bench.manager().on_fetch_config_failure(500));
+
+    EXPECT_EQ((Lines{"notice Lib::ConfigManagerImpl: on_fetch_config_failure reason code: 500",
+                     "error Lib::ConfigManagerImpl: on_fetch_config_failure : retry limit reached, "
+                     "abort",
+                     "notice Lib::ConfigManagerImpl: clean_up_pending_config_requests: ENTER"}),
+              bench.take_lines());
+    EXPECT_EQ(0u, bench.queued());
+    EXPECT_FALSE(bench.manager().is_configure_accessory_pending());
+    EXPECT_EQ(0u, bench.manager().get_number_of_pending_configs());
+    EXPECT_EQ(0, object->get_config_retries());
+}
+
+TEST(ConfigurationRunFailure, OfARequestThatHasItsAnswerAlreadyQueuesNothing) {
+    ManagerBench bench;
+    start_pending_run(bench);
+    bench.manager().on_fetch_config_failure(500);
+
+    EXPECT_TRUE(bench.manager().on_fetch_config_failure(500));
+
+    EXPECT_EQ(1u, bench.queued()) << "two fetches for one request would be four the next time";
+    EXPECT_TRUE(bench.manager().is_configure_accessory_pending());
+}
+
+TEST(ConfigurationRunFailure, OfEachRequestQueuesOneFetchHoweverOftenItIsTold) {
+    ManagerBench bench;
+    start_pending_run(bench);
+
+    for (int round = 0; round < 100; ++round) {
+        bench.manager().on_fetch_config_failure(500);
+        bench.manager().on_fetch_config_failure(500);
+        ASSERT_EQ(1u, bench.queued());
+        bench.run_tasks();
+        bench.manager().on_fetch_config_failure(500);
+        ASSERT_EQ(1u, bench.queued());
+        bench.run_tasks();
+    }
+}
+
+TEST(ConfigurationRunFailure, IsFollowedByASuccessOfTheSameRun) {
+    ManagerBench bench;
+    FakeConfig* object = start_pending_run(bench);
+    bench.manager().on_fetch_config_failure(500);
+    bench.run_tasks();
+
+    EXPECT_TRUE(bench.succeed("document"));
+
+    EXPECT_EQ((Lines{"document"}), object->script->documents);
+    EXPECT_FALSE(bench.manager().is_configure_accessory_pending());
+}
+
+TEST(ConfigurationRunReplies, InsideTheHandOutAreDropped) {
+    ManagerBench bench;
+    FakeConfig* object = start_pending_run(bench);
+    object->script->on_document = [&bench] {
+        EXPECT_FALSE(bench.succeed("second"));
+        EXPECT_FALSE(bench.manager().on_fetch_config_failure(500));
+    };
+
+    EXPECT_TRUE(bench.succeed("first"));
+
+    EXPECT_EQ((Lines{"first"}), object->script->documents);
+    EXPECT_EQ((Lines{"error Lib::ConfigManagerImpl: on_fetch_config_success: no configuration in "
+                     "progress, dropping data",
+                     "notice Lib::ConfigManagerImpl: on_fetch_config_failure reason code: 500",
+                     "error Lib::ConfigManagerImpl: on_fetch_config_failure: no configuration in "
+                     "progress, dropping data",
+                     "notice Lib::ConfigManagerImpl: clean_up_pending_config_requests: ENTER",
+                     "notice Lib::ConfigManagerImpl: on_fetch_config_successExit"}),
+              bench.take_lines());
+    EXPECT_EQ(0u, bench.queued());
+}
+
+TEST(ConfigurationRunCleanUp, ResetsTheCountersOfThePendingObjectsAlone) {
+    ManagerBench bench;
+    FakeConfig* pending = bench.add_fake("a");
+    FakeConfig* bystander = bench.add_fake("b");
+    pending->set_config_retries(2);
+    bystander->set_config_retries(2);
+    bench.manager().mark_config_object_pending(pending);
+    bench.manager().set_configure_accessory_pending(true);
+
+    bench.manager().clean_up_pending_config_requests();
+
+    EXPECT_EQ((Lines{"notice Lib::ConfigManagerImpl: clean_up_pending_config_requests: ENTER"}),
+              bench.take_lines());
+    EXPECT_EQ(0, pending->get_config_retries());
+    EXPECT_EQ(2, bystander->get_config_retries());
+    EXPECT_EQ(0u, bench.manager().get_number_of_pending_configs());
+    EXPECT_FALSE(bench.manager().is_configure_accessory_pending());
+}
+
+}  // namespace
+}  // namespace headsetmgmt::test_support

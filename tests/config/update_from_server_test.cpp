@@ -1,0 +1,285 @@
+// Tests of what a document does to the object from one parse to the next, and of texts that are
+// no documents.
+
+#include <algorithm>
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "headsetmgmt/config.h"
+
+#include "support/config_bench.h"
+
+namespace headsetmgmt::test_support {
+namespace {
+
+TEST(UpdateFromServer, EmptyTextIsNothingToParse) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+
+    EXPECT_FALSE(config.update_from_server(""));
+    EXPECT_EQ((Lines{"info HeadsetConfigImpl: update_from_server: Nothing to parse"}),
+              bench.lines());
+}
+
+TEST(UpdateFromServer, UnparsableTextIsToldFromThePlaceOfTheErrorOn) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+    config.set_map_entry(1, ConfigParam{1, "kept", "1", "Admin"});
+
+    EXPECT_FALSE(config.update_from_server("<html>502</html>"));
+    EXPECT_FALSE(config.update_from_server("[1, oops]"));
+    EXPECT_EQ((Lines{
+                  "info HeadsetConfigImpl: update_from_server: <html>502</html>",
+                  "info HeadsetConfigImpl: update_from_server: oops]",
+              }),
+              bench.lines());
+    EXPECT_EQ((Settings{"1 kept=1 (Admin)"}), settings_of(config));
+}
+
+TEST(UpdateFromServer, DocumentWithoutATemplateIsToldTwice) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+    config.set_map_entry(1, ConfigParam{1, "kept", "1", "Admin"});
+
+    EXPECT_FALSE(config.update_from_server(R"({"commonSettings": []})"));
+    EXPECT_EQ((Lines{
+                  "info HeadsetConfigImpl: update_from_server Enter:",
+                  "info HeadsetConfigImpl: update_from_server: No template config found.",
+                  "debug HeadsetConfigImpl: update_from_server: No config found.",
+              }),
+              bench.lines());
+    EXPECT_EQ((Settings{"1 kept=1 (Admin)"}), settings_of(config));
+}
+
+TEST(UpdateFromServer, TimeBeforeTheTemplateIsReadAsTheTemplateAndYieldsNoSettings) {
+    ConfigBench bench;
+    bench.accessory.model = "Varos K20";
+    OpenConfig config("acc-1", &bench.accessory);
+
+    const bool result =
+        config.update_from_server(R"({"updatedTime": 1700, "templateConfiguration": {
+        "commonSettings": [{"name": "a", "usageId": 1, "value": 1, "access": "Admin"}],
+        "modelSpecificSettings": [{"models": ["Varos"],
+                                   "modelFirmware": [{"firmwareName": "LATEST"}]}]}})");
+
+    EXPECT_FALSE(result);
+    EXPECT_EQ(Settings{}, settings_of(config));
+    EXPECT_EQ(0.0, config.last_updated_time);
+    EXPECT_EQ(Calls{}, bench.driver_calls());
+}
+
+TEST(UpdateFromServer, TemplateInARootArrayIsUsed) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+
+    config.update_from_server(R"([{"templateConfiguration": {
+        "commonSettings": [{"name": "a", "usageId": 1, "value": 1, "access": "Admin"}]}}])");
+
+    EXPECT_EQ((Settings{"1 a=1 (Admin)"}), settings_of(config));
+}
+
+TEST(UpdateFromServer, TemplateWithoutATimeKeepsTheTimeOfTheDocumentBefore) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+    config.update_from_server(R"({"templateConfiguration": {"updatedTime": 1700.5}})");
+
+    config.update_from_server(R"({"templateConfiguration": {"commonSettings": []}})");
+
+    EXPECT_EQ(1700.5, config.last_updated_time);
+}
+
+TEST(UpdateFromServer, TimeThatIsNoNumberReadsAsZero) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+    config.update_from_server(R"({"templateConfiguration": {"updatedTime": 1700}})");
+    bench.clear_lines();
+
+    config.update_from_server(R"({"templateConfiguration": {"updatedTime": "1800"}})");
+
+    EXPECT_EQ(0.0, config.last_updated_time);
+    EXPECT_EQ("info HeadsetConfigImpl: parse_remote_default_config: Updated time: 0",
+              bench.lines().at(4));
+}
+
+TEST(UpdateFromServer, SettingsOfAnEarlierDocumentStay) {
+    ConfigBench bench;
+    bench.accessory.model = "Varos K20";
+    OpenConfig config("acc-1", &bench.accessory);
+    config.update_from_server(R"({"templateConfiguration": {"commonSettings": [
+        {"name": "a", "usageId": 1, "value": 1, "access": "Admin"},
+        {"name": "b", "usageId": 2, "value": 1, "access": "Admin"}]}})");
+
+    config.update_from_server(R"({"templateConfiguration": {"commonSettings": [
+        {"name": "b", "usageId": 2, "value": 2, "access": "User"}]}})");
+
+    EXPECT_EQ((Settings{"1 a=1 (Admin)", "2 b=2 (User)"}), settings_of(config));
+}
+
+TEST(UpdateFromServer, FirstParseIsNoModelChange) {
+    ConfigBench bench;
+    bench.accessory.model = "Varos K20";
+    OpenConfig config("acc-1", &bench.accessory);
+    config.update_from_host("volume", 32, "4");
+    bench.clear_lines();
+
+    config.update_from_server(R"({"templateConfiguration": {"updatedTime": 1}})");
+
+    EXPECT_EQ((Settings{"32 volume=4 ()"}), settings_of(config));
+    EXPECT_EQ("info HeadsetConfigImpl: parse_remote_default_config: Updated time: 1",
+              bench.lines().at(4));
+}
+
+TEST(UpdateFromServer, ModelThatOnlyChangesItsCaseIsAnotherModel) {
+    ConfigBench bench;
+    bench.accessory.model = "Varos K20";
+    OpenConfig config("acc-1", &bench.accessory);
+    config.update_from_server(R"({"templateConfiguration": {"commonSettings": [
+        {"name": "a", "usageId": 1, "value": 1, "access": "Admin"}]}})");
+    bench.accessory.model = "VAROS K20";
+    config.update(&bench.accessory);
+
+    config.update_from_server(R"({"templateConfiguration": {"updatedTime": 1}})");
+
+    EXPECT_EQ(Settings{}, settings_of(config));
+}
+
+TEST(UpdateFromServer, ModelThatIsLostIsAChangeAndItsReturnIsNone) {
+    ConfigBench bench;
+    bench.accessory.model = "Varos K20";
+    OpenConfig config("acc-1", &bench.accessory);
+    config.update_from_server(R"({"templateConfiguration": {"commonSettings": [
+        {"name": "a", "usageId": 1, "value": 1, "access": "Admin"}]}})");
+    bench.accessory.model = "";
+    config.update(&bench.accessory);
+
+    config.update_from_server(R"({"templateConfiguration": {"commonSettings": [
+        {"name": "b", "usageId": 2, "value": 2, "access": "Admin"}]}})");
+    EXPECT_EQ("", config.current_model);
+    EXPECT_EQ((Settings{"2 b=2 (Admin)"}), settings_of(config));
+
+    bench.accessory.model = "Varos K20";
+    config.update(&bench.accessory);
+    config.update_from_server(R"({"templateConfiguration": {"updatedTime": 1}})");
+    EXPECT_EQ((Settings{"2 b=2 (Admin)"}), settings_of(config));
+}
+
+TEST(UpdateFromServer, ModelIsTheMarketedOneThatTheSerialNumberTells) {
+    ConfigBench bench;
+    bench.accessory.model = "Varos K30";
+    bench.accessory.serial_number = "ABCDEFG4";
+    OpenConfig config("acc-1", &bench.accessory);
+
+    config.update_from_server(R"({"templateConfiguration": {"modelSpecificSettings": [
+        {"models": ["Varos K30"], "modelFirmware": [{"firmwareName": "k30.bin",
+                                                     "firmwareVersion": "30"}]},
+        {"models": ["Varos K20"], "modelFirmware": [{"firmwareName": "k20.bin",
+                                                     "firmwareVersion": "20"}]}]}})");
+
+    EXPECT_EQ("Varos K20", config.current_model);
+    EXPECT_EQ("20", config.pending_firmware);
+}
+
+TEST(UpdateFromServer, MissingFirmwareNameFailsTheDocument) {
+    ConfigBench bench;
+    bench.accessory.model = "Varos K20";
+    OpenConfig config("acc-1", &bench.accessory);
+
+    EXPECT_FALSE(config.update_from_server(R"({"templateConfiguration": {
+        "commonSettings": [{"name": "a", "usageId": 1, "value": 1, "access": "Admin"}],
+        "modelSpecificSettings": [{"models": ["Varos"], "modelFirmware": [{}]}]}})"));
+}
+
+TEST(UpdateFromServer, FirmwareResultReplacesTheFailureToFindSettings) {
+    ConfigBench bench;
+    bench.accessory.model = "Arlo 5";
+    bench.accessory.dongle_model = "Link 2";
+    bench.accessory.dongle_version = "3-0";
+    OpenConfig config("acc-1", &bench.accessory);
+
+    // Nothing for the headset, but firmware for its dongle.
+    EXPECT_TRUE(config.update_from_server(R"({"templateConfiguration": {
+        "modelSpecificSettings": [{"models": ["Link"], "modelFirmware": [
+            {"firmwareName": "link.bin", "firmwareVersion": "3-1"}]}]}})"));
+    EXPECT_TRUE(bench.plugins.log.contains(
+        "HeadsetConfigImpl: parse_remote_default_config[PARSING-ERR]: No settings found to save."));
+    EXPECT_EQ((Calls{R"(request_upgrade("acc-1", "3-1", "link.bin"))"}), bench.driver_calls());
+}
+
+TEST(UpdateFromServer, ErrorWhileStoringDoesNotHoldTheFirmwareBack) {
+    ConfigBench bench;
+    bench.accessory.model = "Varos K20";
+    bench.accessory.software_version = "1-0";
+    OpenConfig config("acc-1", &bench.accessory);
+    bench.plugins.mutex_factory.throw_at_lock(1);
+
+    EXPECT_TRUE(config.update_from_server(R"({"templateConfiguration": {
+        "commonSettings": [{"name": "a", "usageId": 1, "value": 1, "access": "Admin"}],
+        "modelSpecificSettings": [{"models": ["Varos"], "modelFirmware": [
+            {"firmwareName": "k20.bin", "firmwareVersion": "1-1"}]}]}})"));
+    EXPECT_TRUE(bench.plugins.log.contains(
+        "HeadsetConfigImpl: parse_remote_default_config: Common settings were not saved"));
+    EXPECT_EQ(Settings{}, settings_of(config));
+    EXPECT_EQ((Calls{R"(request_upgrade("acc-1", "1-1", "k20.bin"))"}), bench.driver_calls());
+}
+
+TEST(UpdateFromServer, ObjectsThatParseAtTheSameTimeEachTellTheirOwnError) {
+    constexpr std::ptrdiff_t rounds = 300;
+    ConfigBench bench;
+    OpenConfig first("acc-1", &bench.accessory);
+    OpenConfig second("acc-2", &bench.accessory);
+    const auto parse_again_and_again = [](OpenConfig& config, const std::string& document) {
+        for (std::ptrdiff_t round = 0; round < rounds; ++round) {
+            config.update_from_server(document);
+        }
+    };
+
+    std::thread other(parse_again_and_again, std::ref(second), "[1, [2], second]");
+    parse_again_and_again(first, "{\"a\": first}");
+    other.join();
+
+    const Lines lines = bench.lines();
+    EXPECT_EQ(2U * rounds, lines.size());
+    EXPECT_EQ(rounds, std::count(lines.begin(), lines.end(),
+                                 "info HeadsetConfigImpl: update_from_server: first}"));
+    EXPECT_EQ(rounds, std::count(lines.begin(), lines.end(),
+                                 "info HeadsetConfigImpl: update_from_server: second]"));
+}
+
+TEST(ParseRemoteDefaultConfig, WithoutATemplateThereIsNothingToParse) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+
+    EXPECT_FALSE(config.parse_remote_default_config(nullptr));
+    EXPECT_EQ((Lines{"notice HeadsetConfigImpl: parse_remote_default_config : No default config "
+                     "settings to parse"}),
+              bench.lines());
+}
+
+TEST(ParseRemoteDefaultConfig, HoldsNoLockWhileAnyLineIsWritten) {
+    ConfigBench bench;
+    bench.accessory.model = "Varos K20";
+    OpenConfig config("acc-1", &bench.accessory);
+    config.current_model = "Arlo";
+    int lines = 0;
+    int lines_under_a_lock = 0;
+    bench.plugins.log.hook = [&](const LogLine& /*line*/) {
+        ++lines;
+        lines_under_a_lock += bench.locks_held() != 0 ? 1 : 0;
+    };
+
+    config.update_from_server(R"({"templateConfiguration": {"updatedTime": 1,
+        "commonSettings": [{"name": "a", "usageId": 1, "value": 1, "access": "Admin"}, {}],
+        "modelSpecificSettings": [{"models": ["Varos"], "modelFirmware": [
+            {"firmwareName": "k20.bin", "firmwareVersion": "1-1", "firmwareParams": [
+                {"name": "b", "usageId": 2, "value": 1, "access": "Admin"}]}]}]}})");
+
+    EXPECT_GT(lines, 20);
+    EXPECT_EQ(0, lines_under_a_lock);
+}
+
+}  // namespace
+}  // namespace headsetmgmt::test_support

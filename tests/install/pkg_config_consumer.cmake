@@ -1,0 +1,17 @@
+# Builds and runs a program with what pkg-config says of the installed library.
+
+include(${CMAKE_CURRENT_LIST_DIR}/checks.cmake)
+
+set(ENV{PKG_CONFIG_PATH} ${prefix}/${libdir}/pkgconfig)
+run(${pkg_config} --modversion headsetmgmt)
+expect_equal("${output}" "1.0.0\n")
+
+run(${pkg_config} --cflags --libs headsetmgmt)
+separate_arguments(package_flags UNIX_COMMAND "${output}")
+separate_arguments(build_flags UNIX_COMMAND "${flags}")
+file(MAKE_DIRECTORY ${work_folder})
+run(${compiler} -std=c++17 ${build_flags} ${CMAKE_CURRENT_LIST_DIR}/phone.cpp
+    -o ${work_folder}/phone ${package_flags} -pthread -Wl,-rpath,${prefix}/${libdir})
+
+run(${work_folder}/phone)
+expect_equal("${output}" "started\nconfiguring\nGET http://192.0.2.1/defaultheadsetconfig.json\n")

@@ -1,0 +1,129 @@
+// A process that exits without stopping the library, each in a process of its own.
+
+#include <cstdlib>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "plugin/phone_host.h"
+
+namespace headsetmgmt::test_support {
+namespace {
+
+using ::testing::ExitedWithCode;
+
+class ExitDeathTest : public ::testing::Test {
+protected:
+    ExitDeathTest() { ::testing::FLAGS_gtest_death_test_style = "threadsafe"; }
+};
+
+void start_with(const HostBehaviour& behaviour) {
+    fresh_fake_host().behave(behaviour);
+    create_headset_mgmt(record_host_log_line);
+    start_headset_mgmt("", "", "");
+    tell_urls();
+}
+
+/// For a process that another thread ends.
+[[noreturn]] void wait_for_the_end() {
+    for (;;) {
+        Event().wait();
+    }
+}
+
+TEST_F(ExitDeathTest, ExitOfALibraryThatWasNeverStarted) {
+    EXPECT_EXIT(
+        {
+            create_headset_mgmt(record_host_log_line);
+            std::exit(7);
+        },
+        ExitedWithCode(7), "");
+}
+
+TEST_F(ExitDeathTest, ExitWithoutAStop) {
+    EXPECT_EXIT(
+        {
+            start_with(usual_behaviour());
+            configure_headset(shared(headset_1()));
+            std::exit(7);
+        },
+        ExitedWithCode(7), "");
+}
+
+TEST_F(ExitDeathTest, ExitWhileTheHostFailsForEver) {
+    EXPECT_EXIT(
+        {
+            HostBehaviour behaviour = usual_behaviour();
+            behaviour.on_http_request = [](const HttpRequestCall&) { httpResponse("", 404); };
+            start_with(behaviour);
+            configure_headset(shared(headset_1()));
+            fake_host().wait_for_http_requests(10);
+            std::exit(7);
+        },
+        ExitedWithCode(7), "");
+}
+
+TEST_F(ExitDeathTest, ExitInsideAHostFunctionOnTheWorker) {
+    EXPECT_EXIT(
+        {
+            HostBehaviour behaviour = usual_behaviour();
+            behaviour.on_http_request = [](const HttpRequestCall&) { std::exit(7); };
+            start_with(behaviour);
+            configure_headset(shared(headset_1()));
+            wait_for_the_end();
+        },
+        ExitedWithCode(7), "");
+}
+
+TEST_F(ExitDeathTest, ExitInsideAHostFunctionOnAHostThread) {
+    EXPECT_EXIT(
+        {
+            HostBehaviour behaviour = usual_behaviour();
+            behaviour.on_apply_changes = [](const ApplyChangesCall&) { std::exit(7); };
+            start_with(behaviour);
+            configure_headset(shared(headset_1()));
+            fake_host().wait_for_http_requests(1);
+            httpResponse(document_with_sidetone, 200);
+        },
+        ExitedWithCode(7), "");
+}
+
+TEST_F(ExitDeathTest, ExitInsideTheLogCallback) {
+    EXPECT_EXIT(
+        {
+            start_with(usual_behaviour());
+            HostBehaviour behaviour = usual_behaviour();
+            behaviour.on_log_line = [](int, const std::string&) { std::exit(7); };
+            fake_host().behave(behaviour);
+            remove_peripheral("headset-1");
+        },
+        ExitedWithCode(7), "");
+}
+
+TEST_F(ExitDeathTest, CallsDuringAnExitAreTurnedAway) {
+    EXPECT_EXIT(
+        {
+            start_with(usual_behaviour());
+            // The exit waits for the worker, which does not come back; meanwhile another thread
+            // calls.
+            std::thread([] {
+                while (tell_urls()) {
+                    std::this_thread::yield();
+                }
+                const bool anything_true = start_headset_mgmt("", "", "") ||
+                                           create_headset_mgmt(record_host_log_line) ||
+                                           remove_peripheral("headset-1");
+                std::_Exit(anything_true ? 8 : 7);
+            }).detach();
+            HostBehaviour behaviour = usual_behaviour();
+            behaviour.on_http_request = [](const HttpRequestCall&) { wait_for_the_end(); };
+            fake_host().behave(behaviour);
+            configure_headset(shared(headset_1()));
+            fake_host().wait_for_http_requests(1);
+            std::exit(9);
+        },
+        ExitedWithCode(7), "");
+}
+
+}  // namespace
+}  // namespace headsetmgmt::test_support

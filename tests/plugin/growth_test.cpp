@@ -1,0 +1,158 @@
+// Nothing grows: live allocations, threads and the queue, over many rounds. A program of its own,
+// for it counts what the whole program allocates.
+
+#include <atomic>
+#include <cstdlib>
+#include <dirent.h>
+#include <new>
+
+#include <gtest/gtest.h>
+
+#include "plugin/phone_host.h"
+
+namespace {
+
+std::atomic<long> live_allocations{0};
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+    void* memory = std::malloc(size != 0 ? size : 1);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    ++live_allocations;
+    return memory;
+}
+
+void operator delete(void* memory) noexcept {
+    if (memory != nullptr) {
+        --live_allocations;
+        std::free(memory);
+    }
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+    ::operator delete(memory);
+}
+
+namespace headsetmgmt::test_support {
+namespace {
+
+/// What must not grow.
+struct Footprint {
+    long allocations;
+    int threads;
+};
+
+bool operator==(const Footprint& left, const Footprint& right) {
+    return left.allocations == right.allocations && left.threads == right.threads;
+}
+
+void PrintTo(const Footprint& footprint, std::ostream* stream) {
+    *stream << footprint.allocations << " allocations, " << footprint.threads << " threads";
+}
+
+int count_threads() {
+    int count = 0;
+    DIR* tasks = opendir("/proc/self/task");
+    while (const dirent* entry = readdir(tasks)) {
+        count += entry->d_name[0] != '.' ? 1 : 0;
+    }
+    closedir(tasks);
+    return count;
+}
+
+/// Once the host has forgotten what it recorded.
+Footprint footprint() {
+    fresh_fake_host().behave(usual_behaviour());
+    return {live_allocations, count_threads()};
+}
+
+/// The footprint after `rounds` of `round`; a few were run before the first one is taken.
+template <typename Round>
+void expect_no_growth(int rounds, Round round) {
+    for (int i = 0; i < 10; ++i) {
+        round();
+    }
+    const Footprint before = footprint();
+    for (int i = 0; i < rounds; ++i) {
+        round();
+    }
+    EXPECT_EQ(footprint(), before);
+}
+
+TEST(GrowthTest, StartingAndStopping) {
+    PhoneHost host;
+    host.start_up();
+    create_headset_mgmt(nullptr);
+    host.stop();
+
+    expect_no_growth(200, [&] {
+        host.start();
+        tell_urls();
+        configure_headset(shared(headset_1()));
+        host.run_worker();
+        // The stop drops this one, or the worker is quicker.
+        send_inventory(shared(headset_1()));
+        host.stop();
+    });
+}
+
+TEST(GrowthTest, AttachingAndRemoving) {
+    PhoneHost host;
+    host.start_up();
+    create_headset_mgmt(nullptr);
+
+    expect_no_growth(1000, [&] {
+        configure_headset(shared(headset_1()));
+        host.run_worker();
+        remove_peripheral("headset-1");
+    });
+}
+
+TEST(GrowthTest, ConfiguringTheSameAccessory) {
+    PhoneHost host;
+    host.start_up();
+    create_headset_mgmt(nullptr);
+
+    expect_no_growth(300, [&] {
+        configure_headset(shared(headset_1()));
+        host.run_worker();
+        httpResponse(document_with_sidetone, 200);
+    });
+}
+
+TEST(GrowthTest, FailingForEver) {
+    PhoneHost host;
+    host.start_up();
+    create_headset_mgmt(nullptr);
+    configure_headset(shared(headset_1()));
+    host.run_worker();
+
+    expect_no_growth(1000, [&] {
+        httpResponse("", 404);
+        host.run_worker();
+    });
+}
+
+TEST(GrowthTest, TellingTheSameServers) {
+    PhoneHost host;
+    host.start_up();
+    create_headset_mgmt(nullptr);
+
+    expect_no_growth(1000, [] { tell_urls(); });
+}
+
+TEST(GrowthTest, ReportsOfATypeThatHasNone) {
+    PhoneHost host;
+    host.start_up();
+    create_headset_mgmt(nullptr);
+    AccessoryCache other = headset_1();
+    other.accessory_type = 0;
+
+    expect_no_growth(1000, [&] { send_inventory(shared(other)); });
+}
+
+}  // namespace
+}  // namespace headsetmgmt::test_support

@@ -1,0 +1,267 @@
+// What the plug-in object makes of the host's events.
+
+#include <gtest/gtest.h>
+
+#include "headsetmgmt/plugins.h"
+
+#include "plugin/phone_host.h"
+#include "plugin/phone_plugin_impl.h"
+
+namespace headsetmgmt::test_support {
+namespace {
+
+using plugin::PhonePluginImpl;
+
+/// The URL of the next fetch: a headset is attached for it and removed again.
+std::string next_fetch_url(PhoneHost& host) {
+    const std::size_t before = fake_host().http_requests().size();
+    configure_headset(shared(headset_named("asks-for-the-url")));
+    host.run_worker();
+    remove_peripheral("asks-for-the-url");
+    const std::vector<HttpRequestCall> requests = fake_host().http_requests();
+    return requests.size() == before + 1 ? requests.back().url : "not one request";
+}
+
+/// The URL of the next inventory report.
+std::string next_post_url(PhoneHost& host) {
+    const std::size_t before = fake_host().http_requests().size();
+    send_inventory(shared(headset_1()));
+    host.run_worker();
+    const std::vector<HttpRequestCall> requests = fake_host().http_requests();
+    return requests.size() == before + 1 ? requests.back().url : "not one request";
+}
+
+bool set_url(const char* config_url) {
+    return setHeadsetConfigUrl(config_url, "", "", nullptr, nullptr, "");
+}
+
+TEST(HostEventsTest, KeyToUsageIdKnowsTheSixNames) {
+    PhonePluginImpl plugin;
+
+    EXPECT_EQ(plugin.keyToUsageId("Speaker Volume"), 32);
+    EXPECT_EQ(plugin.keyToUsageId("Microphone Gain"), 33);
+    EXPECT_EQ(plugin.keyToUsageId("Sidetone"), 34);
+    EXPECT_EQ(plugin.keyToUsageId("Equalizer"), 35);
+    EXPECT_EQ(plugin.keyToUsageId("Audio Bandwidth"), 36);
+    EXPECT_EQ(plugin.keyToUsageId("Bluetooth"), 39);
+}
+
+TEST(HostEventsTest, KeyToUsageIdComparesToTheLetter) {
+    PhonePluginImpl plugin;
+
+    EXPECT_EQ(plugin.keyToUsageId("sidetone"), 0);
+    EXPECT_EQ(plugin.keyToUsageId("Sidetone "), 0);
+    EXPECT_EQ(plugin.keyToUsageId("SpeakerVolume"), 0);
+    EXPECT_EQ(plugin.keyToUsageId(""), 0);
+}
+
+TEST(HostEventsTest, EmptyConfigUrlKeepsTheEarlierOne) {
+    PhoneHost host;
+    host.start_up();
+
+    EXPECT_TRUE(set_url("http://first"));
+    EXPECT_TRUE(set_url(""));
+    EXPECT_EQ(next_fetch_url(host), "http://first");
+
+    EXPECT_TRUE(set_url("http://second"));
+    EXPECT_EQ(next_fetch_url(host), "http://second");
+}
+
+TEST(HostEventsTest, LongUrlIsKeptWhole) {
+    PhoneHost host;
+    host.start_up();
+    const std::string long_url = "http://" + std::string(5000, 'x');
+
+    EXPECT_TRUE(set_url(long_url.c_str()));
+
+    EXPECT_EQ(next_fetch_url(host), long_url);
+}
+
+TEST(HostEventsTest, ServerToldInTwoPlacesIsStoredOnce) {
+    PhoneHost host;
+    create_headset_mgmt(record_host_log_line);
+    host.start();
+    const char* tftp_servers[] = {"a", "a", "b"};
+    const char* korm_servers[] = {"", "k", "k"};
+
+    setHeadsetConfigUrl("{tftp}", "{korm}", "", tftp_servers, korm_servers, "");
+
+    SystemInfoInterface* system_info = globals::plugins.system_info;
+    EXPECT_EQ(system_info->get_tftp_server(0), "a");
+    EXPECT_EQ(system_info->get_tftp_server(1), "b");
+    EXPECT_EQ(system_info->get_tftp_server(2), "");
+    EXPECT_EQ(system_info->get_korm_servers(), (std::vector<std::string>{"k"}));
+}
+
+TEST(HostEventsTest, ServersToldLaterComeAfterTheEarlier) {
+    PhoneHost host;
+    host.start_up();
+    const char* tftp_servers[] = {"later", "", ""};
+    const char* korm_servers[] = {"later", "", ""};
+
+    EXPECT_TRUE(setHeadsetConfigUrl("{tftp}", "{korm}", "", tftp_servers, korm_servers, ""));
+
+    EXPECT_EQ(next_fetch_url(host), "[fe80::1]");
+    EXPECT_EQ(next_post_url(host), "korm-1");
+}
+
+TEST(HostEventsTest, UserIdIsReplacedAndKept) {
+    PhoneHost host;
+    host.start_up();
+    const char* none[] = {"", "", ""};
+    set_url("http://{userid}");
+
+    EXPECT_EQ(next_fetch_url(host), "http://4711");
+    EXPECT_TRUE(setHeadsetConfigUrl("", "", "", none, none, "a-user-of-more-than-20-characters"));
+    EXPECT_TRUE(setHeadsetConfigUrl("", "", "", none, none, ""));
+
+    EXPECT_EQ(next_fetch_url(host), "http://a-user-of-more-than-20-characters");
+}
+
+TEST(HostEventsTest, AttachingBeforeTheStartSaysEnterAndAnswersFalse) {
+    PhoneHost host;
+    create_headset_mgmt(record_host_log_line);
+
+    EXPECT_FALSE(configure_headset(shared(headset_1())));
+
+    EXPECT_EQ(host.take(), (Lines{"log 5 PhonePluginImpl::configure_headset ENTER\n"}));
+}
+
+TEST(HostEventsTest, AccessoryThatIsNeitherHeadsetNorCameraIsNotConfigured) {
+    PhoneHost host;
+    host.start_up();
+    AccessoryCache other = headset_1();
+    other.accessory_type = 7;
+    other.vendor_id = -1;
+
+    EXPECT_FALSE(configure_headset(shared(other)));
+
+    EXPECT_EQ(host.take(),
+              (Lines{"log 5 PhonePluginImpl::configure_headset ENTER\n",
+                     "log 5 PhonePluginImpl::configure_headset Accessory Info:\n"
+                     "type:OTHER\nid:headset-1\nvendor:Varos\nvendor id:-1\nmodel:Varos K30\n"
+                     "serial number:SN1234567\nsw ver:1-0-2\nhw ver:B\ndock model:\n"
+                     "dock serial number:\ndongle model:\ndongle serial number:\ndongle version:\n"
+                     "connection type:usb\nconnection status:connected\n\n",
+                     "log 5 Lib::ConfigManagerImpl: initialize_accessory: called for id: headset-1",
+                     "log 5 Lib::ConfigManagerImpl: get_config_object: Cannot find config object",
+                     "log 5 Lib::ConfigManagerImpl: create_accessory: Creating Config object for "
+                     "id: headset-1",
+                     "log 5 ConfigFactory: ::create_config: Unknown accessory type",
+                     "log 5 Lib::ConfigManagerImpl: create_accessory: failed to create Config "
+                     "object"}));
+}
+
+TEST(HostEventsTest, Status404ReachesTheFailureOperation) {
+    PhoneHost host;
+    host.start_up();
+
+    httpResponse("not looked at", 404);
+
+    EXPECT_EQ(host.take(),
+              (Lines{"log 5 Lib::ConfigManagerImpl: on_fetch_config_failure reason code: 404",
+                     "log 5 Lib::ConfigManagerImpl: on_fetch_config_failure: no configuration in "
+                     "progress, dropping data"}));
+}
+
+TEST(HostEventsTest, EveryStatusBut200IsAFailure) {
+    PhoneHost host;
+    host.start_up();
+
+    for (const int status : {0, -1, 199, 201, 304}) {
+        httpResponse("", status);
+        const Lines lines = host.take();
+        ASSERT_EQ(lines.size(), 2U);
+        EXPECT_EQ(lines.front(), "log 5 Lib::ConfigManagerImpl: on_fetch_config_failure reason "
+                                 "code: " +
+                                     std::to_string(status));
+    }
+}
+
+TEST(HostEventsTest, Status200HandsTheBodyToTheSuccessOperation) {
+    PhoneHost host;
+    host.start_up();
+    configure_headset(shared(headset_1()));
+    host.run_worker();
+    host.take();
+
+    httpResponse("{", 200);
+
+    const Lines lines = host.take();
+    ASSERT_EQ(lines.size(), 4U);
+    // The parser's error text is a rest of the body.
+    EXPECT_EQ(lines[0].rfind("log 5 HeadsetConfigImpl: update_from_server: ", 0), 0U);
+    EXPECT_EQ(lines[1], "log 5 Lib::ConfigManagerImpl: on_fetch_config_success: unable to update "
+                        "config retrieved from server in library");
+    EXPECT_EQ(lines[2], "log 5 Lib::ConfigManagerImpl: clean_up_pending_config_requests: ENTER");
+    EXPECT_EQ(lines[3], "log 5 Lib::ConfigManagerImpl: on_fetch_config_successExit");
+}
+
+TEST(HostEventsTest, AnswersBeforeTheStartAreIgnored) {
+    PhoneHost host;
+    create_headset_mgmt(record_host_log_line);
+
+    httpResponse(document_with_sidetone, 200);
+    httpResponse("", 404);
+
+    EXPECT_EQ(host.take(), Lines{});
+}
+
+TEST(HostEventsTest, FactoryResetBeforeTheStartAnswersFalse) {
+    PhoneHost host;
+    create_headset_mgmt(record_host_log_line);
+
+    EXPECT_FALSE(factory_reset("headset-1"));
+
+    EXPECT_EQ(host.take(), Lines{});
+}
+
+TEST(HostEventsTest, FactoryResetOfAnUnknownAccessoryAnswersFalse) {
+    PhoneHost host;
+    host.start_up();
+
+    EXPECT_FALSE(factory_reset("nobody"));
+
+    EXPECT_EQ(host.take(),
+              (Lines{"log 5 Lib::ConfigManagerImpl: reset_to_admin_defaults: ENTER",
+                     "log 5 Lib::ConfigManagerImpl: get_config_object: Cannot find config object",
+                     "log 5 Lib::ConfigManagerImpl: reset_to_admin_defaults: Config object of this "
+                     "type does not exist"}));
+}
+
+TEST(HostEventsTest, RemovingAnUnknownAccessoryAnswersTrue) {
+    PhoneHost host;
+    host.start_up();
+
+    EXPECT_TRUE(remove_peripheral("nobody"));
+
+    EXPECT_EQ(host.take(), (Lines{"log 5 PhonePluginImpl::removePeripheral ENTER\n",
+                                  "log 5 Lib::ConfigManagerImpl: remove_accessory: ENTER"}));
+}
+
+TEST(HostEventsTest, RemovedAccessoryIsForgotten) {
+    PhoneHost host;
+    host.start_up();
+    configure_headset(shared(headset_1()));
+
+    EXPECT_TRUE(remove_peripheral("headset-1"));
+
+    EXPECT_FALSE(factory_reset("headset-1"));
+}
+
+TEST(HostEventsTest, NegativeAccessoryTypeHasNoReport) {
+    PhoneHost host;
+    host.start_up();
+    AccessoryCache other = headset_1();
+    other.accessory_type = -5;
+
+    send_inventory(shared(other));
+
+    const Lines lines = host.take();
+    ASSERT_EQ(lines.size(), 2U);
+    EXPECT_EQ(lines[1],
+              "log 5 PhonePluginImpl::sendInventory metrics factory: Unsupported METRICS_TYPE: \n");
+}
+
+}  // namespace
+}  // namespace headsetmgmt::test_support

@@ -1,0 +1,98 @@
+// A phone at the flat interface that owns the clock: what the library says to it and asks of it.
+
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <future>
+#include <initializer_list>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "headsetmgmt/phone/flat_interface.h"
+
+#include "support/fake_host.h"
+#include "support/virtual_time.h"
+
+namespace headsetmgmt::test_support {
+
+using Lines = std::vector<std::string>;
+
+/// The one headset of most tests: a maker's "Varos K30" of version "1-0-2" with the id "headset-1".
+AccessoryCache headset_1();
+
+/// The same model under another id.
+AccessoryCache headset_named(const std::string& device_id);
+
+/// A camera of the maker, with the id "camera-1".
+AccessoryCache camera_1();
+
+/// As a host passes it to the flat interface.
+std::shared_ptr<AccessoryCache> shared(const AccessoryCache& record);
+
+/// All in one transcript.
+Lines joined(std::initializer_list<Lines> pieces);
+
+/// A document that gives a "K30" the administrator's setting 34 "Sidetone" of the value 2.
+extern const char document_with_sidetone[];
+
+/// How the host of these tests answers; hooks are added to it.
+HostBehaviour usual_behaviour();
+
+/// Tells the library its URLs, servers and user.
+bool tell_urls();
+
+/// The answer of `call` on another thread.
+bool on_another_thread(const std::function<bool()>& call);
+
+/// An event that happens once.
+class Event {
+public:
+    void happen() { promise.set_value(); }
+
+    /// Waits until it happens.
+    void wait() const { future.wait(); }
+
+private:
+    std::promise<void> promise;
+    std::shared_future<void> future = promise.get_future().share();
+};
+
+/// A host whose clock stands still until the test moves it, so that what happens on the test's
+/// thread and on the worker has one order. Stops the library at the end. Steps are for the test's
+/// thread.
+class PhoneHost {
+public:
+    PhoneHost();
+    ~PhoneHost();
+
+    PhoneHost(const PhoneHost&) = delete;
+    PhoneHost& operator=(const PhoneHost&) = delete;
+
+    /// Creates and starts the library, tells it its URLs and waits for the worker's first pause;
+    /// forgets what was said so far.
+    void start_up();
+
+    /// Starts the library, and waits for the worker's first pause.
+    bool start();
+
+    /// Lets the worker run what is queued, to its next pause.
+    void run_worker();
+
+    /// Has a worker that is at rest go on, so that it can leave, and stops the library.
+    void stop();
+
+    /// The same without stopping: from now on, the worker never pauses.
+    void let_worker_go() { time->let_go(); }
+
+    /// What was said and asked since the last call.
+    Lines take();
+
+private:
+    std::optional<test_support::VirtualTime> time;
+    std::size_t taken = 0;
+};
+
+}  // namespace headsetmgmt::test_support

@@ -1,0 +1,560 @@
+// The queue of tasks: which task runs when, and what the log says of it.
+
+#include <chrono>
+#include <cstddef>
+#include <deque>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "runtime/executor_impl.h"
+#include "runtime/watched_task.h"
+#include "support/recording_log.h"
+#include "support/virtual_time.h"
+
+namespace headsetmgmt {
+namespace {
+
+using log::LogLevel;
+using test_support::add_plain;
+using test_support::add_watched;
+using test_support::do_work;
+using test_support::LogLine;
+using test_support::RecordingLog;
+using test_support::RunRecord;
+using test_support::VirtualTime;
+using test_support::Watched;
+using test_support::WatchedParameters;
+using test_support::Work;
+using namespace std::chrono_literals;
+
+using Names = std::vector<std::string>;
+
+std::vector<LogLine> debug_lines(const std::vector<std::string>& texts) {
+    std::vector<LogLine> lines;
+    for (const std::string& text : texts) {
+        lines.push_back({LogLevel::debug, text});
+    }
+    return lines;
+}
+
+/// An executor without a thread: the test makes the passes, each of which moves the clock by 50
+/// milliseconds, beginning with second 1000.
+struct ExecutorImplTest : testing::Test {
+    VirtualTime time{1000, VirtualTime::Sleepers::move_the_clock};
+    RecordingLog log;
+    RunRecord record;
+    std::deque<Watched> watched_tasks;  // they outlive what the executor still has queued
+    ExecutorImpl executor{&log};
+
+    Watched& watch() { return watched_tasks.emplace_back(); }
+
+    /// One pass, and the rest of the second.
+    void pass_second() {
+        executor.threadLoop();
+        time.advance(950ms);
+    }
+};
+
+TEST_F(ExecutorImplTest, ConstructionIsLogged) {
+    EXPECT_EQ(log.take(), debug_lines({"ExecutorImpl::ExecutorImpl: ENTER.\n"}));
+}
+
+TEST_F(ExecutorImplTest, AddingATaskIsLogged) {
+    Work work = Work::named("task", record);
+    log.take();
+
+    add_plain(executor, work);
+
+    EXPECT_EQ(log.take(), debug_lines({"ExecutorImpl::add_task: ENTER.\n",
+                                       "ExecutorImpl::ExecutorImpl adding a task\n"}));
+    EXPECT_EQ(record.ran(), Names());
+}
+
+TEST_F(ExecutorImplTest, AddingADeferredTaskIsLogged) {
+    Work work = Work::named("task", record);
+    Watched& watched = watch();
+    watched.defer_time = 30;
+    log.take();
+
+    add_watched(executor, work, watched);
+
+    EXPECT_EQ(log.take(),
+              debug_lines({"ExecutorImpl::add_task: ENTER.\n", "ExecutorImpl: add deferred task.\n",
+                           "ExecutorImpl::ExecutorImpl adding a task\n"}));
+}
+
+TEST_F(ExecutorImplTest, PassThatRunsATaskIsLogged) {
+    Work work = Work::named("task", record);
+    add_plain(executor, work);
+    log.take();
+
+    EXPECT_TRUE(executor.threadLoop());
+
+    EXPECT_EQ(log.take(), debug_lines({"ExecutorImpl::threadLoop, start executing task\n",
+                                       "ExecutorImpl::threadLoop, complete executing task\n",
+                                       "ExecutorImpl::threadLoop exiting.\n"}));
+    EXPECT_EQ(record.ran(), Names({"task"}));
+}
+
+TEST_F(ExecutorImplTest, PassThatRunsSeveralTasksEndsWithOneLine) {
+    Work work = Work::named("task", record);
+    add_plain(executor, work);
+    add_plain(executor, work);
+    log.take();
+
+    executor.threadLoop();
+
+    EXPECT_EQ(log.take(), debug_lines({"ExecutorImpl::threadLoop, start executing task\n",
+                                       "ExecutorImpl::threadLoop, complete executing task\n",
+                                       "ExecutorImpl::threadLoop, start executing task\n",
+                                       "ExecutorImpl::threadLoop, complete executing task\n",
+                                       "ExecutorImpl::threadLoop exiting.\n"}));
+}
+
+TEST_F(ExecutorImplTest, EmptyPassLogsNothingAndSleepsFiftyMilliseconds) {
+    log.take();
+
+    EXPECT_TRUE(executor.threadLoop());
+
+    EXPECT_EQ(log.take(), std::vector<LogLine>());
+    EXPECT_EQ(time.sleeps(), std::vector<useconds_t>({50000}));
+}
+
+TEST_F(ExecutorImplTest, PassSleepsBeforeItLogsItsEnd) {
+    Work work = Work::named("task", record);
+    add_plain(executor, work);
+    std::vector<std::size_t> sleeps_at_line;
+    log.take();
+    log.hook = [&](const LogLine&) { sleeps_at_line.push_back(time.sleeps().size()); };
+
+    executor.threadLoop();
+
+    EXPECT_EQ(sleeps_at_line, std::vector<std::size_t>({0, 0, 1}));
+}
+
+TEST_F(ExecutorImplTest, TaskGetsItsContextAndACloneOfItsParameters) {
+    struct Seen {
+        TaskParametersInterface* params = nullptr;
+        Watched* watched = nullptr;
+    } seen;
+    Watched& watched = watch();
+    auto params = std::make_unique<WatchedParameters>(watched);
+    const TaskParametersInterface* original = params.get();
+
+    executor.add_task(
+        [](void* context, TaskParametersInterface* given) {
+            auto* noted = static_cast<Seen*>(context);
+            noted->params = given;
+            noted->watched = &dynamic_cast<WatchedParameters&>(*given).watched;
+        },
+        &seen, params.get());
+    executor.threadLoop();
+
+    EXPECT_NE(seen.params, nullptr);
+    EXPECT_NE(seen.params, original);
+    EXPECT_EQ(seen.watched, &watched);
+    EXPECT_EQ(watched.clones, 1);
+}
+
+TEST_F(ExecutorImplTest, CallerKeepsItsOwnParametersAndTheCloneGoesWithTheTask) {
+    Work work = Work::named("task", record);
+    Watched& watched = watch();
+    WatchedParameters original(watched);
+    executor.add_task(do_work, &work, &original);
+    EXPECT_EQ(watched.alive, 2);
+
+    executor.threadLoop();
+
+    EXPECT_EQ(watched.alive, 1);
+}
+
+TEST_F(ExecutorImplTest, TaskWithoutParametersRunsAtOnceWithNullParameters) {
+    bool got_null = false;
+
+    executor.add_task(
+        [](void* context, TaskParametersInterface* params) {
+            *static_cast<bool*>(context) = params == nullptr;
+        },
+        &got_null, nullptr);
+    executor.threadLoop();
+
+    EXPECT_TRUE(got_null);
+    EXPECT_EQ(time.sleeps().size(), 1U);
+}
+
+TEST_F(ExecutorImplTest, TasksRunInTheOrderInWhichTheyWereAdded) {
+    Work first = Work::named("first", record);
+    Work second = Work::named("second", record);
+    Work third = Work::named("third", record);
+    Watched& watched = watch();
+
+    add_plain(executor, first);
+    add_watched(executor, second, watched);
+    add_plain(executor, third);
+    executor.threadLoop();
+
+    EXPECT_EQ(record.ran(), Names({"first", "second", "third"}));
+}
+
+TEST_F(ExecutorImplTest, TaskThatATaskAddsRunsInTheSamePass) {
+    Work follow_up = Work::named("follow-up", record);
+    Work first{[&] {
+        record.add("first");
+        add_plain(executor, follow_up);
+    }};
+
+    add_plain(executor, first);
+    executor.threadLoop();
+
+    EXPECT_EQ(record.ran(), Names({"first", "follow-up"}));
+}
+
+TEST_F(ExecutorImplTest, DeferredTaskRunsWhenThirtySecondsHavePassed) {
+    Work work = Work::named("deferred", record);
+    Watched& watched = watch();
+    watched.defer_time = 30;
+    add_watched(executor, work, watched);
+
+    for (int second = 0; second < 30; ++second) {
+        pass_second();
+    }
+    EXPECT_EQ(record.ran(), Names());
+    EXPECT_EQ(watched.checks, 0);
+    pass_second();
+
+    EXPECT_EQ(record.ran(), Names({"deferred"}));
+    EXPECT_EQ(watched.checks, 1);
+}
+
+TEST_F(ExecutorImplTest, HeldBackTaskLetsLaterTasksRun) {
+    Work deferred = Work::named("deferred", record);
+    Work second = Work::named("second", record);
+    Work third = Work::named("third", record);
+    Watched& watched = watch();
+    watched.defer_time = 30;
+    add_watched(executor, deferred, watched);
+    add_plain(executor, second);
+    add_plain(executor, third);
+    log.take();
+
+    executor.threadLoop();
+
+    EXPECT_EQ(record.ran(), Names({"second", "third"}));
+    EXPECT_EQ(log.take(), debug_lines({"ExecutorImpl::threadLoop, start executing task\n",
+                                       "ExecutorImpl::threadLoop, complete executing task\n",
+                                       "ExecutorImpl::threadLoop, start executing task\n",
+                                       "ExecutorImpl::threadLoop, complete executing task\n",
+                                       "ExecutorImpl::threadLoop exiting.\n"}));
+}
+
+TEST_F(ExecutorImplTest, HeldBackTaskRotatesToTheBack) {
+    Work first = Work::named("first", record);
+    Work second = Work::named("second", record);
+    Work plain = Work::named("plain", record);
+    Watched& watched = watch();
+    watched.defer_time = 30;
+    add_watched(executor, first, watched);
+    add_plain(executor, plain);
+    add_watched(executor, second, watched);
+
+    executor.threadLoop();
+    time.advance(30s);
+    executor.threadLoop();
+
+    EXPECT_EQ(record.ran(), Names({"plain", "second", "first"}));
+}
+
+TEST_F(ExecutorImplTest, PassWithOnlyHeldBackTasksLogsNothing) {
+    Work work = Work::named("deferred", record);
+    Watched& watched = watch();
+    watched.defer_time = 30;
+    add_watched(executor, work, watched);
+    add_watched(executor, work, watched);
+    log.take();
+
+    executor.threadLoop();
+
+    EXPECT_EQ(log.take(), std::vector<LogLine>());
+}
+
+TEST_F(ExecutorImplTest, TaskThatIsNotReadyIsAskedAfterEachDeferralAndRunsAtItsTimeout) {
+    Work work = Work::named("unready", record);
+    Watched& watched = watch();
+    watched.timeout = 60;
+    watched.status = [&] {
+        watched.defer_time = 10;  // only from the first question on, so it is asked at once
+        return TaskParametersInterface::not_ready;
+    };
+    add_watched(executor, work, watched);
+    log.take();
+
+    for (int second = 0; second < 60; ++second) {
+        pass_second();
+    }
+    EXPECT_EQ(log.take(), std::vector<LogLine>());
+    EXPECT_EQ(watched.checks, 6);
+    pass_second();
+
+    EXPECT_EQ(watched.checks, 7);
+    EXPECT_EQ(log.take(), debug_lines({"ExecutorImpl: threadloop timeout reached\n",
+                                       "ExecutorImpl::threadLoop, start executing task\n",
+                                       "ExecutorImpl::threadLoop, complete executing task\n",
+                                       "ExecutorImpl::threadLoop exiting.\n"}));
+    EXPECT_EQ(record.ran(), Names({"unready"}));
+}
+
+TEST_F(ExecutorImplTest, TaskThatIsNotReadyRunsAtOnceWithoutATimeout) {
+    Work work = Work::named("unready", record);
+    Watched& watched = watch();
+    watched.status = [] { return TaskParametersInterface::not_ready; };
+    add_watched(executor, work, watched);
+    log.take();
+
+    executor.threadLoop();
+
+    EXPECT_EQ(log.take(), debug_lines({"ExecutorImpl: threadloop timeout reached\n",
+                                       "ExecutorImpl::threadLoop, start executing task\n",
+                                       "ExecutorImpl::threadLoop, complete executing task\n",
+                                       "ExecutorImpl::threadLoop exiting.\n"}));
+    EXPECT_EQ(watched.checks, 1);
+}
+
+TEST_F(ExecutorImplTest, TaskThatBecomesReadyRunsAtItsNextQuestion) {
+    Work work = Work::named("task", record);
+    Watched& watched = watch();
+    watched.timeout = 60;
+    watched.status = [&] {
+        watched.defer_time = 5;
+        return watched.checks < 3 ? TaskParametersInterface::not_ready
+                                  : TaskParametersInterface::ready;
+    };
+    add_watched(executor, work, watched);
+    log.take();
+
+    for (int second = 0; second < 10; ++second) {
+        pass_second();
+    }
+    EXPECT_EQ(record.ran(), Names());
+    pass_second();
+
+    EXPECT_EQ(record.ran(), Names({"task"}));
+    EXPECT_EQ(log.take(), debug_lines({"ExecutorImpl::threadLoop, start executing task\n",
+                                       "ExecutorImpl::threadLoop, complete executing task\n",
+                                       "ExecutorImpl::threadLoop exiting.\n"}));
+}
+
+TEST_F(ExecutorImplTest, DeferralLengthIsReadWhenItIsLookedAtAgain) {
+    Work work = Work::named("task", record);
+    Watched& watched = watch();
+    watched.timeout = 600;
+    watched.status = [&] {
+        watched.defer_time = 100;
+        return watched.checks < 2 ? TaskParametersInterface::not_ready
+                                  : TaskParametersInterface::ready;
+    };
+    add_watched(executor, work, watched);
+    executor.threadLoop();
+
+    watched.defer_time = 3;
+    time.advance(3s);
+    executor.threadLoop();
+
+    EXPECT_EQ(record.ran(), Names({"task"}));
+}
+
+TEST_F(ExecutorImplTest, TaskThatIsNotReadyWithoutADeferralIsAskedAgainInTheSamePass) {
+    Work work = Work::named("unready", record);
+    Work other = Work::named("other", record);
+    Watched& watched = watch();
+    watched.timeout = 60;
+    watched.status = [&] {
+        return watched.checks < 3 ? TaskParametersInterface::not_ready
+                                  : TaskParametersInterface::ready;
+    };
+    add_watched(executor, work, watched);
+    add_plain(executor, other);
+
+    executor.threadLoop();
+
+    EXPECT_EQ(record.ran(), Names({"other", "unready"}));
+    EXPECT_EQ(time.sleeps().size(), 1U);
+}
+
+TEST_F(ExecutorImplTest, DroppedTaskNeverRunsAndItsParametersAreDeleted) {
+    Work dropped = Work::named("dropped", record);
+    Work next = Work::named("next", record);
+    Watched& watched = watch();
+    watched.status = [] { return TaskParametersInterface::drop; };
+    add_watched(executor, dropped, watched);
+    EXPECT_EQ(watched.alive, 1);
+    add_plain(executor, next);
+    log.take();
+
+    executor.threadLoop();
+    executor.threadLoop();
+
+    EXPECT_EQ(record.ran(), Names({"next"}));
+    EXPECT_EQ(watched.alive, 0);
+    EXPECT_EQ(watched.checks, 1);
+    EXPECT_EQ(log.take(), debug_lines({"ExecutorImpl: drop task\n",
+                                       "ExecutorImpl::threadLoop, start executing task\n",
+                                       "ExecutorImpl::threadLoop, complete executing task\n",
+                                       "ExecutorImpl::threadLoop exiting.\n"}));
+}
+
+TEST_F(ExecutorImplTest, PassThatOnlyDropsDoesNotLogItsEnd) {
+    Work work = Work::named("dropped", record);
+    Watched& watched = watch();
+    watched.status = [] { return TaskParametersInterface::drop; };
+    add_watched(executor, work, watched);
+    log.take();
+
+    executor.threadLoop();
+
+    EXPECT_EQ(log.take(), debug_lines({"ExecutorImpl: drop task\n"}));
+}
+
+TEST_F(ExecutorImplTest, AnyOtherStatusIsReady) {
+    for (const int status : {0, 4, -1}) {
+        Work work = Work::named("status " + std::to_string(status), record);
+        Watched& watched = watch();
+        watched.timeout = 60;
+        watched.status = [status] { return status; };
+        add_watched(executor, work, watched);
+        executor.threadLoop();
+    }
+
+    EXPECT_EQ(record.ran(), Names({"status 0", "status 4", "status -1"}));
+}
+
+TEST_F(ExecutorImplTest, ThrowingTaskIsLoggedAndTheNextOneRuns) {
+    Work throwing{[] { throw std::runtime_error("no"); }};
+    Work throwing_a_number{[] { throw 5; }};
+    Work next = Work::named("next", record);
+    Watched& watched = watch();
+    add_watched(executor, throwing, watched);
+    add_watched(executor, throwing_a_number, watched);
+    add_plain(executor, next);
+    log.take();
+
+    EXPECT_TRUE(executor.threadLoop());
+
+    EXPECT_EQ(log.take(),
+              debug_lines({"ExecutorImpl::threadLoop, start executing task\n",
+                           "ExecutorImpl::threadLoop, error executing task, moving on\n",
+                           "ExecutorImpl::threadLoop, start executing task\n",
+                           "ExecutorImpl::threadLoop, error executing task, moving on\n",
+                           "ExecutorImpl::threadLoop, start executing task\n",
+                           "ExecutorImpl::threadLoop, complete executing task\n",
+                           "ExecutorImpl::threadLoop exiting.\n"}));
+    EXPECT_EQ(record.ran(), Names({"next"}));
+    EXPECT_EQ(watched.alive, 0);
+}
+
+TEST_F(ExecutorImplTest, PassWhoseOnlyTaskThrewLogsItsEnd) {
+    Work throwing{[] { throw std::runtime_error("no"); }};
+    add_plain(executor, throwing);
+
+    executor.threadLoop();
+
+    EXPECT_EQ(log.texts().back(), "ExecutorImpl::threadLoop exiting.\n");
+}
+
+TEST_F(ExecutorImplTest, TaskWhoseStatusThrowsRunsAtOnce) {
+    Work work = Work::named("task", record);
+    Work next = Work::named("next", record);
+    Watched& watched = watch();
+    watched.timeout = 60;
+    watched.status = []() -> int { throw std::runtime_error("no"); };
+    add_watched(executor, work, watched);
+    add_plain(executor, next);
+    log.take();
+
+    EXPECT_TRUE(executor.threadLoop());
+
+    EXPECT_EQ(record.ran(), Names({"task", "next"}));
+    EXPECT_EQ(watched.alive, 0);
+    EXPECT_EQ(log.take(), debug_lines({"ExecutorImpl::threadLoop, start executing task\n",
+                                       "ExecutorImpl::threadLoop, complete executing task\n",
+                                       "ExecutorImpl::threadLoop, start executing task\n",
+                                       "ExecutorImpl::threadLoop, complete executing task\n",
+                                       "ExecutorImpl::threadLoop exiting.\n"}));
+}
+
+TEST_F(ExecutorImplTest, ParametersThatCannotBeClonedQueueNothing) {
+    Work work = Work::named("task", record);
+    Watched& watched = watch();
+    watched.on_clone = [] { throw std::runtime_error("no"); };
+
+    EXPECT_THROW(add_watched(executor, work, watched), std::runtime_error);
+    executor.threadLoop();
+
+    EXPECT_EQ(record.ran(), Names());
+    EXPECT_EQ(watched.alive, 0);
+}
+
+TEST_F(ExecutorImplTest, ExecutorWithoutALogSinkRunsItsTasks) {
+    ExecutorImpl silent(nullptr);
+    Work work = Work::named("task", record);
+    Watched& watched = watch();
+    log.take();
+
+    add_watched(silent, work, watched);
+    silent.threadLoop();
+
+    EXPECT_EQ(record.ran(), Names({"task"}));
+    EXPECT_EQ(log.take(), std::vector<LogLine>());
+}
+
+TEST_F(ExecutorImplTest, TasksQueuedAtDestructionNeverRunAndTheirParametersAreDeleted) {
+    Work work = Work::named("task", record);
+    Watched& watched = watch();
+    watched.defer_time = 30;
+    {
+        ExecutorImpl ending(&log);
+        add_watched(ending, work, watched);
+        add_watched(ending, work, watched);
+        add_plain(ending, work);
+        EXPECT_EQ(watched.alive, 2);
+        log.take();
+    }
+
+    EXPECT_EQ(watched.alive, 0);
+    EXPECT_EQ(record.ran(), Names());
+    EXPECT_EQ(log.take(), std::vector<LogLine>());
+}
+
+TEST_F(ExecutorImplTest, TaskAddedOnceDestructionHasBegunIsRejectedAndNotCloned) {
+    Work work = Work::named("task", record);
+    Watched& late = watch();
+    Watched& watched = watch();
+    std::optional<ExecutorImpl> ending(&log);
+    add_watched(*ending, work, watched);
+    ExecutorInterface& queue = *ending;
+    watched.on_delete = [&] { add_watched(queue, work, late); };
+    log.take();
+
+    ending.reset();
+
+    EXPECT_EQ(log.take(), debug_lines({"ExecutorImpl::add_task: ENTER.\n",
+                                       "ExecutorImpl::ExecutorImpl existing, task rejected.\n"}));
+    EXPECT_EQ(late.clones, 0);
+    EXPECT_EQ(record.ran(), Names());
+}
+
+TEST(ExecutorImplDeathTest, NullFunctorFailsAnAssertion) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    RecordingLog log;
+    ExecutorImpl executor(&log);
+
+    EXPECT_DEATH(executor.add_task(nullptr, nullptr, nullptr), "functor");
+}
+
+}  // namespace
+}  // namespace headsetmgmt

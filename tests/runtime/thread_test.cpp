@@ -1,0 +1,406 @@
+// A POSIX thread that runs the body of its subclass again and again until it is asked to leave.
+
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <functional>
+#include <pthread.h>
+#include <sched.h>
+#include <string>
+#include <sys/prctl.h>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+#include "runtime/thread.h"
+#include "support/event.h"
+#include "support/failing_pthread.h"
+
+namespace vix {
+namespace {
+
+using headsetmgmt::test_support::Event;
+using headsetmgmt::test_support::latest_scheduling_request;
+using headsetmgmt::test_support::PthreadAnswer;
+using headsetmgmt::test_support::PthreadCall;
+
+/// A thread whose body is a function of the test.
+class BodyThread : public Thread {
+public:
+    explicit BodyThread(std::function<bool()> work) : body(std::move(work)) {}
+
+    using Thread::exit_requested;
+    using Thread::run_flags;
+
+protected:
+    bool threadLoop() override { return body(); }
+
+private:
+    std::function<bool()> body;
+};
+
+bool once() {
+    return false;
+}
+
+std::string current_thread_name() {
+    std::array<char, 16> name{};
+    prctl(PR_GET_NAME, name.data(), 0, 0, 0);
+    return name.data();
+}
+
+/// The name of a thread that was run with `name`.
+std::string name_after_run(const char* name) {
+    std::string seen;
+    BodyThread thread([&] {
+        seen = current_thread_name();
+        return false;
+    });
+    EXPECT_TRUE(thread.run(name, 0, 0));
+    EXPECT_TRUE(thread.join());
+    return seen;
+}
+
+TEST(ThreadTest, ThreadWithoutANameIsCalledWorkerthread) {
+    EXPECT_EQ(name_after_run(nullptr), "workerthread");
+}
+
+TEST(ThreadTest, ThreadHasTheNameItIsGiven) {
+    EXPECT_EQ(name_after_run("accessories"), "accessories");
+}
+
+TEST(ThreadTest, LongNameKeepsItsFirstFifteenCharacters) {
+    EXPECT_EQ(name_after_run("Headset-mgmt task thread"), "Headset-mgmt ta");
+}
+
+TEST(ThreadTest, NewObjectDoesNotRun) {
+    BodyThread thread(once);
+
+    EXPECT_FALSE(thread.running());
+    EXPECT_FALSE(thread.exit_requested());
+    EXPECT_EQ(thread.run_flags(), 0U);
+}
+
+TEST(ThreadTest, BodyIsCalledAgainUntilItAnswersFalse) {
+    int calls = 0;
+    BodyThread thread([&] { return ++calls < 3; });
+
+    EXPECT_TRUE(thread.run(nullptr, 0, 0));
+
+    EXPECT_TRUE(thread.join());
+    EXPECT_EQ(calls, 3);
+}
+
+TEST(ThreadTest, BodyThatAnswersFalseLeavesBothFlagsClear) {
+    BodyThread* itself = nullptr;
+    BodyThread thread([&] {
+        itself->requestExit();
+        return false;
+    });
+    itself = &thread;
+
+    EXPECT_TRUE(thread.run(nullptr, 0, 0));
+    EXPECT_TRUE(thread.join());
+
+    EXPECT_FALSE(thread.running());
+    EXPECT_FALSE(thread.exit_requested());
+}
+
+TEST(ThreadTest, ObjectRunsFromRunUntilTheBodyEnds) {
+    Event leave;
+    BodyThread thread([&] {
+        EXPECT_TRUE(leave.wait());
+        return false;
+    });
+
+    EXPECT_TRUE(thread.run(nullptr, 0, 0));
+
+    EXPECT_TRUE(thread.running());
+    leave.happen();
+    EXPECT_TRUE(thread.join());
+    EXPECT_FALSE(thread.running());
+}
+
+TEST(ThreadTest, BodySeesItsOwnObjectRunning) {
+    bool seen = false;
+    BodyThread* itself = nullptr;
+    BodyThread thread([&] {
+        seen = itself->running();
+        return false;
+    });
+    itself = &thread;
+
+    EXPECT_TRUE(thread.run(nullptr, 0, 0));
+    EXPECT_TRUE(thread.join());
+
+    EXPECT_TRUE(seen);
+}
+
+TEST(ThreadTest, ExitRequestIsHonouredAfterTheBodyThatIsUnderWay) {
+    Event inside;
+    Event leave;
+    int calls = 0;
+    bool finished = false;
+    BodyThread thread([&] {
+        ++calls;
+        inside.happen();
+        EXPECT_TRUE(leave.wait());
+        finished = true;
+        return true;
+    });
+    EXPECT_TRUE(thread.run(nullptr, 0, 0));
+    EXPECT_TRUE(inside.wait());
+
+    EXPECT_TRUE(thread.requestExit());
+
+    EXPECT_TRUE(thread.exit_requested());
+    EXPECT_TRUE(thread.running());
+    leave.happen();
+    EXPECT_TRUE(thread.join());
+    EXPECT_EQ(calls, 1);
+    EXPECT_TRUE(finished);
+    EXPECT_FALSE(thread.exit_requested());
+}
+
+TEST(ThreadTest, ExitRequestBeforeRunIsLost) {
+    int calls = 0;
+    BodyThread thread([&] { return ++calls < 2; });
+
+    EXPECT_TRUE(thread.requestExit());
+
+    EXPECT_FALSE(thread.exit_requested());
+    EXPECT_FALSE(thread.running());
+    EXPECT_TRUE(thread.run(nullptr, 0, 0));
+    EXPECT_TRUE(thread.join());
+    EXPECT_EQ(calls, 2);
+}
+
+TEST(ThreadTest, ObjectRunsAgainAfterAnExit) {
+    int calls = 0;
+    BodyThread* itself = nullptr;
+    BodyThread thread([&] {
+        ++calls;
+        return itself->requestExit();
+    });
+    itself = &thread;
+    EXPECT_TRUE(thread.run(nullptr, 0, 0));
+    EXPECT_TRUE(thread.join());
+
+    EXPECT_TRUE(thread.run(nullptr, 0, 0));
+
+    EXPECT_TRUE(thread.join());
+    EXPECT_EQ(calls, 2);
+}
+
+TEST(ThreadTest, AutoDeleteRunsTheDestructorOnTheThreadItself) {
+    class ToldThread : public BodyThread {
+    public:
+        ToldThread(pthread_t& body_thread, pthread_t& destructor_thread, Event& told)
+            : BodyThread([&] {
+                  body_thread = pthread_self();
+                  return false;
+              }),
+              destroyer(destructor_thread), gone(told) {}
+        ~ToldThread() override {
+            destroyer = pthread_self();
+            gone.happen();
+        }
+
+    private:
+        pthread_t& destroyer;
+        Event& gone;
+    };
+    pthread_t body_thread = 0;
+    pthread_t destroyer = 0;
+    Event gone;
+    auto* thread = new ToldThread(body_thread, destroyer, gone);
+
+    EXPECT_TRUE(thread->run(nullptr, THREAD_FLAG_AUTO_DELETE | THREAD_FLAG_DETACHED, 0));
+
+    ASSERT_TRUE(gone.wait());
+    EXPECT_NE(destroyer, static_cast<pthread_t>(0));
+    EXPECT_EQ(destroyer, body_thread);
+}
+
+TEST(ThreadTest, NeverStartedObjectHasNothingToJoinOrDetach) {
+    BodyThread thread(once);
+
+    EXPECT_FALSE(thread.join());
+    EXPECT_FALSE(thread.detach());
+}
+
+TEST(ThreadTest, ThreadIsJoinedOnce) {
+    BodyThread thread(once);
+    EXPECT_TRUE(thread.run(nullptr, 0, 0));
+
+    EXPECT_TRUE(thread.join());
+
+    EXPECT_FALSE(thread.join());
+}
+
+TEST(ThreadTest, ThreadThatWasLetGoCannotBeJoined) {
+    Event leave;
+    Event left;
+    {
+        // Neither event nor object may go before the thread has ended, which nobody can join.
+        auto* thread = new BodyThread([&] {
+            EXPECT_TRUE(leave.wait());
+            left.happen();
+            return false;
+        });
+        EXPECT_TRUE(thread->run(nullptr, THREAD_FLAG_AUTO_DELETE, 0));
+
+        EXPECT_TRUE(thread->detach());
+
+        EXPECT_FALSE(thread->join());
+        EXPECT_FALSE(thread->detach());
+    }
+    leave.happen();
+    EXPECT_TRUE(left.wait());
+}
+
+/// The detach state of a thread that was run with `flags`.
+int detach_state_after_run(std::uint32_t flags) {
+    int state = -1;
+    Event told;
+    auto* thread = new BodyThread([&] {
+        pthread_attr_t attributes;
+        EXPECT_EQ(pthread_getattr_np(pthread_self(), &attributes), 0);
+        EXPECT_EQ(pthread_attr_getdetachstate(&attributes, &state), 0);
+        EXPECT_EQ(pthread_attr_destroy(&attributes), 0);
+        told.happen();
+        return false;
+    });
+    EXPECT_TRUE(thread->run(nullptr, flags, 0));
+    EXPECT_TRUE(told.wait());
+    if ((flags & THREAD_FLAG_AUTO_DELETE) == 0) {
+        EXPECT_TRUE(thread->join());
+        delete thread;
+    }
+    return state;
+}
+
+TEST(ThreadTest, ThreadIsJoinableUnlessToldOtherwise) {
+    EXPECT_EQ(detach_state_after_run(0), PTHREAD_CREATE_JOINABLE);
+}
+
+TEST(ThreadTest, DetachedFlagMakesADetachedThread) {
+    EXPECT_EQ(detach_state_after_run(THREAD_FLAG_DETACHED | THREAD_FLAG_AUTO_DELETE),
+              PTHREAD_CREATE_DETACHED);
+}
+
+TEST(ThreadTest, UnknownFlagsAreKeptAndIgnored) {
+    BodyThread thread(once);
+
+    EXPECT_TRUE(thread.run(nullptr, 0x100, 0));
+
+    EXPECT_TRUE(thread.join());
+    EXPECT_EQ(thread.run_flags(), 0x100U);
+}
+
+/// Expects that the object is idle after a failed run, and that the next run works.
+void expect_fresh_start(BodyThread& thread) {
+    EXPECT_FALSE(thread.running());
+    EXPECT_FALSE(thread.join());
+    EXPECT_TRUE(thread.requestExit());
+    EXPECT_FALSE(thread.exit_requested());
+    EXPECT_TRUE(thread.run(nullptr, 0, 0));
+    EXPECT_TRUE(thread.join());
+}
+
+TEST(ThreadTest, ThreadThatCannotBeCreatedDoesNotRun) {
+    int calls = 0;
+    BodyThread thread([&] { return ++calls < 1; });
+    {
+        const PthreadAnswer no_thread(PthreadCall::create, EAGAIN);
+        EXPECT_FALSE(thread.run(nullptr, 0, 0));
+        EXPECT_TRUE(no_thread.given());
+    }
+    EXPECT_EQ(calls, 0);
+    expect_fresh_start(thread);
+    EXPECT_EQ(calls, 1);
+}
+
+TEST(ThreadTest, RunWithoutAttributesFails) {
+    BodyThread thread(once);
+    {
+        const PthreadAnswer out_of_memory(PthreadCall::attr_init, ENOMEM);
+        EXPECT_FALSE(thread.run(nullptr, 0, 0));
+        EXPECT_TRUE(out_of_memory.given());
+    }
+    expect_fresh_start(thread);
+}
+
+TEST(ThreadTest, RunThatCannotDetachFails) {
+    BodyThread thread(once);
+    {
+        const PthreadAnswer refusal(PthreadCall::attr_setdetachstate, EINVAL);
+        EXPECT_FALSE(thread.run(nullptr, THREAD_FLAG_DETACHED, 0));
+        EXPECT_TRUE(refusal.given());
+    }
+    expect_fresh_start(thread);
+}
+
+TEST(ThreadTest, DetachStateIsNotTouchedWithoutTheFlag) {
+    BodyThread thread(once);
+    const PthreadAnswer refusal(PthreadCall::attr_setdetachstate, EINVAL);
+
+    EXPECT_TRUE(thread.run(nullptr, 0, 0));
+
+    EXPECT_TRUE(thread.join());
+    EXPECT_FALSE(refusal.given());
+}
+
+TEST(ThreadTest, RealtimeIsAskedForWithItsPriority) {
+    BodyThread thread(once);
+    const PthreadAnswer grant(PthreadCall::setschedparam, 0);
+
+    EXPECT_TRUE(thread.run(nullptr, THREAD_FLAG_REALTIME, 7));
+
+    EXPECT_TRUE(thread.join());
+    EXPECT_TRUE(grant.given());
+    EXPECT_EQ(latest_scheduling_request().policy, SCHED_RR);
+    EXPECT_EQ(latest_scheduling_request().priority, 7);
+    EXPECT_EQ(thread.run_flags(), static_cast<std::uint32_t>(THREAD_FLAG_REALTIME));
+}
+
+TEST(ThreadTest, ThreadWithoutTheRightToRealtimeRunsAndLosesTheFlag) {
+    int calls = 0;
+    BodyThread thread([&] { return ++calls < 1; });
+    const PthreadAnswer refusal(PthreadCall::setschedparam, EPERM);
+
+    EXPECT_TRUE(thread.run(nullptr, THREAD_FLAG_REALTIME | 0x100, 7));
+
+    EXPECT_TRUE(thread.join());
+    EXPECT_TRUE(refusal.given());
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(thread.run_flags(), 0x100U);
+}
+
+TEST(ThreadTest, ThreadWhoseSchedulingIsUnknownRunsAndLosesTheRealtimeFlag) {
+    int calls = 0;
+    BodyThread thread([&] { return ++calls < 1; });
+    const PthreadAnswer no_such_thread(PthreadCall::getschedparam, ESRCH);
+    const PthreadAnswer grant(PthreadCall::setschedparam, 0);
+
+    EXPECT_TRUE(thread.run(nullptr, THREAD_FLAG_REALTIME, 7));
+
+    EXPECT_TRUE(thread.join());
+    EXPECT_TRUE(no_such_thread.given());
+    EXPECT_FALSE(grant.given());
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(thread.run_flags(), 0U);
+}
+
+TEST(ThreadTest, SchedulingIsLeftAloneWithoutTheRealtimeFlag) {
+    BodyThread thread(once);
+    const PthreadAnswer grant(PthreadCall::setschedparam, 0);
+
+    EXPECT_TRUE(thread.run(nullptr, 0, 7));
+
+    EXPECT_TRUE(thread.join());
+    EXPECT_FALSE(grant.given());
+}
+
+}  // namespace
+}  // namespace vix
