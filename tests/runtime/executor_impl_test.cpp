@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <cstddef>
-#include <deque>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -12,54 +11,24 @@
 
 #include <gtest/gtest.h>
 
-#include "runtime/executor_impl.h"
-#include "runtime/watched_task.h"
-#include "support/recording_log.h"
-#include "support/virtual_time.h"
+#include "runtime/executor_bench.h"
 
 namespace headsetmgmt {
 namespace {
 
-using log::LogLevel;
 using test_support::add_plain;
 using test_support::add_watched;
+using test_support::debug_lines;
 using test_support::do_work;
+using test_support::ExecutorBench;
 using test_support::LogLine;
+using test_support::Names;
 using test_support::RecordingLog;
-using test_support::RunRecord;
-using test_support::VirtualTime;
 using test_support::Watched;
 using test_support::WatchedParameters;
 using test_support::Work;
-using namespace std::chrono_literals;
 
-using Names = std::vector<std::string>;
-
-std::vector<LogLine> debug_lines(const std::vector<std::string>& texts) {
-    std::vector<LogLine> lines;
-    for (const std::string& text : texts) {
-        lines.push_back({LogLevel::debug, text});
-    }
-    return lines;
-}
-
-/// An executor without a thread: the test makes the passes, each of which moves the clock by 50
-/// milliseconds, beginning with second 1000.
-struct ExecutorImplTest : testing::Test {
-    VirtualTime time{1000, VirtualTime::Sleepers::move_the_clock};
-    RecordingLog log;
-    RunRecord record;
-    std::deque<Watched> watched_tasks;  // they outlive what the executor still has queued
-    ExecutorImpl executor{&log};
-
-    Watched& watch() { return watched_tasks.emplace_back(); }
-
-    /// One pass, and the rest of the second.
-    void pass_second() {
-        executor.threadLoop();
-        time.advance(950ms);
-    }
-};
+using ExecutorImplTest = ExecutorBench;
 
 TEST_F(ExecutorImplTest, ConstructionIsLogged) {
     EXPECT_EQ(log.take(), debug_lines({"ExecutorImpl::ExecutorImpl: ENTER.\n"}));
@@ -213,224 +182,6 @@ TEST_F(ExecutorImplTest, TaskThatATaskAddsRunsInTheSamePass) {
     executor.threadLoop();
 
     EXPECT_EQ(record.ran(), Names({"first", "follow-up"}));
-}
-
-TEST_F(ExecutorImplTest, DeferredTaskRunsWhenThirtySecondsHavePassed) {
-    Work work = Work::named("deferred", record);
-    Watched& watched = watch();
-    watched.defer_time = 30;
-    add_watched(executor, work, watched);
-
-    for (int second = 0; second < 30; ++second) {
-        pass_second();
-    }
-    EXPECT_EQ(record.ran(), Names());
-    EXPECT_EQ(watched.checks, 0);
-    pass_second();
-
-    EXPECT_EQ(record.ran(), Names({"deferred"}));
-    EXPECT_EQ(watched.checks, 1);
-}
-
-TEST_F(ExecutorImplTest, HeldBackTaskLetsLaterTasksRun) {
-    Work deferred = Work::named("deferred", record);
-    Work second = Work::named("second", record);
-    Work third = Work::named("third", record);
-    Watched& watched = watch();
-    watched.defer_time = 30;
-    add_watched(executor, deferred, watched);
-    add_plain(executor, second);
-    add_plain(executor, third);
-    log.take();
-
-    executor.threadLoop();
-
-    EXPECT_EQ(record.ran(), Names({"second", "third"}));
-    EXPECT_EQ(log.take(), debug_lines({"ExecutorImpl::threadLoop, start executing task\n",
-                                       "ExecutorImpl::threadLoop, complete executing task\n",
-                                       "ExecutorImpl::threadLoop, start executing task\n",
-                                       "ExecutorImpl::threadLoop, complete executing task\n",
-                                       "ExecutorImpl::threadLoop exiting.\n"}));
-}
-
-TEST_F(ExecutorImplTest, HeldBackTaskRotatesToTheBack) {
-    Work first = Work::named("first", record);
-    Work second = Work::named("second", record);
-    Work plain = Work::named("plain", record);
-    Watched& watched = watch();
-    watched.defer_time = 30;
-    add_watched(executor, first, watched);
-    add_plain(executor, plain);
-    add_watched(executor, second, watched);
-
-    executor.threadLoop();
-    time.advance(30s);
-    executor.threadLoop();
-
-    EXPECT_EQ(record.ran(), Names({"plain", "second", "first"}));
-}
-
-TEST_F(ExecutorImplTest, PassWithOnlyHeldBackTasksLogsNothing) {
-    Work work = Work::named("deferred", record);
-    Watched& watched = watch();
-    watched.defer_time = 30;
-    add_watched(executor, work, watched);
-    add_watched(executor, work, watched);
-    log.take();
-
-    executor.threadLoop();
-
-    EXPECT_EQ(log.take(), std::vector<LogLine>());
-}
-
-TEST_F(ExecutorImplTest, TaskThatIsNotReadyIsAskedAfterEachDeferralAndRunsAtItsTimeout) {
-    Work work = Work::named("unready", record);
-    Watched& watched = watch();
-    watched.timeout = 60;
-    watched.status = [&] {
-        watched.defer_time = 10;  // only from the first question on, so it is asked at once
-        return TaskParametersInterface::not_ready;
-    };
-    add_watched(executor, work, watched);
-    log.take();
-
-    for (int second = 0; second < 60; ++second) {
-        pass_second();
-    }
-    EXPECT_EQ(log.take(), std::vector<LogLine>());
-    EXPECT_EQ(watched.checks, 6);
-    pass_second();
-
-    EXPECT_EQ(watched.checks, 7);
-    EXPECT_EQ(log.take(), debug_lines({"ExecutorImpl: threadloop timeout reached\n",
-                                       "ExecutorImpl::threadLoop, start executing task\n",
-                                       "ExecutorImpl::threadLoop, complete executing task\n",
-                                       "ExecutorImpl::threadLoop exiting.\n"}));
-    EXPECT_EQ(record.ran(), Names({"unready"}));
-}
-
-TEST_F(ExecutorImplTest, TaskThatIsNotReadyRunsAtOnceWithoutATimeout) {
-    Work work = Work::named("unready", record);
-    Watched& watched = watch();
-    watched.status = [] { return TaskParametersInterface::not_ready; };
-    add_watched(executor, work, watched);
-    log.take();
-
-    executor.threadLoop();
-
-    EXPECT_EQ(log.take(), debug_lines({"ExecutorImpl: threadloop timeout reached\n",
-                                       "ExecutorImpl::threadLoop, start executing task\n",
-                                       "ExecutorImpl::threadLoop, complete executing task\n",
-                                       "ExecutorImpl::threadLoop exiting.\n"}));
-    EXPECT_EQ(watched.checks, 1);
-}
-
-TEST_F(ExecutorImplTest, TaskThatBecomesReadyRunsAtItsNextQuestion) {
-    Work work = Work::named("task", record);
-    Watched& watched = watch();
-    watched.timeout = 60;
-    watched.status = [&] {
-        watched.defer_time = 5;
-        return watched.checks < 3 ? TaskParametersInterface::not_ready
-                                  : TaskParametersInterface::ready;
-    };
-    add_watched(executor, work, watched);
-    log.take();
-
-    for (int second = 0; second < 10; ++second) {
-        pass_second();
-    }
-    EXPECT_EQ(record.ran(), Names());
-    pass_second();
-
-    EXPECT_EQ(record.ran(), Names({"task"}));
-    EXPECT_EQ(log.take(), debug_lines({"ExecutorImpl::threadLoop, start executing task\n",
-                                       "ExecutorImpl::threadLoop, complete executing task\n",
-                                       "ExecutorImpl::threadLoop exiting.\n"}));
-}
-
-TEST_F(ExecutorImplTest, DeferralLengthIsReadWhenItIsLookedAtAgain) {
-    Work work = Work::named("task", record);
-    Watched& watched = watch();
-    watched.timeout = 600;
-    watched.status = [&] {
-        watched.defer_time = 100;
-        return watched.checks < 2 ? TaskParametersInterface::not_ready
-                                  : TaskParametersInterface::ready;
-    };
-    add_watched(executor, work, watched);
-    executor.threadLoop();
-
-    watched.defer_time = 3;
-    time.advance(3s);
-    executor.threadLoop();
-
-    EXPECT_EQ(record.ran(), Names({"task"}));
-}
-
-TEST_F(ExecutorImplTest, TaskThatIsNotReadyWithoutADeferralIsAskedAgainInTheSamePass) {
-    Work work = Work::named("unready", record);
-    Work other = Work::named("other", record);
-    Watched& watched = watch();
-    watched.timeout = 60;
-    watched.status = [&] {
-        return watched.checks < 3 ? TaskParametersInterface::not_ready
-                                  : TaskParametersInterface::ready;
-    };
-    add_watched(executor, work, watched);
-    add_plain(executor, other);
-
-    executor.threadLoop();
-
-    EXPECT_EQ(record.ran(), Names({"other", "unready"}));
-    EXPECT_EQ(time.sleeps().size(), 1U);
-}
-
-TEST_F(ExecutorImplTest, DroppedTaskNeverRunsAndItsParametersAreDeleted) {
-    Work dropped = Work::named("dropped", record);
-    Work next = Work::named("next", record);
-    Watched& watched = watch();
-    watched.status = [] { return TaskParametersInterface::drop; };
-    add_watched(executor, dropped, watched);
-    EXPECT_EQ(watched.alive, 1);
-    add_plain(executor, next);
-    log.take();
-
-    executor.threadLoop();
-    executor.threadLoop();
-
-    EXPECT_EQ(record.ran(), Names({"next"}));
-    EXPECT_EQ(watched.alive, 0);
-    EXPECT_EQ(watched.checks, 1);
-    EXPECT_EQ(log.take(), debug_lines({"ExecutorImpl: drop task\n",
-                                       "ExecutorImpl::threadLoop, start executing task\n",
-                                       "ExecutorImpl::threadLoop, complete executing task\n",
-                                       "ExecutorImpl::threadLoop exiting.\n"}));
-}
-
-TEST_F(ExecutorImplTest, PassThatOnlyDropsDoesNotLogItsEnd) {
-    Work work = Work::named("dropped", record);
-    Watched& watched = watch();
-    watched.status = [] { return TaskParametersInterface::drop; };
-    add_watched(executor, work, watched);
-    log.take();
-
-    executor.threadLoop();
-
-    EXPECT_EQ(log.take(), debug_lines({"ExecutorImpl: drop task\n"}));
-}
-
-TEST_F(ExecutorImplTest, AnyOtherStatusIsReady) {
-    for (const int status : {0, 4, -1}) {
-        Work work = Work::named("status " + std::to_string(status), record);
-        Watched& watched = watch();
-        watched.timeout = 60;
-        watched.status = [status] { return status; };
-        add_watched(executor, work, watched);
-        executor.threadLoop();
-    }
-
-    EXPECT_EQ(record.ran(), Names({"status 0", "status 4", "status -1"}));
 }
 
 TEST_F(ExecutorImplTest, ThrowingTaskIsLoggedAndTheNextOneRuns) {
