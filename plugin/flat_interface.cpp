@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <memory>
 #include <mutex>
-#include <new>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -39,8 +38,9 @@ bool called_from_inside() {
 static_assert(std::is_trivially_destructible_v<std::mutex>, "locked while the process exits");
 
 /// The one plug-in object; made by the first create or start, and changed only while the gate is
-/// closed. It lives until the library is unloaded.
-std::shared_ptr<PhonePluginImpl> plugin_instance;
+/// closed. Its owner is `EndOfLibrary`; the pointer itself is never destroyed, so that calls may
+/// look at it while the process exits.
+PhonePluginImpl* plugin_instance = nullptr;
 
 /// Ends the library when the process exits, or unloads it, without a stop: as safe as a stop.
 struct EndOfLibrary {
@@ -53,23 +53,18 @@ struct EndOfLibrary {
 
 EndOfLibrary::~EndOfLibrary() {
     gate.close_for_good();
-    stopping =
-        true;  // a stop of another thread has nothing to do any more, and nothing to wait for
     if (called_from_inside()) {
         // A host function or the log callback called exit. Its callers, and the worker, use all
-        // that is there until the process is gone, so it stays; static storage keeps it reachable.
-        using Plugin = std::shared_ptr<PhonePluginImpl>;
-        alignas(Plugin) static unsigned char left_behind[sizeof(Plugin)];
-        new (left_behind) Plugin(std::move(plugin_instance));
+        // that is there until the process is gone, so it stays.
         return;
     }
     const std::lock_guard<std::mutex> lifecycle_lock(lifecycle_mutex);
     gate.close_and_wait();
-    plugin_instance.reset();
+    delete std::exchange(plugin_instance, nullptr);
 }
 
 void make_plugin_instance() {
-    plugin_instance = std::make_shared<PhonePluginImpl>();
+    plugin_instance = new PhonePluginImpl();
     // From here on, and not from when the library was loaded: this ends the library before whatever
     // the host had made by now, and its host functions may use, is destroyed.
     static const EndOfLibrary end_of_library;
@@ -150,6 +145,9 @@ bool start_headset_mgmt(const char* phone_model, const char* phone_version,
         return gate.is_started();
     }
     return as_only_one(try_lifecycle(), [&] {
+        if (gate.is_started()) {
+            return true;  // by another thread, just now
+        }
         return with_gate_closed([&] {
             if (plugin_instance == nullptr) {
                 make_plugin_instance();
@@ -162,8 +160,9 @@ bool start_headset_mgmt(const char* phone_model, const char* phone_version,
 }
 
 void stop_headset_mgmt() {
-    // A second stop at the same time has nothing to do, and nothing to wait for.
-    if (called_from_inside() || stopping.exchange(true)) {
+    // A second stop at the same time, or at the end of the process, has nothing to do and nothing
+    // to wait for.
+    if (called_from_inside() || gate.is_closed_for_good() || stopping.exchange(true)) {
         return;
     }
     // Waits for a start that is under way; not for another stop.

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Shows the library at work: a real server, the minimal host, and what passed between them.
 
-Usage: demo.py MINIMAL-HOST
+Usage: try_it.py MINIMAL-HOST
 
 Starts a server on a free port of this machine, runs the host program against it, tells what
 happened, and checks it. Exit code: 0 when everything happened, 1 when anything is missing.
@@ -92,7 +92,7 @@ class Handler(BaseHTTPRequestHandler):
         self.wfile.write(body)
 
     def log_message(self, format, *args):
-        """The demo tells about requests itself."""
+        """The story tells about requests itself."""
 
 
 def run_host(program, server):

@@ -1,0 +1,171 @@
+// The subcommand `phone`: its options, and one run of a phone.
+
+#include "program/phone/phone_command.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <curl/curl.h>
+
+#include "program/exit_codes.h"
+#include "program/output.h"
+#include "program/phone/phone_host.h"
+#include "program/termination.h"
+
+namespace headsetmgmt::program {
+
+namespace {
+
+constexpr double longest_limit = 86400;                       // seconds
+constexpr std::size_t largest_limit = std::size_t{1} << 30U;  // bytes
+
+/// The command line, before it is laid over the bench file.
+struct Arguments {
+    std::string bench_file;
+    std::string config_url;
+    std::string inventory_url;
+    std::string service_url;
+    std::string user_id;
+    std::string serial_number;
+    std::string os_version;
+    std::string software_version;
+    std::vector<std::string> accessories;
+    std::vector<std::string> tftp_servers;
+    std::vector<std::string> korm_servers;
+    double timeout_seconds = 30;
+    int stall_seconds = 10;
+    bool json = false;
+    PhoneOptions options;
+};
+
+void replace_if_given(std::string& fact, const std::string& given) {
+    if (!given.empty()) {
+        fact = given;
+    }
+}
+
+/// The bench file with the command line laid over it. Throws `BenchError`.
+Bench bench_of(const Arguments& arguments) {
+    Bench bench;
+    if (!arguments.bench_file.empty()) {
+        bench = read_bench_file(arguments.bench_file);
+    }
+    replace_if_given(bench.serial_number, arguments.serial_number);
+    replace_if_given(bench.os_version, arguments.os_version);
+    replace_if_given(bench.software_version, arguments.software_version);
+    replace_if_given(bench.config_url, arguments.config_url);
+    replace_if_given(bench.inventory_url, arguments.inventory_url);
+    replace_if_given(bench.service_url, arguments.service_url);
+    replace_if_given(bench.user_id, arguments.user_id);
+    if (!arguments.tftp_servers.empty()) {
+        bench.tftp_servers = arguments.tftp_servers;
+    }
+    if (!arguments.korm_servers.empty()) {
+        bench.korm_servers = arguments.korm_servers;
+    }
+    for (const std::string& text : arguments.accessories) {
+        bench.accessories.push_back(read_accessory(text, "--accessory"));
+    }
+    if (bench.accessories.empty()) {
+        throw BenchError("no accessory: give --bench a file with \"accessories\", or --accessory");
+    }
+    const auto has_id = [&arguments](const AccessoryCache& accessory) {
+        return accessory.device_id == arguments.options.detach_on_answer;
+    };
+    if (!arguments.options.detach_on_answer.empty() &&
+        std::none_of(bench.accessories.begin(), bench.accessories.end(), has_id)) {
+        throw BenchError("--detach-on-answer: there is no accessory \"" +
+                         arguments.options.detach_on_answer + "\"");
+    }
+    return bench;
+}
+
+int run_phone(Arguments& arguments) {
+    Output output(arguments.json, phone_event_in_words);
+    PhoneOptions& options = arguments.options;
+    try {
+        options.bench = bench_of(arguments);
+    } catch (const BenchError& error) {
+        if (arguments.json) {
+            output.tell({{"event", "error"}, {"message", error.what()}});
+        } else {
+            std::fprintf(stderr, "headsetmgmt phone: %s\n", escaped(error.what()).c_str());
+        }
+        return exit_usage;
+    }
+    const auto milliseconds = [](double seconds) {
+        return std::chrono::milliseconds(static_cast<long>(seconds * 1000));
+    };
+    options.limits.total = milliseconds(arguments.timeout_seconds);
+    options.limits.connect = std::min(options.limits.connect, options.limits.total);
+    options.limits.stall = std::chrono::seconds(arguments.stall_seconds);
+
+    curl_global_init(CURL_GLOBAL_DEFAULT);
+    std::signal(SIGPIPE, SIG_IGN);  // a server that goes away is an error of its transfer
+    PhoneHost host(options, output);
+    const Termination termination([&host] { host.interrupt(); });
+    return host.run();
+}
+
+}  // namespace
+
+void add_phone_command(CLI::App& program, std::function<int()>& run) {
+    auto arguments = std::make_shared<Arguments>();
+    CLI::App* command = program.add_subcommand(
+        "phone", "Be a phone: attach accessories, configure them, have them reported");
+    command->add_option("--bench", arguments->bench_file,
+                        "Bench file with the phone, its servers and its accessories");
+    command->add_option("--config-url", arguments->config_url,
+                        "URL of the configuration document; may hold {tftp} and {userid}");
+    command->add_option("--inventory-url", arguments->inventory_url,
+                        "URL that takes inventory reports; may hold {korm}");
+    command->add_option("--service-url", arguments->service_url, "URL of the metrics service");
+    command->add_option("--user", arguments->user_id, "User id of the phone");
+    command->add_option("--serial-number", arguments->serial_number, "Serial number of the phone");
+    command->add_option("--os-version", arguments->os_version, "Version of its operating system");
+    command->add_option("--software-version", arguments->software_version,
+                        "Version of its software");
+    command
+        ->add_option("--accessory", arguments->accessories,
+                     "An accessory besides those of the bench file: NAME=VALUE,... with the names "
+                     "of the bench file, such as id=desk,type=headset,model=Varos K30")
+        ->allow_extra_args(false);
+    command->add_option("--tftp-server", arguments->tftp_servers, "TFTP server, up to three")
+        ->expected(1, static_cast<int>(servers_of_a_kind));
+    command
+        ->add_option("--korm-server", arguments->korm_servers, "Call-control server, up to three")
+        ->expected(1, static_cast<int>(servers_of_a_kind));
+    command
+        ->add_option("--give-up-after", arguments->options.give_up_after,
+                     "End after as many failed fetches in a row (0: never)")
+        ->check(CLI::Range(0, 1000000));
+    command
+        ->add_option("--limit", arguments->options.limits.bytes,
+                     "Largest document, in bytes (default 4 MiB)")
+        ->check(CLI::Range(std::size_t{1}, largest_limit));
+    command
+        ->add_option("--timeout", arguments->timeout_seconds,
+                     "Longest time for a request, in seconds (default 30)")
+        ->check(CLI::Range(0.001, longest_limit));
+    command
+        ->add_option("--stall", arguments->stall_seconds,
+                     "Longest time without a byte, in whole seconds (default 10)")
+        ->check(CLI::Range(1, static_cast<int>(longest_limit)));
+    command
+        ->add_option("--ca-file", arguments->options.limits.ca_file,
+                     "Certificates to trust instead of the system's, PEM")
+        ->check(CLI::ExistingFile);
+    command->add_option("--detach-on-answer", arguments->options.detach_on_answer,
+                        "Detach this accessory just before its document is handed over");
+    command->add_flag("--verbose", arguments->options.verbose, "Show the library's log lines too");
+    command->add_flag("--json", arguments->json, "Tell everything as JSON, one object a line");
+    command->callback([arguments, &run] { run = [arguments] { return run_phone(*arguments); }; });
+}
+
+}  // namespace headsetmgmt::program

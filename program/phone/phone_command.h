@@ -1,0 +1,13 @@
+// The subcommand `phone`.
+
+#pragma once
+
+#include <CLI/App.hpp>
+#include <functional>
+
+namespace headsetmgmt::program {
+
+/// Adds the subcommand; when it is the one chosen, `run` becomes what it does.
+void add_phone_command(CLI::App& program, std::function<int()>& run);
+
+}  // namespace headsetmgmt::program

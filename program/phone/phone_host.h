@@ -1,0 +1,106 @@
+// A reference phone host: everything that a phone does around the library.
+
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <random>
+#include <string>
+#include <thread>
+
+#include "headsetmgmt/phone/host_types.h"
+
+#include "program/output.h"
+#include "program/phone/bench.h"
+#include "program/phone/transfer.h"
+
+namespace headsetmgmt::program {
+
+struct PhoneOptions {
+    Bench bench;
+    TransferLimits limits;
+    int give_up_after = 0;         ///< failed fetches in a row; 0: never
+    std::string detach_on_answer;  ///< accessory to detach when the document has arrived
+    bool verbose = false;          ///< tell the library's log lines too
+};
+
+/// Runs the library as a phone does: attaches the bench's accessories, does the requests, plays the
+/// devices, and has the accessories reported.
+///
+/// One at a time: the library's host functions find it by a process-wide pointer.
+class PhoneHost {
+public:
+    PhoneHost(PhoneOptions phone_options, Output& events);
+    ~PhoneHost();
+
+    PhoneHost(const PhoneHost&) = delete;
+    PhoneHost& operator=(const PhoneHost&) = delete;
+
+    /// From start to stop of the library; an exit code. `exit_done` when every accessory was
+    /// configured and every report accepted.
+    int run();
+
+    /// Ends the run soon. Any thread.
+    void interrupt();
+
+    // The library's host functions and its log callback. Any thread.
+    void request(HttpRequestType type, const char* url, const char* body);
+    void apply(const char* device_id, const char* name, int usage_id, const char* value);
+    void upgrade(const char* device_id, const char* version, const char* firmware_name);
+    void log_line(const char* text);
+    const Bench& bench() const { return options.bench; }
+
+private:
+    using Clock = std::chrono::steady_clock;
+    struct Setting {
+        std::string name;
+        std::string value;
+    };
+    /// A failed fetch that the library hears of later, so that it does not fetch again at once.
+    struct HeldBackFailure {
+        Clock::time_point due;
+        int status;
+    };
+
+    bool bring_up();
+    void work_on_requests();
+    void fetch(const TransferRequest& wanted);
+    void post(const TransferRequest& request);
+    void deliver(const std::string& document);
+    void fail_fetch(int status, bool for_good);
+    void note_reason(const std::string& reason);
+    bool is_over() const;
+    std::string verdict() const;
+    void tell_devices();
+
+    PhoneOptions options;
+    Output& output;
+    Transfers transfers;
+
+    mutable std::mutex state_mutex;  // guards all below
+    std::condition_variable changed;
+    std::deque<TransferRequest> requests;
+    std::optional<HeldBackFailure> held_back;
+    std::map<std::string, std::map<int, Setting>> devices;  // what each was given, by usage id
+    std::mt19937 jitter;
+    int attempt = 0;  // fetches since the last document
+    int configured = 0;
+    int not_configured = 0;
+    int attached = 0;
+    int reports_wanted = 0;
+    int reports_accepted = 0;
+    int reports_failed = 0;
+    std::string first_reason;  // why the run will not end well; empty while it may
+    bool gave_up = false;
+    bool interrupted = false;
+    bool stopping = false;
+};
+
+/// The sentence for an event of a phone.
+std::string phone_event_in_words(const Event& event);
+
+}  // namespace headsetmgmt::program

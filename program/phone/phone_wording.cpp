@@ -1,0 +1,120 @@
+// What a phone's events are called in words.
+
+#include <string>
+
+#include "program/phone/phone_host.h"
+
+namespace headsetmgmt::program {
+
+namespace {
+
+/// The member as it is written in a sentence: a text without quotation marks.
+std::string said(const Event& event, const char* member) {
+    const auto value = event.find(member);
+    if (value == event.end()) {
+        return {};
+    }
+    return value->is_string() ? escaped(value->get<std::string>()) : value->dump();
+}
+
+std::string seconds(const Event& event) {
+    const double milliseconds = event.value("milliseconds", 0.0);
+    std::string text = std::to_string(milliseconds / 1000.0);
+    text.resize(text.find('.') + 2);
+    return text + " s";
+}
+
+/// How a request ended.
+std::string outcome(const Event& event) {
+    if (event.contains("error")) {
+        return said(event, "error");
+    }
+    std::string text = "status " + said(event, "status") + ", " + said(event, "bytes") + " bytes";
+    return text + ", " + said(event, "milliseconds") + " ms";
+}
+
+std::string attached(const Event& event) {
+    std::string text = "attached " + said(event, "id") + ": " + said(event, "model") +
+                       ", firmware " + said(event, "softwareVersion");
+    if (!event.value("dongleModel", "").empty()) {
+        text +=
+            ", dongle " + said(event, "dongleModel") + ", firmware " + said(event, "dongleVersion");
+    }
+    return text;
+}
+
+std::string document(const Event& event) {
+    if (event.value("dropped", false)) {
+        return "document dropped: nobody was waiting for it";
+    }
+    std::string text =
+        "document taken by " + said(event, "taken") + ", failed for " + said(event, "failed");
+    for (const Event& reason : event.value("reasons", Event::array())) {
+        text += "\n  " + escaped(reason.get<std::string>());
+    }
+    return text;
+}
+
+std::string device(const Event& event) {
+    std::string text = "device " + said(event, "id") + " has";
+    for (const Event& setting : event["settings"]) {
+        text += "\n  " + said(setting, "usageId") + " " + said(setting, "name") + " = " +
+                said(setting, "value");
+    }
+    return text;
+}
+
+std::string result(const Event& event) {
+    const std::string counts = said(event, "configured") + " configured, " +
+                               said(event, "notConfigured") + " not configured, " +
+                               said(event, "reportsAccepted") + " reports accepted, " +
+                               said(event, "reportsFailed") + " failed";
+    return event.value("ok", false) ? "done: " + counts
+                                    : counts + "\nfailed: " + said(event, "reason");
+}
+
+}  // namespace
+
+std::string phone_event_in_words(const Event& event) {
+    const std::string kind = event.value("event", "");
+    if (kind == "attached") {
+        return attached(event);
+    }
+    if (kind == "fetch") {
+        return "fetch, attempt " + said(event, "attempt") + ": " + said(event, "url") + ": " +
+               outcome(event);
+    }
+    if (kind == "wait") {
+        return "next attempt (" + said(event, "attempt") + ") in " + seconds(event);
+    }
+    if (kind == "setting") {
+        return "set " + said(event, "id") + ": " + said(event, "name") + " (usage id " +
+               said(event, "usageId") + ") = " + said(event, "value");
+    }
+    if (kind == "firmware") {
+        return "firmware: " + said(event, "decision");
+    }
+    if (kind == "upgrade") {
+        return "upgrade " + said(event, "id") + " to " + said(event, "version") + " with " +
+               said(event, "firmwareName");
+    }
+    if (kind == "document") {
+        return document(event);
+    }
+    if (kind == "detached") {
+        return "detached " + said(event, "id");
+    }
+    if (kind == "report") {
+        return "report to " + said(event, "url") + ": " +
+               (event.value("accepted", false) ? "accepted: " : "not accepted: ") + outcome(event);
+    }
+    if (kind == "device") {
+        return device(event);
+    }
+    if (kind == "result") {
+        return result(event);
+    }
+    return said(event, kind == "log" || kind == "note" ? "text" : "message");
+}
+
+}  // namespace headsetmgmt::program

@@ -1,0 +1,168 @@
+// One request over the network, to its end.
+
+#include "program/phone/transfer.h"
+
+#include <strings.h>
+#include <utility>
+
+#include <curl/curl.h>
+
+namespace headsetmgmt::program {
+
+namespace {
+
+constexpr char fetch_protocols[] = "http,https,tftp";
+constexpr char post_and_redirect_protocols[] = "http,https";
+constexpr long redirects_at_most = 5;
+constexpr int poll_milliseconds = 1000;
+
+struct EasyDeleter {
+    void operator()(CURL* easy) const { curl_easy_cleanup(easy); }
+};
+struct HeadersDeleter {
+    void operator()(curl_slist* headers) const { curl_slist_free_all(headers); }
+};
+using Easy = std::unique_ptr<CURL, EasyDeleter>;
+using Headers = std::unique_ptr<curl_slist, HeadersDeleter>;
+
+/// Where an answer's bytes go, counted here: libcurl's own limit holds neither for TFTP nor for an
+/// answer that does not tell its length.
+struct Sink {
+    std::string body;
+    std::size_t limit = 0;
+    bool too_large = false;
+    bool header_begun = false;
+    bool header_ended = false;
+};
+
+/// Notes how far the header came: libcurl takes one that breaks off for a complete answer.
+std::size_t take_header_line(char* bytes, std::size_t size, std::size_t count, void* context) {
+    auto* sink = static_cast<Sink*>(context);
+    const std::string line(bytes, size * count);
+    sink->header_begun = true;
+    sink->header_ended = line == "\r\n" || line == "\n";
+    return size * count;
+}
+
+std::size_t take_bytes(char* bytes, std::size_t size, std::size_t count, void* context) {
+    auto* sink = static_cast<Sink*>(context);
+    const std::size_t length = size * count;
+    if (length > sink->limit - sink->body.size()) {
+        sink->too_large = true;
+        return 0;
+    }
+    sink->body.append(bytes, length);
+    return length;
+}
+
+/// What the result code means. For TFTP, libcurl's own text of a failed transfer is wrong.
+std::string explain(CURLcode code, const Sink& sink, const char* detail) {
+    if (sink.too_large) {
+        return "the answer is larger than the limit of " + std::to_string(sink.limit) + " bytes";
+    }
+    switch (code) {
+    case CURLE_TFTP_NOTFOUND:
+        return "the TFTP server has no such file";
+    case CURLE_TFTP_PERM:
+        return "the TFTP server denies access to the file";
+    case CURLE_TFTP_ILLEGAL:
+        return "the TFTP server refused the request";
+    case CURLE_OPERATION_TIMEDOUT:
+        return "time-out";
+    case CURLE_TOO_MANY_REDIRECTS:
+        return "more than " + std::to_string(redirects_at_most) + " redirects";
+    default:
+        return *detail != '\0' ? detail : curl_easy_strerror(code);
+    }
+}
+
+}  // namespace
+
+bool is_tftp_url(const std::string& url) {
+    constexpr char prefix[] = "tftp://";
+    return strncasecmp(url.c_str(), prefix, sizeof(prefix) - 1) == 0;
+}
+
+Transfers::Transfers(TransferLimits transfer_limits)
+    : limits(std::move(transfer_limits)), multi(curl_multi_init()) {}
+
+void Transfers::interrupt() {
+    is_interrupted = true;
+    curl_multi_wakeup(multi.get());
+}
+
+TransferResult Transfers::perform(const TransferRequest& request) {
+    const auto start = std::chrono::steady_clock::now();
+    const Easy easy(curl_easy_init());
+    const Headers headers(curl_slist_append(nullptr, "Content-Type: application/json"));
+    Sink sink;
+    sink.limit = limits.bytes;
+    char detail[CURL_ERROR_SIZE] = "";
+    CURL* handle = easy.get();
+    curl_easy_setopt(handle, CURLOPT_URL, request.url.c_str());
+    curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR,
+                     request.is_post ? post_and_redirect_protocols : fetch_protocols);
+    curl_easy_setopt(handle, CURLOPT_REDIR_PROTOCOLS_STR, post_and_redirect_protocols);
+    curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 1L);
+    curl_easy_setopt(handle, CURLOPT_MAXREDIRS, redirects_at_most);
+    curl_easy_setopt(handle, CURLOPT_POSTREDIR, static_cast<long>(CURL_REDIR_POST_ALL));
+    curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);  // a name that is looked up is not waited for
+    curl_easy_setopt(handle, CURLOPT_PROXY, "");
+    curl_easy_setopt(handle, CURLOPT_USERAGENT, "headsetmgmt-phone");
+    curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, static_cast<long>(limits.total.count()));
+    curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(limits.connect.count()));
+    curl_easy_setopt(handle, CURLOPT_LOW_SPEED_LIMIT, 1L);
+    curl_easy_setopt(handle, CURLOPT_LOW_SPEED_TIME, static_cast<long>(limits.stall.count()));
+    curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, detail);
+    // What a server sends beyond its answer is no answer to the next request.
+    curl_easy_setopt(handle, CURLOPT_FORBID_REUSE, 1L);
+    // libcurl takes the size 0 that a TFTP server may answer for an error.
+    curl_easy_setopt(handle, CURLOPT_TFTP_NO_OPTIONS, 1L);
+    curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, take_header_line);
+    curl_easy_setopt(handle, CURLOPT_HEADERDATA, &sink);
+    curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, take_bytes);
+    curl_easy_setopt(handle, CURLOPT_WRITEDATA, &sink);
+    if (!limits.ca_file.empty()) {
+        curl_easy_setopt(handle, CURLOPT_CAINFO, limits.ca_file.c_str());
+        curl_easy_setopt(handle, CURLOPT_CAPATH, nullptr);
+    }
+    if (request.is_post) {
+        curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE, static_cast<long>(request.body.size()));
+        curl_easy_setopt(handle, CURLOPT_POSTFIELDS, request.body.c_str());
+        curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers.get());
+    }
+
+    TransferResult result;
+    curl_multi_add_handle(multi.get(), handle);
+    CURLMsg* message = nullptr;
+    int running = 1;
+    while (!is_interrupted && message == nullptr && running != 0) {
+        curl_multi_perform(multi.get(), &running);
+        int queued = 0;
+        message = curl_multi_info_read(multi.get(), &queued);
+        if (message == nullptr && running != 0) {
+            curl_multi_poll(multi.get(), nullptr, 0, poll_milliseconds, nullptr);
+        }
+    }
+    if (message == nullptr) {
+        result.interrupted = true;
+        result.error = "interrupted";
+    } else if (message->data.result == CURLE_OK && sink.header_begun && !sink.header_ended) {
+        result.error = "the answer broke off in its header";
+    } else if (message->data.result == CURLE_OK) {
+        long status = 0;
+        curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &status);
+        constexpr int status_ok = 200;
+        result.status = is_tftp_url(request.url) ? status_ok : static_cast<int>(status);
+        result.body = std::move(sink.body);
+    } else {
+        result.error = explain(message->data.result, sink, detail);
+    }
+    curl_multi_remove_handle(multi.get(), handle);
+    result.duration = std::chrono::duration_cast<std::chrono::milliseconds>(
+        std::chrono::steady_clock::now() - start);
+    return result;
+}
+
+}  // namespace headsetmgmt::program

@@ -1,0 +1,64 @@
+// One request over the network, to its end.
+
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include <curl/curl.h>
+
+namespace headsetmgmt::program {
+
+/// What keeps a server from keeping the phone.
+struct TransferLimits {
+    std::chrono::milliseconds total{30000};
+    std::chrono::milliseconds connect{10000};
+    std::chrono::seconds stall{10};
+    std::size_t bytes = 4UL * 1024 * 1024;
+    std::string ca_file;  ///< certificates to trust instead of the system's; empty: the system's
+};
+
+struct TransferRequest {
+    std::string url;
+    bool is_post = false;
+    std::string body;  ///< of a post
+};
+
+/// How a request ended: with an answer (`error` is empty) or without.
+struct TransferResult {
+    int status = 0;  ///< the server's; 200 for a TFTP success; 0 without a complete answer
+    std::string body;
+    std::string error;  ///< what went wrong below HTTP, for people
+    bool interrupted = false;
+    std::chrono::milliseconds duration{0};
+};
+
+/// Carries out requests, one at a time: http, https (certificates are verified) and tftp, at most
+/// five redirects.
+class Transfers {
+public:
+    explicit Transfers(TransferLimits transfer_limits);
+
+    /// Returns with the answer, an error or a time-out. One thread.
+    TransferResult perform(const TransferRequest& request);
+
+    /// Ends the request that is under way, and every later one, at once. Any thread.
+    void interrupt();
+
+private:
+    struct MultiDeleter {
+        void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
+    };
+
+    TransferLimits limits;
+    std::atomic<bool> is_interrupted{false};
+    std::unique_ptr<CURLM, MultiDeleter> multi;
+};
+
+/// Whether the URL is one for TFTP.
+bool is_tftp_url(const std::string& url);
+
+}  // namespace headsetmgmt::program

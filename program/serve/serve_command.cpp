@@ -1,0 +1,59 @@
+// The subcommand `serve`: its options, and one run of a server.
+
+#include "program/serve/serve_command.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <future>
+#include <memory>
+
+#include "program/exit_codes.h"
+#include "program/output.h"
+#include "program/serve/server.h"
+#include "program/termination.h"
+
+namespace headsetmgmt::program {
+
+namespace {
+
+struct Arguments {
+    ServerOptions options;
+    bool json = false;
+};
+
+int run_serve(const Arguments& arguments) {
+    Output output(arguments.json, serve_event_in_words);
+    std::promise<void> asked_to_end;
+    const Termination termination([&asked_to_end] { asked_to_end.set_value(); });
+    try {
+        Server server(arguments.options, [&output](const Event& event) { output.tell(event); });
+        asked_to_end.get_future().wait();
+        server.stop();
+    } catch (const ServerError& error) {
+        if (arguments.json) {
+            output.tell({{"event", "error"}, {"message", error.what()}});
+        } else {
+            std::fprintf(stderr, "headsetmgmt serve: %s\n", escaped(error.what()).c_str());
+        }
+        return error.exit_code;
+    }
+    return exit_done;
+}
+
+}  // namespace
+
+void add_serve_command(CLI::App& program, std::function<int()>& run) {
+    auto arguments = std::make_shared<Arguments>();
+    CLI::App* command = program.add_subcommand("serve", "Serve documents over HTTP and take "
+                                                        "inventory reports, for tests and shows");
+    command->add_option("--port", arguments->options.port, "TCP port (0: the system picks one)")
+        ->required();
+    command->add_option("--documents", arguments->options.documents, "Folder with the documents")
+        ->required();
+    command->add_option("--address", arguments->options.address,
+                        "IPv4 or IPv6 address to listen on (default 127.0.0.1)");
+    command->add_flag("--json", arguments->json, "Tell everything as JSON, one object a line");
+    command->callback([arguments, &run] { run = [arguments] { return run_serve(*arguments); }; });
+}
+
+}  // namespace headsetmgmt::program

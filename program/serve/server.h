@@ -1,0 +1,91 @@
+// A small HTTP server for tests and shows: gives documents away, takes
+// inventory reports.
+
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <microhttpd.h>
+#include <stdexcept>
+#include <string>
+
+#include "program/exit_codes.h"
+#include "program/output.h"
+#include "program/serve/documents.h"
+
+namespace headsetmgmt::program {
+
+struct ServerOptions {
+    std::string documents;
+    std::string address = "127.0.0.1";   ///< IPv4 or IPv6
+    std::uint16_t port = 0;              ///< 0: the system picks one
+    unsigned int patience_seconds = 10;  ///< a connection on which nothing moves is closed then
+};
+
+/// Why a server could not be started, and the exit code for it.
+class ServerError : public std::runtime_error {
+public:
+    ServerError(ExitCode code, const std::string& message)
+        : std::runtime_error(message), exit_code(code) {}
+
+    ExitCode exit_code;
+};
+
+struct Request;
+
+/// Answers GET and HEAD with the documents of a folder, and POST with what an
+/// inventory service says, on a thread of its own. Without encryption, without
+/// knowing who asks.
+///
+/// Tells of itself by events: "listening" first, one "request" for every
+/// request at its end, however it ends, a "report" for each report taken,
+/// "stopped" last.
+class Server {
+public:
+    using Tell = std::function<void(const Event&)>;
+
+    /// Listens from here on. `teller` is called on the server's thread,
+    /// "listening" and "stopped" on the caller's. Throws ServerError.
+    Server(const ServerOptions& options, Tell teller);
+    ~Server();
+
+    Server(const Server&) = delete;
+    Server& operator=(const Server&) = delete;
+
+    /// The port that is listened on.
+    std::uint16_t port() const { return listening_port; }
+
+    /// Closes every connection and tells "stopped"; does nothing the second time. Called by the
+    /// thread that made the server.
+    void stop();
+
+    // What the HTTP library calls, on the server's thread.
+    MHD_Result receive(MHD_Connection* connection, Request& request, const char* method,
+                       const char* body, std::size_t* body_size);
+    void complete(const Request& request, MHD_RequestTerminationCode how);
+
+private:
+    struct DaemonDeleter {
+        void operator()(MHD_Daemon* stopped) const { MHD_stop_daemon(stopped); }
+    };
+
+    MHD_Result answer(MHD_Connection* connection, Request& request);
+    MHD_Result answer_document(MHD_Connection* connection, Request& request);
+    MHD_Result answer_report(MHD_Connection* connection, Request& request);
+
+    Documents documents;
+    Tell tell;
+    unsigned int patience_seconds;
+    std::uint16_t listening_port = 0;
+    std::atomic<std::uint64_t> requests{0};
+    std::atomic<std::uint64_t> reports{0};
+    std::unique_ptr<MHD_Daemon, DaemonDeleter> daemon;  // last: its thread uses all above
+};
+
+/// The sentence for an event of a server.
+std::string serve_event_in_words(const Event& event);
+
+}  // namespace headsetmgmt::program

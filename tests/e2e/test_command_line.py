@@ -1,0 +1,179 @@
+"""Command lines and bench files that are refused: exit code 2, and a message that says what is
+wrong."""
+
+import json
+import socket
+import subprocess
+
+import pytest
+
+from servers import PATIENCE
+
+# The text of a bench file, and what is said of it. BENCH is the file's path.
+WRONG_BENCHES = {
+    "syntax-error": (
+        '{\n    "phone": {\n    },,\n}\n',
+        "BENCH:3: expected JSON: ",
+    ),
+    "empty-file": ("", "BENCH:1: expected JSON: "),
+    "cut-off": ('{\n"phone": {\n"userId": "u', "BENCH:3: expected JSON: "),
+    "number-too-large": ('{\n"accessories": 1e999\n}\n', "BENCH:1: "),
+    "no-object": ("[]\n", "BENCH:1: the document: expected an object, found an array of 0"),
+    "unknown-member": (
+        '{\n    "phone": {},\n    "adresses": {}\n}\n',
+        "BENCH:3: member /adresses: not known here; expected one of: accessories, phone, servers,"
+        " urls",
+    ),
+    "unknown-member-of-the-phone": (
+        '{\n    "phone": {\n        "serialNumber": "PH1",\n        "colour": "red"\n    }\n}\n',
+        "BENCH:4: member /phone/colour: not known here; expected one of: osVersion, serialNumber,"
+        " softwareVersion, userId",
+    ),
+    "text-expected": (
+        '{\n    "phone": {\n        "serialNumber": 17\n    }\n}\n',
+        "BENCH:3: member /phone/serialNumber: expected a text, found 17",
+    ),
+    "object-expected": (
+        '{\n    "urls": "http://127.0.0.1/"\n}\n',
+        'BENCH:2: member /urls: expected an object, found "http://127.0.0.1/"',
+    ),
+    "array-expected": (
+        '{\n    "accessories": {}\n}\n',
+        "BENCH:2: member /accessories: expected an array of objects, found an object",
+    ),
+    "too-many-servers": (
+        '{\n    "servers": {\n        "tftp": ["a", "b", "c", "d"]\n    }\n}\n',
+        "BENCH:3: member /servers/tftp: expected an array of at most 3 texts, found an array of 4",
+    ),
+    "empty-server": (
+        '{\n    "servers": {\n        "korm": [\n            "a",\n            ""\n        ]\n'
+        "    }\n}\n",
+        'BENCH:5: member /servers/korm/1: expected the name or address of a server, found ""',
+    ),
+    "accessory-without-id": (
+        '{\n    "accessories": [\n        {"type": "headset"}\n    ]\n}\n',
+        'BENCH:3: member /accessories/0: expected a member "id" with a text that is not empty',
+    ),
+    "accessory-of-unknown-type": (
+        '{\n    "accessories": [\n        {\n            "id": "a",\n            "type": "lamp"\n'
+        "        }\n    ]\n}\n",
+        'BENCH:5: member /accessories/0/type: expected a member "type" with "headset" or "camera"',
+    ),
+    "vendor-id-out-of-range": (
+        '{\n    "accessories": [\n        {"id": "a", "type": "headset",\n'
+        '         "vendorId": 65536}\n    ]\n}\n',
+        "BENCH:4: member /accessories/0/vendorId: expected a USB vendor id, 0 to 65535, found"
+        " 65536",
+    ),
+    "duplicate-id": (
+        '{\n    "accessories": [\n        {"id": "a", "type": "headset"},\n'
+        '        {"id": "b", "type": "camera"},\n        {"id": "a", "type": "camera"}\n    ]\n}\n',
+        'BENCH:5: member /accessories/2/id: expected an id of its own, found "a" again',
+    ),
+    "member-twice": (
+        '{\n    "phone": {\n        "userId": "a",\n        "userId": "b"\n    }\n}\n',
+        "BENCH:4: member /phone/userId: expected once, found again",
+    ),
+    "no-accessory": (
+        '{\n    "accessories": []\n}\n',
+        'no accessory: give --bench a file with "accessories", or --accessory',
+    ),
+}
+
+# The command line, and what standard error says of it.
+HEADSET = ["--accessory", "id=a,type=headset"]
+WRONG_COMMAND_LINES = {
+    "no-subcommand": ([], "A subcommand is required"),
+    "unknown-subcommand": (["dial"], "A subcommand is required"),
+    "unknown-option": (["phone", "--nope"], "--nope"),
+    "no-such-bench": (["phone", "--bench", "/no/such/file"], "/no/such/file: cannot be read: "),
+    "bench-is-a-folder": (["phone", "--bench", "/"], "/: cannot be read: Is a directory"),
+    "no-bench": (["phone"], "no accessory: give --bench a file"),
+    "accessory-without-id": (["phone", "--accessory", "type=headset"], '"id"'),
+    "accessory-without-value": (["phone", "--accessory", "id"], "expected NAME=VALUE"),
+    "accessory-with-unknown-member": (["phone", "--accessory", "id=a,type=headset,size=3"], "size"),
+    "detach-unknown": (["phone", *HEADSET, "--detach-on-answer", "b"], 'there is no accessory "b"'),
+    "negative-attempts": (["phone", *HEADSET, "--give-up-after", "-1"], "--give-up-after"),
+    "attempts-no-number": (["phone", *HEADSET, "--give-up-after", "two"], "--give-up-after"),
+    "negative-limit": (["phone", *HEADSET, "--limit", "-1"], "--limit"),
+    "no-timeout": (["phone", *HEADSET, "--timeout", "0"], "--timeout"),
+    "no-stall": (["phone", *HEADSET, "--stall", "0"], "--stall"),
+    "no-such-ca-file": (["phone", *HEADSET, "--ca-file", "/no/such/file"], "--ca-file"),
+    "four-tftp-servers": (["phone", *HEADSET, "--tftp-server", "a", "b", "c", "d"], "--tftp-server"),
+    "serve-without-port": (["serve", "--documents", "/"], "--port"),
+    "serve-without-documents": (["serve", "--port", "0"], "--documents"),
+    "serve-port-out-of-range": (["serve", "--port", "65536", "--documents", "/"], "--port"),
+    "serve-no-such-folder": (["serve", "--port", "0", "--documents", "/no/such"], '"/no/such"'),
+    "serve-no-address": (
+        ["serve", "--port", "0", "--documents", "/", "--address", "nowhere"],
+        '"nowhere" is no IPv4 or IPv6 address',
+    ),
+}
+
+
+def run(program, *arguments):
+    return subprocess.run(
+        [program, *arguments],
+        stdin=subprocess.DEVNULL,
+        capture_output=True,
+        encoding="utf-8",
+        timeout=PATIENCE,
+    )
+
+
+@pytest.mark.parametrize("name", WRONG_BENCHES)
+def test_wrong_bench_file(name, program, tmp_path):
+    text, said = WRONG_BENCHES[name]
+    bench = tmp_path / "bench.json"
+    bench.write_text(text, encoding="utf-8")
+    result = run(program, "phone", "--bench", bench)
+    assert result.stderr.startswith("headsetmgmt phone: " + said.replace("BENCH", str(bench)))
+    assert result.stderr.count("\n") == 1
+    assert result.stdout == ""
+    assert result.returncode == 2
+
+
+def test_wrong_bench_file_with_json(program, tmp_path):
+    bench = tmp_path / "bench.json"
+    bench.write_text("[]", encoding="utf-8")
+    result = run(program, "phone", "--bench", bench, "--json")
+    assert json.loads(result.stdout) == {
+        "format": 1,
+        "event": "error",
+        "message": f"{bench}:1: the document: expected an object, found an array of 0",
+    }
+    assert result.stderr == ""
+    assert result.returncode == 2
+
+
+@pytest.mark.parametrize("name", WRONG_COMMAND_LINES)
+def test_wrong_command_line(name, program):
+    arguments, said = WRONG_COMMAND_LINES[name]
+    result = run(program, *arguments)
+    assert said in result.stderr
+    assert result.stderr != ""
+    assert result.stdout == ""
+    assert result.returncode == 2
+
+
+def test_port_that_is_taken(program, tmp_path):
+    with socket.create_server(("127.0.0.1", 0)) as other:
+        port = str(other.getsockname()[1])
+        result = run(program, "serve", "--port", port, "--documents", tmp_path)
+    assert f"cannot listen on address 127.0.0.1, port {port}: " in result.stderr
+    assert result.stdout == ""
+    assert result.returncode == 1
+
+
+@pytest.mark.parametrize("arguments", [["--help"], ["phone", "--help"], ["serve", "--help"]])
+def test_help(arguments, program):
+    result = run(program, *arguments)
+    assert "--help" in result.stdout
+    assert result.stderr == ""
+    assert result.returncode == 0
+
+
+def test_version(program):
+    result = run(program, "--version")
+    assert result.stdout == "1.0.0\n"
+    assert result.returncode == 0

@@ -1,0 +1,204 @@
+"""Runs that are more than one file can say: servers that come up late, signals, JSON lines, and the
+library's own log."""
+
+import json
+import pathlib
+import signal
+import time
+
+import pytest
+
+from phone import Phone, comparable, is_interleaving
+from servers import PATIENCE, Scripted, Serve
+
+TRANSCRIPT = pathlib.Path(__file__).resolve().parent / "transcripts/good-document.json"
+
+
+def arguments_for(benches, url, document):
+    arguments = ["--bench", benches / "headset-with-dock.json"]
+    arguments += ["--config-url", f"{url}/{document}", "--inventory-url", f"{url}/inventory"]
+    return arguments
+
+
+def test_server_down_then_up(program, documents, tmp_path):
+    with Serve(program, documents, tmp_path) as server:
+        assert server.stop() == 0
+    # Without a version of its own the library would wait a minute for one.
+    accessory = "id=desk,type=headset,vendorId=61525,model=Varos K30,softwareVersion=2-1-0"
+    arguments = ["--accessory", accessory, "--config-url", f"{server.url}/good.json"]
+    with Phone(program, arguments) as phone:
+        phone.wait_for_line("next attempt (2) in ")
+        with Serve(program, documents, tmp_path, port=server.port) as server:
+            code = phone.finish()
+            assert server.stop() == 0
+    lines = [comparable(line, server.url) for line in phone.lines]
+    fetches = [line for line in lines if line.startswith("fetch, ")]
+    assert fetches[0].startswith("fetch, attempt 1: SERVER/good.json: Failed to connect ")
+    assert fetches[-1].endswith(": SERVER/good.json: status 200, 1767 bytes, # ms")
+    assert "document taken by 1, failed for 0" in lines
+    assert server.requests == ["GET /good.json 200"]
+    assert code == 0
+
+
+@pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGINT], ids=["term", "int"])
+@pytest.mark.parametrize(
+    "answer",
+    [["stall"], ["HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n{", "stall"]],
+    ids=["before-the-header", "in-the-document"],
+)
+def test_stopped_in_the_middle_of_a_fetch(number, answer, program, benches, documents, slowness):
+    with Scripted(documents, [answer]) as server:
+        with Phone(program, arguments_for(benches, server.url, "config.json")) as phone:
+            server.wait_for_request()
+            begin = time.monotonic()
+            phone.signal(number)
+            code = phone.finish()
+            duration = time.monotonic() - begin
+    assert [comparable(line, server.url) for line in phone.lines] == [
+        "attached desk-headset: Varos K30, firmware 2-0-4",
+        "fetch, attempt 1: SERVER/config.json: interrupted",
+        "0 configured, 0 not configured, 0 reports accepted, 0 failed",
+        "failed: interrupted",
+    ]
+    assert phone.errors == []
+    assert code == 1
+    assert duration < 1 * slowness
+
+
+def test_stopped_while_it_waits_for_the_next_attempt(
+    program, benches, documents, tmp_path, slowness
+):
+    with Serve(program, documents, tmp_path) as server:
+        with Phone(program, arguments_for(benches, server.url, "missing.json")) as phone:
+            phone.wait_for_line("next attempt (3) in ")
+            begin = time.monotonic()
+            phone.signal(signal.SIGTERM)
+            code = phone.finish()
+            duration = time.monotonic() - begin
+    assert phone.lines[-1] == "failed: interrupted"
+    assert code == 1
+    assert duration < 1 * slowness
+
+
+def json_lines(phone):
+    """The phone's lines as objects: every line is one, of the format that is promised."""
+    events = [json.loads(line) for line in phone.lines]
+    for event in events:
+        assert isinstance(event, dict)
+        assert event["format"] == 1
+        assert isinstance(event["event"], str)
+    return events
+
+
+def test_json_lines_of_a_good_run(program, benches, documents, tmp_path):
+    with Serve(program, documents, tmp_path) as server:
+        arguments = arguments_for(benches, server.url, "good.json")
+        with Phone(program, [*arguments, "--json", "--verbose"]) as phone:
+            code = phone.finish()
+    events = json_lines(phone)
+    for event in events:
+        if "milliseconds" in event:
+            assert isinstance(event.pop("milliseconds"), int)
+    url = server.url
+    desk = "desk-headset"
+    assert [e for e in events if e["event"] != "log"] == [
+        {"format": 1, "event": "attached", "id": desk, "model": "Varos K30",
+         "softwareVersion": "2-0-4", "dongleModel": "", "dongleVersion": ""},
+        {"format": 1, "event": "fetch", "attempt": 1, "url": f"{url}/good.json", "status": 200,
+         "bytes": 1767},
+        {"format": 1, "event": "setting", "id": desk, "name": "Sidetone", "usageId": 34,
+         "value": "medium"},
+        {"format": 1, "event": "setting", "id": desk, "name": "Equalizer", "usageId": 35,
+         "value": "warm"},
+        {"format": 1, "event": "setting", "id": desk, "name": "Audio Bandwidth", "usageId": 36,
+         "value": "2"},
+        {"format": 1, "event": "setting", "id": desk, "name": "Bluetooth", "usageId": 39,
+         "value": "off"},
+        {"format": 1, "event": "upgrade", "id": desk, "version": "2-1-0",
+         "firmwareName": "varos-k30-2-1-0.img"},
+        {"format": 1, "event": "firmware", "decision": "upgrade requested to 2-1-0"},
+        {"format": 1, "event": "document", "taken": 1, "failed": 0},
+        {"format": 1, "event": "report", "url": f"{url}/inventory", "bytes": 545,
+         "accepted": True, "status": 204},
+        {"format": 1, "event": "device", "id": desk, "settings": [
+            {"usageId": 34, "name": "Sidetone", "value": "medium"},
+            {"usageId": 35, "name": "Equalizer", "value": "warm"},
+            {"usageId": 36, "name": "Audio Bandwidth", "value": "2"},
+            {"usageId": 39, "name": "Bluetooth", "value": "off"}]},
+        {"format": 1, "event": "result", "ok": True, "configured": 1, "notConfigured": 0,
+         "reportsAccepted": 1, "reportsFailed": 0},
+    ]
+    logs = [event for event in events if event["event"] == "log"]
+    assert {"format": 1, "event": "log", "text": "stop headset mgmt\n"} in logs
+    assert events[-1]["event"] == "result"
+    assert phone.errors == []
+    assert code == 0
+
+
+def test_json_lines_of_a_failed_run(program, benches, documents, tmp_path):
+    with Serve(program, documents, tmp_path) as server:
+        arguments = arguments_for(benches, server.url, "missing.json")
+        with Phone(program, [*arguments, "--json", "--give-up-after", "1"]) as phone:
+            code = phone.finish()
+    assert json_lines(phone)[-1] == {
+        "format": 1,
+        "event": "result",
+        "ok": False,
+        "configured": 0,
+        "notConfigured": 0,
+        "reportsAccepted": 1,
+        "reportsFailed": 0,
+        "reason": "no document after 1 attempt",
+    }
+    assert phone.errors == []
+    assert code == 1
+
+
+def test_json_lines_of_an_interrupted_run(program, benches, documents):
+    with Scripted(documents, [["stall"]]) as server:
+        arguments = arguments_for(benches, server.url, "config.json")
+        with Phone(program, [*arguments, "--json"]) as phone:
+            server.wait_for_request()
+            phone.signal(signal.SIGTERM)
+            code = phone.finish()
+    result = json_lines(phone)[-1]
+    assert (result["event"], result["reason"]) == ("result", "interrupted")
+    assert code == 1
+
+
+def test_whole_transcript_of_a_good_run(program, benches, documents, tmp_path):
+    """Every line of the library and of the phone, each thread's in its order."""
+    transcript = json.loads(TRANSCRIPT.read_text(encoding="utf-8"))
+    with Serve(program, documents, tmp_path) as server:
+        arguments = arguments_for(benches, server.url, "good.json")
+        with Phone(program, [*arguments, "--verbose"]) as phone:
+            code = phone.finish()
+    lines = [comparable(line, server.url) for line in phone.lines]
+    threads = [transcript["main"], transcript["worker"], transcript["network"]]
+    assert sorted(lines) == sorted(line for thread in threads for line in thread)
+    assert is_interleaving(lines, threads), "\n".join(lines)
+    assert code == 0
+
+
+def test_verbose_lines_have_their_control_characters_escaped(program, benches, documents, tmp_path):
+    with Serve(program, documents, tmp_path) as server:
+        arguments = arguments_for(benches, server.url, "control-characters.json")
+        with Phone(program, [*arguments, "--verbose"]) as phone:
+            assert phone.finish() == 0
+    assert (
+        "HeadsetConfigImpl: save_config_to_map: 34, key: Side\\x1b[2Jtone\\x0d, value: a\\tb,"
+        " access: Admin" in phone.lines
+    )
+    assert all(character.isprintable() for line in phone.lines for character in line)
+
+
+def test_server_stops_while_a_phone_is_connected(program, benches, documents, tmp_path):
+    with Serve(program, documents, tmp_path) as server:
+        arguments = arguments_for(benches, server.url, "missing.json")
+        with Phone(program, arguments) as phone:
+            phone.wait_for_line("next attempt (2) in ")
+            assert server.stop() == 0
+            phone.wait_for_line("next attempt (3) in ")
+            phone.signal(signal.SIGTERM)
+            assert phone.finish(PATIENCE) == 1
+    assert server.events("stopped")[0]["reports"] == len(server.reports)

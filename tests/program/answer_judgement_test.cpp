@@ -1,0 +1,294 @@
+// Tests of what a host reads from the library's log lines about a document that it handed in.
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "program/phone/answer_judgement.h"
+
+namespace headsetmgmt::program {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+constexpr char unable[] =
+    "Lib::ConfigManagerImpl: on_fetch_config_success: unable to update config "
+    "retrieved from server in library";
+
+AnswerJudgement judge(const Texts& lines) {
+    AnswerJudgement judgement;
+    for (const std::string& line : lines) {
+        judgement.on_line(line);
+    }
+    return judgement;
+}
+
+TEST(AnswerJudgement, NoLinesAreNoVerdict) {
+    const AnswerJudgement judged = judge({});
+
+    EXPECT_EQ(0, judged.taken());
+    EXPECT_EQ(Texts{}, judged.failures());
+    EXPECT_FALSE(judged.was_dropped());
+    EXPECT_EQ(Texts{}, judged.firmware_decisions());
+}
+
+TEST(AnswerJudgement, DocumentWithAnUpgradeIsTaken) {
+    const AnswerJudgement judged = judge({
+        "HeadsetConfigImpl: update_from_server Enter:",
+        "HeadsetConfigImpl: parse_remote_default_config Enter:",
+        "HeadsetConfigImpl: parse_remote_default_config parsed updated_time:",
+        "HeadsetConfigImpl: parse_remote_default_config: Current accessory plugged in: Varos K20",
+        "HeadsetConfigImpl: parse_remote_default_config: Updated time: 1700",
+        "HeadsetConfigImpl: save_common_settings_params: success",
+        "HeadsetConfigImpl: extract_model_firmware_settings: MODEL NAME Varos K20",
+        "HeadsetConfigImpl: extract_model_firmware_settings config_model_name: Varos, "
+        "device_model_name: Varos K20",
+        "HeadsetConfigImpl: save_model_specific_settings_params: Success.",
+        "HeadsetConfigImpl: upgrade_firmware: received 3 entries for model firmware",
+        "HeadsetConfigImpl: check_firmware_upgrade: FW ver candidate from Configuration: 2-1-0",
+        "HeadsetConfigImpl: check_firmware_upgrade: System info reported FW: 2-0-4",
+        "HeadsetConfigImpl: upgrade_firmware: Requesting upgrade to 2-1-0",
+        "HeadsetConfigImpl: upgrade_firmware: Done",
+        "HeadsetConfigImpl: upgrade_firmware: Success.",
+        "HeadsetConfigImpl: parse_remote_default_config: Success",
+        "HeadsetConfigImpl: update_from_server: success",
+        "Lib::ConfigManagerImpl: clean_up_pending_config_requests: ENTER",
+        "Lib::ConfigManagerImpl: on_fetch_config_successExit",
+    });
+
+    EXPECT_EQ(1, judged.taken());
+    EXPECT_EQ(Texts{}, judged.failures());
+    EXPECT_FALSE(judged.was_dropped());
+    EXPECT_EQ((Texts{"upgrade requested to 2-1-0"}), judged.firmware_decisions());
+}
+
+TEST(AnswerJudgement, CameraTakesADocumentToo) {
+    const AnswerJudgement judged = judge({
+        "CameraConfigImpl: update_from_server Enter:",
+        "CameraConfigImpl: upgrade_firmware: Requesting upgrade to 3-0-2",
+        "CameraConfigImpl: update_from_server: success",
+    });
+
+    EXPECT_EQ(1, judged.taken());
+    EXPECT_EQ((Texts{"upgrade requested to 3-0-2"}), judged.firmware_decisions());
+}
+
+TEST(AnswerJudgement, AnswerThatNobodyAwaitsIsDropped) {
+    const AnswerJudgement judged = judge({
+        "Lib::ConfigManagerImpl: on_fetch_config_success: no configuration in progress, dropping "
+        "data",
+    });
+
+    EXPECT_TRUE(judged.was_dropped());
+    EXPECT_EQ(0, judged.taken());
+    EXPECT_EQ(Texts{}, judged.failures());
+}
+
+TEST(AnswerJudgement, EmptyDocumentFailsAsNothingToParse) {
+    const AnswerJudgement judged =
+        judge({"HeadsetConfigImpl: update_from_server: Nothing to parse", unable});
+
+    EXPECT_EQ(0, judged.taken());
+    EXPECT_EQ((Texts{"Nothing to parse"}), judged.failures());
+}
+
+TEST(AnswerJudgement, UnparsableDocumentFailsWithTheTextFromTheErrorOn) {
+    const AnswerJudgement judged =
+        judge({"HeadsetConfigImpl: update_from_server: <html>502: no</html>", unable});
+
+    EXPECT_EQ(0, judged.taken());
+    EXPECT_EQ((Texts{"<html>502: no</html>"}), judged.failures());
+}
+
+// What is told of a text that cannot be parsed is the text itself.
+TEST(AnswerJudgement, UnparsableDocumentThatReadsSuccessIsNotTaken) {
+    const AnswerJudgement judged =
+        judge({"HeadsetConfigImpl: update_from_server: success", unable});
+
+    EXPECT_EQ(0, judged.taken());
+    EXPECT_EQ((Texts{"success"}), judged.failures());
+}
+
+TEST(AnswerJudgement, DocumentWithoutATemplateFailsWithTheFirstOfItsTwoLines) {
+    const AnswerJudgement judged = judge({
+        "HeadsetConfigImpl: update_from_server Enter:",
+        "HeadsetConfigImpl: update_from_server: No template config found.",
+        "HeadsetConfigImpl: update_from_server: No config found.",
+        unable,
+    });
+
+    EXPECT_EQ((Texts{"No template config found."}), judged.failures());
+}
+
+TEST(AnswerJudgement, DocumentWithoutFirmwareForTheModelFails) {
+    const AnswerJudgement judged = judge({
+        "HeadsetConfigImpl: update_from_server Enter:",
+        "HeadsetConfigImpl: parse_remote_default_config: Model specific settings were not saved",
+        "HeadsetConfigImpl: upgrade_firmware[PARSING-ERR]: Model_firmware_settings do not exist",
+        "HeadsetConfigImpl: parse_remote_default_config: Failed",
+        "HeadsetConfigImpl: update_from_server: Parsing remote config failed.",
+        unable,
+    });
+
+    EXPECT_EQ((Texts{"Model_firmware_settings do not exist"}), judged.failures());
+    EXPECT_EQ(Texts{}, judged.firmware_decisions());
+}
+
+TEST(AnswerJudgement, FirmwareIsTheReasonOfADocumentThatHasNoSettingsEither) {
+    const AnswerJudgement judged = judge({
+        "HeadsetConfigImpl: update_from_server Enter:",
+        "HeadsetConfigImpl: parse_remote_default_config[PARSING-ERR]: No settings found to save.",
+        "HeadsetConfigImpl: upgrade_firmware[PARSING-ERR]: Model_firmware_settings do not exist",
+        "HeadsetConfigImpl: parse_remote_default_config: Failed",
+        "HeadsetConfigImpl: update_from_server: Parsing remote config failed.",
+        unable,
+    });
+
+    EXPECT_EQ((Texts{"Model_firmware_settings do not exist"}), judged.failures());
+}
+
+TEST(AnswerJudgement, FirmwareWithoutANameFails) {
+    const AnswerJudgement judged = judge({
+        "CameraConfigImpl: update_from_server Enter:",
+        "CameraConfigImpl: upgrade_firmware: received 0 entries for model firmware",
+        "CameraConfigImpl: upgrade_firmware[KORM-ERR]: no/null firmare name in JSON",
+        "CameraConfigImpl: parse_remote_default_config: Failed",
+        "CameraConfigImpl: update_from_server: Parsing remote config failed.",
+        unable,
+    });
+
+    EXPECT_EQ((Texts{"no/null firmare name in JSON"}), judged.failures());
+}
+
+TEST(AnswerJudgement, FailureThatNoLineExplainsIsSaidToBeUnexplained) {
+    const AnswerJudgement judged = judge({unable});
+
+    EXPECT_EQ((Texts{"not said"}), judged.failures());
+}
+
+TEST(AnswerJudgement, EqualVersionsNeedNoUpgrade) {
+    const AnswerJudgement judged = judge({
+        "HeadsetConfigImpl: check_firmware_upgrade: versions are the same, do nothing",
+        "HeadsetConfigImpl: upgrade_firmware: No upgrade required. This firmware's settings have "
+        "been applied.",
+    });
+
+    EXPECT_EQ((Texts{"no upgrade required"}), judged.firmware_decisions());
+}
+
+TEST(AnswerJudgement, RefusedDowngradeIsADecision) {
+    const AnswerJudgement judged = judge({
+        "HeadsetConfigImpl: upgrade_firmware: No support for firmware downgrade. Exiting.",
+    });
+
+    EXPECT_EQ((Texts{"downgrade refused"}), judged.firmware_decisions());
+}
+
+// The line has no separator.
+TEST(AnswerJudgement, CurrentVersionStays) {
+    const AnswerJudgement judged =
+        judge({"HeadsetConfigImpl: upgrade_firmwarestay on current version, skip upgrade"});
+
+    EXPECT_EQ((Texts{"stays on the current version, as the document says"}),
+              judged.firmware_decisions());
+}
+
+TEST(AnswerJudgement, LatestFirmwareIsLeftToThePhone) {
+    const AnswerJudgement judged = judge({
+        "HeadsetConfigImpl: upgrade_firmware: Legacy Flow - delegate upgrade to config driver",
+    });
+
+    EXPECT_EQ((Texts{"left to the phone"}), judged.firmware_decisions());
+}
+
+TEST(AnswerJudgement, VersionThatNobodyTellsIsNoDecision) {
+    const AnswerJudgement judged =
+        judge({"HeadsetConfigImpl: check_firmware_upgrade: firmware version is empty"});
+
+    EXPECT_EQ((Texts{"none: the document or the accessory tells no version"}),
+              judged.firmware_decisions());
+}
+
+TEST(AnswerJudgement, TwoAccessoriesThatTakeADocumentBothCount) {
+    const AnswerJudgement judged = judge({
+        "HeadsetConfigImpl: update_from_server Enter:",
+        "HeadsetConfigImpl: upgrade_firmware: Requesting upgrade to 2-1-0",
+        "HeadsetConfigImpl: update_from_server: success",
+        "CameraConfigImpl: update_from_server Enter:",
+        "CameraConfigImpl: upgrade_firmwarestay on current version, skip upgrade",
+        "CameraConfigImpl: update_from_server: success",
+    });
+
+    EXPECT_EQ(2, judged.taken());
+    EXPECT_EQ(Texts{}, judged.failures());
+    EXPECT_EQ(
+        (Texts{"upgrade requested to 2-1-0", "stays on the current version, as the document says"}),
+        judged.firmware_decisions());
+}
+
+TEST(AnswerJudgement, AccessoriesMayFareDifferentlyWithOneDocument) {
+    const AnswerJudgement judged = judge({
+        "CameraConfigImpl: update_from_server Enter:",
+        "CameraConfigImpl: upgrade_firmware[PARSING-ERR]: Model_firmware_settings do not exist",
+        "CameraConfigImpl: update_from_server: Parsing remote config failed.",
+        unable,
+        "HeadsetConfigImpl: update_from_server Enter:",
+        "HeadsetConfigImpl: upgrade_firmware: Requesting upgrade to 2-1-0",
+        "HeadsetConfigImpl: update_from_server: success",
+    });
+
+    EXPECT_EQ(1, judged.taken());
+    EXPECT_EQ((Texts{"Model_firmware_settings do not exist"}), judged.failures());
+}
+
+TEST(AnswerJudgement, EachFailureHasTheReasonOfItsOwnAccessory) {
+    const AnswerJudgement judged = judge({
+        "HeadsetConfigImpl: update_from_server Enter:",
+        "HeadsetConfigImpl: upgrade_firmware[KORM-ERR]: no/null firmare name in JSON",
+        "HeadsetConfigImpl: update_from_server: Parsing remote config failed.",
+        unable,
+        "CameraConfigImpl: update_from_server Enter:",
+        "CameraConfigImpl: upgrade_firmware[PARSING-ERR]: Model_firmware_settings do not exist",
+        "CameraConfigImpl: update_from_server: Parsing remote config failed.",
+        unable,
+        unable,
+    });
+
+    EXPECT_EQ(
+        (Texts{"no/null firmare name in JSON", "Model_firmware_settings do not exist", "not said"}),
+        judged.failures());
+}
+
+TEST(AnswerJudgement, AccessoryThatLacksSettingsButTookTheDocumentLeavesNoReason) {
+    const AnswerJudgement judged = judge({
+        "HeadsetConfigImpl: update_from_server Enter:",
+        "HeadsetConfigImpl: parse_remote_default_config[PARSING-ERR]: No settings found to save.",
+        "HeadsetConfigImpl: upgrade_firmware: Requesting upgrade to 2-1-0",
+        "HeadsetConfigImpl: update_from_server: success",
+        unable,
+    });
+
+    EXPECT_EQ(1, judged.taken());
+    EXPECT_EQ((Texts{"not said"}), judged.failures());
+}
+
+TEST(AnswerJudgement, LinesOfOtherComponentsSayNothing) {
+    const AnswerJudgement judged = judge({
+        "update_from_server: success",
+        ": update_from_server: success",
+        "Lib::ConfigManagerImpl: update_from_server: success",
+        "InventoryMetricImpl: upgrade_firmware: Requesting upgrade to 9-9-9",
+        "Lib::ConfigManagerImpl: on_fetch_config_failure: no configuration in progress, dropping "
+        "data",
+        "HeadsetConfigImpl: on_fetch_config_success: no configuration in progress, dropping data",
+    });
+
+    EXPECT_EQ(0, judged.taken());
+    EXPECT_EQ(Texts{}, judged.failures());
+    EXPECT_FALSE(judged.was_dropped());
+    EXPECT_EQ(Texts{}, judged.firmware_decisions());
+}
+
+}  // namespace
+}  // namespace headsetmgmt::program

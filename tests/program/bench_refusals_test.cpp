@@ -1,0 +1,242 @@
+// Tests of wrong bench files: each is refused with the file, the line, the member and what was
+// expected.
+
+#include <cstddef>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "program/phone/bench.h"
+
+namespace headsetmgmt::program {
+namespace {
+
+/// What the reader says of a wrong bench file; "accepted" when it takes it.
+std::string refusal(const std::string& text) {
+    try {
+        read_bench(text, "bench.json");
+    } catch (const BenchError& error) {
+        return error.what();
+    }
+    return "accepted";
+}
+
+/// The same of the members of one accessory, which stand on line 3.
+std::string accessory_refusal(const std::string& members) {
+    return refusal("{\"accessories\": [\n{\n" + members + "\n}\n]}");
+}
+
+// What follows the expectation is the parser's.
+TEST(BenchRefusals, TextThatIsNoJsonIsToldWithTheLine) {
+    EXPECT_THAT(refusal("{\n\"urls\":oops}"), testing::StartsWith("bench.json:2: expected JSON: "));
+}
+
+TEST(BenchRefusals, EmptyTextIsNoJson) {
+    EXPECT_THAT(refusal(""), testing::StartsWith("bench.json:1: expected JSON: "));
+}
+
+TEST(BenchRefusals, TextThatEndsEarlyIsToldWithItsLastLine) {
+    EXPECT_THAT(refusal("{\n\"urls\": {\n"), testing::StartsWith("bench.json:3: expected JSON: "));
+}
+
+TEST(BenchRefusals, NulCharacterBetweenMembersIsNoJson) {
+    EXPECT_THAT(refusal(std::string("{\n\0}", 4)),
+                testing::StartsWith("bench.json:2: expected JSON: "));
+}
+
+TEST(BenchRefusals, BytesThatAreNoUtf8AreNoJson) {
+    EXPECT_THAT(refusal("{\"phone\": {\"userId\": \"\xff\"}}"),
+                testing::StartsWith("bench.json:1: expected JSON: "));
+}
+
+TEST(BenchRefusals, DocumentThatIsNoObject) {
+    EXPECT_EQ("bench.json:1: the document: expected an object, found an array of 2",
+              refusal("[1, 2]"));
+    EXPECT_EQ("bench.json:1: the document: expected an object, found null", refusal("null"));
+}
+
+TEST(BenchRefusals, UnknownMemberOfTheDocument) {
+    EXPECT_EQ("bench.json:3: member /phones: not known here; expected one of: accessories, phone, "
+              "servers, urls",
+              refusal("{\n\"phone\": {},\n\"phones\": {}}"));
+}
+
+TEST(BenchRefusals, UnknownMemberOfThePhone) {
+    EXPECT_EQ("bench.json:2: member /phone/serial: not known here; expected one of: osVersion, "
+              "serialNumber, softwareVersion, userId",
+              refusal("{\"phone\": {\n\"serial\": \"x\"}}"));
+}
+
+TEST(BenchRefusals, UnknownUrl) {
+    EXPECT_EQ("bench.json:1: member /urls/metrics: not known here; expected one of: config, "
+              "inventory, service",
+              refusal(R"({"urls": {"metrics": "x"}})"));
+}
+
+TEST(BenchRefusals, UnknownKindOfServer) {
+    EXPECT_EQ("bench.json:1: member /servers/http: not known here; expected one of: korm, tftp",
+              refusal(R"({"servers": {"http": []}})"));
+}
+
+TEST(BenchRefusals, UnknownMemberOfAnAccessory) {
+    EXPECT_EQ("bench.json:3: member /accessories/0/colour: not known here; expected one of: "
+              "connectionStatus, connectionType, dockModel, dockSerialNumber, dongleModel, "
+              "dongleSerialNumber, dongleVersion, hardwareVersion, id, model, serialNumber, "
+              "softwareVersion, type, vendor, vendorId",
+              accessory_refusal(R"("id": "a", "type": "headset", "colour": "red")"));
+}
+
+TEST(BenchRefusals, SectionThatIsNoObject) {
+    EXPECT_EQ("bench.json:2: member /phone: expected an object, found \"mine\"",
+              refusal("{\n\"phone\": \"mine\"}"));
+    EXPECT_EQ("bench.json:1: member /urls: expected an object, found an array of 0",
+              refusal(R"({"urls": []})"));
+    EXPECT_EQ("bench.json:1: member /servers: expected an object, found true",
+              refusal(R"({"servers": true})"));
+}
+
+TEST(BenchRefusals, MemberThatIsNoText) {
+    EXPECT_EQ("bench.json:1: member /phone/userId: expected a text, found 17",
+              refusal(R"({"phone": {"userId": 17}})"));
+    EXPECT_EQ("bench.json:1: member /urls/service: expected a text, found null",
+              refusal(R"({"urls": {"service": null}})"));
+    EXPECT_EQ("bench.json:3: member /accessories/0/model: expected a text, found an object",
+              accessory_refusal(R"("id": "a", "type": "headset", "model": {})"));
+}
+
+// Where a number ends shows only in the character after it, here on the next line.
+TEST(BenchRefusals, NumberAtTheEndOfALineIsOnThatLine) {
+    EXPECT_EQ("bench.json:3: member /phone/osVersion: expected a text, found 5.5",
+              refusal("{\n\"phone\": {\n\"osVersion\": 5.5\n}\n}"));
+}
+
+TEST(BenchRefusals, NumberInAListAtTheEndOfALineIsOnThatLine) {
+    EXPECT_EQ("bench.json:3: member /servers/tftp/1: expected the name or address of a server, "
+              "found 7",
+              refusal("{\"servers\": {\"tftp\": [\n\"a\",\n7\n]}}"));
+    EXPECT_EQ("bench.json:2: member /accessories/0: expected an object, found 7",
+              refusal("{\"accessories\": [\n7\n]}"));
+}
+
+TEST(BenchRefusals, TextWithANulCharacter) {
+    EXPECT_EQ("bench.json:1: member /phone/userId: expected a text without a NUL character",
+              refusal(R"({"phone": {"userId": "an\u0000na"}})"));
+    EXPECT_EQ("bench.json:3: member /accessories/0/id: expected a text without a NUL character",
+              accessory_refusal(R"("id": "\u0000", "type": "headset")"));
+}
+
+TEST(BenchRefusals, ServerWithANulCharacter) {
+    EXPECT_EQ("bench.json:1: member /servers/tftp/0: expected a text without a NUL character",
+              refusal(R"({"servers": {"tftp": ["a\u0000b"]}})"));
+}
+
+TEST(BenchRefusals, ServersThatAreNoList) {
+    EXPECT_EQ("bench.json:1: member /servers/tftp: expected an array of at most 3 texts, found "
+              "\"10.0.0.1\"",
+              refusal(R"({"servers": {"tftp": "10.0.0.1"}})"));
+}
+
+TEST(BenchRefusals, FourServersOfAKind) {
+    EXPECT_EQ("bench.json:2: member /servers/korm: expected an array of at most 3 texts, found an "
+              "array of 4",
+              refusal("{\"servers\": {\n\"korm\": [\"a\", \"b\", \"c\", \"d\"]}}"));
+}
+
+TEST(BenchRefusals, ServerThatIsEmptyOrNoText) {
+    EXPECT_EQ("bench.json:4: member /servers/korm/1: expected the name or address of a server, "
+              "found \"\"",
+              refusal("{\"servers\": {\"korm\": [\n\n\"a\",\n\"\"]}}"));
+    EXPECT_EQ("bench.json:1: member /servers/tftp/0: expected the name or address of a server, "
+              "found an array of 1",
+              refusal(R"({"servers": {"tftp": [["a"]]}})"));
+}
+
+TEST(BenchRefusals, AccessoriesThatAreNoList) {
+    EXPECT_EQ("bench.json:1: member /accessories: expected an array of objects, found an object",
+              refusal(R"({"accessories": {}})"));
+}
+
+TEST(BenchRefusals, AccessoryWithoutAnId) {
+    EXPECT_EQ("bench.json:2: member /accessories/0: expected a member \"id\" with a text that is "
+              "not empty",
+              accessory_refusal(R"("type": "headset")"));
+}
+
+TEST(BenchRefusals, AccessoryWithAnEmptyId) {
+    EXPECT_EQ("bench.json:3: member /accessories/0/id: expected a member \"id\" with a text that "
+              "is not empty",
+              accessory_refusal(R"("id": "", "type": "headset")"));
+}
+
+TEST(BenchRefusals, AccessoryWithoutAType) {
+    EXPECT_EQ("bench.json:2: member /accessories/0: expected a member \"type\" with \"headset\" or "
+              "\"camera\"",
+              accessory_refusal(R"("id": "a")"));
+}
+
+TEST(BenchRefusals, AccessoryOfAnUnknownType) {
+    EXPECT_EQ("bench.json:3: member /accessories/0/type: expected a member \"type\" with "
+              "\"headset\" or \"camera\"",
+              accessory_refusal(R"("id": "a", "type": "Headset")"));
+}
+
+TEST(BenchRefusals, VendorIdOutsideSixteenBits) {
+    const std::string place = "bench.json:3: member /accessories/0/vendorId: expected a USB vendor "
+                              "id, 0 to 65535, found ";
+    const std::string members = R"("id": "a", "type": "headset", "vendorId": )";
+
+    EXPECT_EQ(place + "65536", accessory_refusal(members + "65536"));
+    EXPECT_EQ(place + "-1", accessory_refusal(members + "-1"));
+    EXPECT_EQ(place + "18446744073709551615", accessory_refusal(members + "18446744073709551615"));
+    EXPECT_EQ(place + "1.0", accessory_refusal(members + "1.0"));
+    EXPECT_EQ(place + "\"61525\"", accessory_refusal(members + "\"61525\""));
+    EXPECT_EQ(place + "null", accessory_refusal(members + "null"));
+}
+
+TEST(BenchRefusals, SecondAccessoryOfAnId) {
+    EXPECT_EQ("bench.json:3: member /accessories/1/id: expected an id of its own, found \"a\" "
+              "again",
+              refusal("{\"accessories\": [\n{\"id\": \"a\", \"type\": \"headset\"},\n"
+                      "{\"id\": \"a\", \"type\": \"camera\"}]}"));
+}
+
+TEST(BenchRefusals, MemberGivenTwice) {
+    EXPECT_EQ("bench.json:3: member /phone/userId: expected once, found again",
+              refusal("{\"phone\": {\n\"userId\": \"anna\",\n\"userId\": \"bert\"\n}}"));
+    EXPECT_EQ("bench.json:3: member /phone: expected once, found again",
+              refusal("{\n\"phone\": {\"userId\": \"anna\"},\n\"phone\": {}}"));
+}
+
+TEST(BenchRefusals, PlacesDeepInAFileKeepTheirLines) {
+    EXPECT_EQ("bench.json:10: member /accessories/1/vendor: expected a text, found false",
+              refusal("{\n"
+                      "  \"urls\": {},\n"
+                      "  \"accessories\": [\n"
+                      "    {\n"
+                      "      \"id\": \"a\", \"vendorId\": 1,\n"
+                      "      \"type\": \"headset\"\n"
+                      "    },\n"
+                      "    {\n"
+                      "      \"id\": \"b\", \"type\": \"camera\",\n"
+                      "      \"vendor\": false\n"
+                      "    }\n"
+                      "  ]\n"
+                      "}\n"));
+}
+
+TEST(BenchRefusals, WindowsLineEndsCountOnce) {
+    EXPECT_EQ("bench.json:3: member /phone/userId: expected a text, found 1",
+              refusal("{\r\n\"phone\": {\r\n\"userId\": 1\r\n}\r\n}"));
+}
+
+TEST(BenchRefusals, DeepNestingIsRefusedLikeAnyOtherValue) {
+    constexpr std::size_t depth = 5000;
+
+    EXPECT_EQ("bench.json:1: member /urls/config: expected a text, found an array of 1",
+              refusal("{\"urls\": {\"config\": " + std::string(depth, '[') +
+                      std::string(depth, ']') + "}}"));
+}
+
+}  // namespace
+}  // namespace headsetmgmt::program

@@ -1,0 +1,200 @@
+// Tests of what a phone's events are called in words.
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "program/phone/phone_host.h"
+
+namespace headsetmgmt::program {
+namespace {
+
+TEST(PhoneWording, AttachedHeadsetWithADongle) {
+    EXPECT_EQ("attached wireless-headset: Varos K30, firmware 2-1-0, dongle Varos Link, firmware "
+              "1-3-0",
+              phone_event_in_words({{"event", "attached"},
+                                    {"id", "wireless-headset"},
+                                    {"model", "Varos K30"},
+                                    {"softwareVersion", "2-1-0"},
+                                    {"dongleModel", "Varos Link"},
+                                    {"dongleVersion", "1-3-0"}}));
+}
+
+TEST(PhoneWording, AttachedAccessoryWithoutADongle) {
+    EXPECT_EQ("attached room-camera: Varos Eye 2, firmware 3-0-1",
+              phone_event_in_words({{"event", "attached"},
+                                    {"id", "room-camera"},
+                                    {"model", "Varos Eye 2"},
+                                    {"softwareVersion", "3-0-1"},
+                                    {"dongleModel", ""},
+                                    {"dongleVersion", ""}}));
+}
+
+TEST(PhoneWording, FetchThatWasAnswered) {
+    EXPECT_EQ("fetch, attempt 1: http://127.0.0.1:8080/c.json: status 404, 9 bytes, 12 ms",
+              phone_event_in_words({{"event", "fetch"},
+                                    {"attempt", 1},
+                                    {"url", "http://127.0.0.1:8080/c.json"},
+                                    {"milliseconds", 12},
+                                    {"status", 404},
+                                    {"bytes", 9}}));
+}
+
+TEST(PhoneWording, FetchWithoutAnAnswer) {
+    EXPECT_EQ("fetch, attempt 3: tftp://10.0.0.1/c.json: time-out",
+              phone_event_in_words({{"event", "fetch"},
+                                    {"attempt", 3},
+                                    {"url", "tftp://10.0.0.1/c.json"},
+                                    {"milliseconds", 30000},
+                                    {"error", "time-out"}}));
+}
+
+TEST(PhoneWording, WaitIsInTenthsOfASecond) {
+    EXPECT_EQ("next attempt (2) in 0.9 s",
+              phone_event_in_words({{"event", "wait"}, {"attempt", 2}, {"milliseconds", 987}}));
+    EXPECT_EQ("next attempt (8) in 60.0 s",
+              phone_event_in_words({{"event", "wait"}, {"attempt", 8}, {"milliseconds", 60000}}));
+}
+
+TEST(PhoneWording, Setting) {
+    EXPECT_EQ("set desk-headset: bass (usage id 32) = 7",
+              phone_event_in_words({{"event", "setting"},
+                                    {"id", "desk-headset"},
+                                    {"name", "bass"},
+                                    {"usageId", 32},
+                                    {"value", "7"}}));
+}
+
+TEST(PhoneWording, FirmwareDecision) {
+    EXPECT_EQ("firmware: no upgrade required",
+              phone_event_in_words({{"event", "firmware"}, {"decision", "no upgrade required"}}));
+}
+
+TEST(PhoneWording, Upgrade) {
+    EXPECT_EQ("upgrade desk-headset to 2-1-0 with k30.bin",
+              phone_event_in_words({{"event", "upgrade"},
+                                    {"id", "desk-headset"},
+                                    {"version", "2-1-0"},
+                                    {"firmwareName", "k30.bin"}}));
+}
+
+TEST(PhoneWording, DocumentThatAllTook) {
+    EXPECT_EQ("document taken by 2, failed for 0",
+              phone_event_in_words({{"event", "document"}, {"taken", 2}, {"failed", 0}}));
+}
+
+TEST(PhoneWording, DocumentThatFailedHasAReasonALine) {
+    EXPECT_EQ("document taken by 1, failed for 2\n"
+              "  Nothing to parse\n"
+              "  <html>\\n\\x1b[31m",
+              phone_event_in_words({{"event", "document"},
+                                    {"taken", 1},
+                                    {"failed", 2},
+                                    {"reasons", {"Nothing to parse", "<html>\n\x1b[31m"}}}));
+}
+
+TEST(PhoneWording, DocumentThatWasDropped) {
+    EXPECT_EQ("document dropped: nobody was waiting for it",
+              phone_event_in_words(
+                  {{"event", "document"}, {"taken", 0}, {"failed", 0}, {"dropped", true}}));
+}
+
+TEST(PhoneWording, Detached) {
+    EXPECT_EQ("detached desk-headset",
+              phone_event_in_words({{"event", "detached"}, {"id", "desk-headset"}}));
+}
+
+TEST(PhoneWording, ReportThatWasAccepted) {
+    EXPECT_EQ("report to http://127.0.0.1:8080/inventory: accepted: status 202, 714 bytes, 3 ms",
+              phone_event_in_words({{"event", "report"},
+                                    {"url", "http://127.0.0.1:8080/inventory"},
+                                    {"bytes", 714},
+                                    {"accepted", true},
+                                    {"milliseconds", 3},
+                                    {"status", 202}}));
+}
+
+TEST(PhoneWording, ReportThatWasNotAccepted) {
+    EXPECT_EQ(
+        "report to http://127.0.0.1:8080/inventory: not accepted: status 503, 714 bytes, 3 ms",
+        phone_event_in_words({{"event", "report"},
+                              {"url", "http://127.0.0.1:8080/inventory"},
+                              {"bytes", 714},
+                              {"accepted", false},
+                              {"milliseconds", 3},
+                              {"status", 503}}));
+}
+
+TEST(PhoneWording, ReportWithoutAnAnswer) {
+    EXPECT_EQ("report to http://127.0.0.1:8080/inventory: not accepted: time-out",
+              phone_event_in_words({{"event", "report"},
+                                    {"url", "http://127.0.0.1:8080/inventory"},
+                                    {"bytes", 714},
+                                    {"accepted", false},
+                                    {"milliseconds", 30000},
+                                    {"error", "time-out"}}));
+}
+
+TEST(PhoneWording, DeviceTellsASettingALine) {
+    EXPECT_EQ("device desk-headset has\n"
+              "  7 sidetone = on\n"
+              "  32 bass = 7",
+              phone_event_in_words({{"event", "device"},
+                                    {"id", "desk-headset"},
+                                    {"settings",
+                                     {{{"usageId", 7}, {"name", "sidetone"}, {"value", "on"}},
+                                      {{"usageId", 32}, {"name", "bass"}, {"value", "7"}}}}}));
+}
+
+TEST(PhoneWording, GoodResult) {
+    EXPECT_EQ("done: 2 configured, 0 not configured, 2 reports accepted, 0 failed",
+              phone_event_in_words({{"event", "result"},
+                                    {"ok", true},
+                                    {"configured", 2},
+                                    {"notConfigured", 0},
+                                    {"reportsAccepted", 2},
+                                    {"reportsFailed", 0}}));
+}
+
+TEST(PhoneWording, FailedResultHasTheReasonLast) {
+    EXPECT_EQ("1 configured, 1 not configured, 2 reports accepted, 0 failed\n"
+              "failed: interrupted",
+              phone_event_in_words({{"event", "result"},
+                                    {"ok", false},
+                                    {"configured", 1},
+                                    {"notConfigured", 1},
+                                    {"reportsAccepted", 2},
+                                    {"reportsFailed", 0},
+                                    {"reason", "interrupted"}}));
+}
+
+TEST(PhoneWording, LogLineIsEscaped) {
+    EXPECT_EQ("HeadsetConfigImpl: update_from_server: <html>\\n",
+              phone_event_in_words(
+                  {{"event", "log"}, {"text", "HeadsetConfigImpl: update_from_server: <html>\n"}}));
+}
+
+TEST(PhoneWording, Note) {
+    EXPECT_EQ("no inventory URL: no reports are sent",
+              phone_event_in_words(
+                  {{"event", "note"}, {"text", "no inventory URL: no reports are sent"}}));
+}
+
+TEST(PhoneWording, ErrorIsItsMessage) {
+    EXPECT_EQ("bench.json:3: member /phone: expected an object, found 1",
+              phone_event_in_words(
+                  {{"event", "error"},
+                   {"message", "bench.json:3: member /phone: expected an object, found 1"}}));
+}
+
+TEST(PhoneWording, TextsOfAServerCannotWriteToTheTerminal) {
+    EXPECT_EQ("set a\\x1b[2J: b\\x07 (usage id 32) = c\\x0d",
+              phone_event_in_words({{"event", "setting"},
+                                    {"id", "a\x1b[2J"},
+                                    {"name", "b\a"},
+                                    {"usageId", 32},
+                                    {"value", "c\r"}}));
+}
+
+}  // namespace
+}  // namespace headsetmgmt::program

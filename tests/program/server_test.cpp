@@ -1,0 +1,321 @@
+// The server: what it answers over HTTP, what it gives away and takes, and what it tells of it.
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <sys/stat.h>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "http_client.h"
+#include "program/serve/server.h"
+
+namespace headsetmgmt::program {
+namespace {
+
+const std::string good_report =
+    R"({"time":1700000000,"key":"headsetInventory","value":{"host":{"userId":"jdoe"},)"
+    R"("headset":{"serialNumber":"S1","model":"Varos K30","firmwareVersion":"1.2"}}})";
+
+struct ServerTest : testing::Test {
+    TemporaryFolder folder;
+    Told told;
+    Server server{{folder.path.string(), "127.0.0.1", 0},
+                  [this](const Event& event) { told.add(event); }};
+
+    std::string url(const std::string& target) const {
+        return "http://127.0.0.1:" + std::to_string(server.port()) + target;
+    }
+    Answer post(const std::string& body) const { return ask(url("/inventory"), "POST", body); }
+};
+
+TEST_F(ServerTest, FirstEventTellsTheAddressAndThePortThatWasPicked) {
+    EXPECT_EQ(told.wait_for("listening"), (Event{{"event", "listening"},
+                                                 {"address", "127.0.0.1"},
+                                                 {"port", server.port()},
+                                                 {"documents", folder.path.string()}}));
+    EXPECT_NE(server.port(), 0);
+}
+
+TEST_F(ServerTest, GetAnswersWithTheDocument) {
+    folder.write("sub/config.json", "{\"a\": 1}\n");
+
+    const Answer answer = ask(url("/sub/config.json"));
+
+    EXPECT_EQ(answer.status, 200);
+    EXPECT_EQ(answer.body, "{\"a\": 1}\n");
+    EXPECT_NE(answer.head.find("Content-Type: application/json\r\n"), std::string::npos);
+}
+
+TEST_F(ServerTest, OtherFilesAreOctetStreams) {
+    folder.write("firmware.bin", "bytes");
+
+    EXPECT_NE(ask(url("/firmware.bin")).head.find("Content-Type: application/octet-stream\r\n"),
+              std::string::npos);
+}
+
+TEST_F(ServerTest, HeadAnswersWithTheSizeAlone) {
+    folder.write("config.json", "12345678");
+
+    const Answer answer = ask(url("/config.json"), "HEAD");
+
+    EXPECT_EQ(answer.status, 200);
+    EXPECT_EQ(answer.body, "");
+    EXPECT_NE(answer.head.find("Content-Length: 8\r\n"), std::string::npos);
+    EXPECT_EQ(told.wait_for("request")["bytes"], 0);
+}
+
+TEST_F(ServerTest, EmptyDocumentIsServed) {
+    folder.write("empty.json", "");
+
+    const Answer answer = ask(url("/empty.json"));
+
+    EXPECT_EQ(answer.how, CURLE_OK);
+    EXPECT_EQ(answer.status, 200);
+    EXPECT_EQ(answer.body, "");
+}
+
+TEST_F(ServerTest, PercentEscapesAreDecodedAndTheQueryIsIgnored) {
+    folder.write("a b.json", "found");
+
+    EXPECT_EQ(ask(url("/a%20%62.json?phone=%2e")).body, "found");
+}
+
+TEST_F(ServerTest, BigDocumentArrivesWhole) {
+    constexpr std::uintmax_t size = 100UL * 1024 * 1024;
+    folder.write("big.bin", "start");
+    fs::resize_file(folder.path / "big.bin", size);
+
+    const Answer answer = ask(url("/big.bin"));
+
+    EXPECT_EQ(answer.how, CURLE_OK);
+    EXPECT_EQ(answer.body.size(), size);
+    EXPECT_EQ(answer.body.substr(0, 5), "start");
+}
+
+TEST_F(ServerTest, MissingDocumentIsNamedInTheRefusal) {
+    const Answer answer = ask(url("/none.json"));
+
+    EXPECT_EQ(answer.status, 404);
+    EXPECT_EQ(answer.body, "{\n  \"error\": \"no such document\",\n  \"method\": \"GET\",\n"
+                           "  \"path\": \"/none.json\"\n}\n");
+}
+
+TEST_F(ServerTest, NothingOutsideTheFolderIsServed) {
+    const TemporaryFolder outside;
+    outside.write("secret.json", "secret");
+    const std::string outside_name = outside.path.filename().string();
+    fs::create_symlink(outside.path / "secret.json", folder.path / "absolute.json");
+    fs::create_symlink("../" + outside_name + "/secret.json", folder.path / "relative.json");
+    fs::create_symlink(outside.path, folder.path / "linked");
+
+    for (const std::string& target :
+         {"/../" + outside_name + "/secret.json", "/%2e%2e/" + outside_name + "/secret.json",
+          "/..%2f" + outside_name + "/secret.json", "/" + outside.path.string() + "/secret.json",
+          std::string("/absolute.json"), std::string("/relative.json"),
+          std::string("/linked/secret.json")}) {
+        const Answer answer = ask(url(target));
+        EXPECT_EQ(answer.status, 404) << target;
+        EXPECT_EQ(Event::parse(answer.body)["error"], "the path leads out of the documents folder")
+            << target;
+    }
+}
+
+TEST_F(ServerTest, LinkThatStaysInsideIsFollowed) {
+    folder.write("versions/7.json", "seven");
+    fs::create_symlink("versions/7.json", folder.path / "current.json");
+
+    EXPECT_EQ(ask(url("/current.json")).body, "seven");
+}
+
+TEST_F(ServerTest, NulInAPathDoesNotCutItOff) {
+    folder.write("config.json", "{}");
+
+    EXPECT_EQ(ask(url("/config.json%00.txt")).status, 404);
+}
+
+TEST_F(ServerTest, MalformedPercentEscapesAreNotFound) {
+    folder.write("%zz", "text");
+
+    EXPECT_EQ(ask(url("/%zz")).status, 404);
+    EXPECT_EQ(ask(url("/%4")).status, 404);
+}
+
+TEST_F(ServerTest, FoldersAndPipesAreNoDocuments) {
+    folder.write("sub/config.json", "{}");
+    ASSERT_EQ(mkfifo((folder.path / "pipe").c_str(), 0600), 0);
+
+    EXPECT_EQ(ask(url("/sub")).status, 404);
+    EXPECT_EQ(ask(url("/")).status, 404);
+    EXPECT_EQ(ask(url("/pipe")).status, 404);
+}
+
+TEST_F(ServerTest, OtherMethodsAreRefusedWithTheAllowedOnes) {
+    for (const char* method : {"PUT", "DELETE", "OPTIONS"}) {
+        const Answer answer = ask(url("/config.json"), method);
+        EXPECT_EQ(answer.status, 405) << method;
+        EXPECT_NE(answer.head.find("Allow: GET, HEAD, POST\r\n"), std::string::npos) << method;
+    }
+    EXPECT_EQ(ask(url("/config.json"), "PUT", std::string(2UL * 1024 * 1024, 'x')).status, 405);
+}
+
+TEST_F(ServerTest, ReportIsTakenAndTold) {
+    const Answer answer = post(good_report);
+
+    EXPECT_EQ(answer.status, 204);
+    EXPECT_EQ(answer.body, "");
+    EXPECT_EQ(told.wait_for("report"),
+              (Event{{"event", "report"},
+                     {"path", "/inventory"},
+                     {"key", "headsetInventory"},
+                     {"accessory",
+                      {{"serialNumber", "S1"}, {"model", "Varos K30"}, {"firmwareVersion", "1.2"}}},
+                     {"report", Event::parse(good_report)}}));
+}
+
+TEST_F(ServerTest, CameraReportIsTaken) {
+    EXPECT_EQ(post(R"({"time":1,"key":"cameraInventory","value":{"host":{},"headset":{}}})").status,
+              204);
+}
+
+struct RefusedReport {
+    std::string body;
+    std::string member;
+    std::string expected;
+    std::string found;
+};
+
+TEST_F(ServerTest, RefusalNamesTheMemberAndWhatWasExpected) {
+    const std::string keys = R"("headsetInventory" or "cameraInventory")";
+    const std::vector<RefusedReport> reports = {
+        {"nope", "", "a JSON object", "no JSON: error at byte 2 of 4"},
+        {"", "", "a JSON object", "no JSON: error at byte 1 of 0"},
+        {"[]", "", "a JSON object", "a value of type array"},
+        {"{}", "time", "a number", "nothing"},
+        {R"({"time":"1"})", "time", "a number", R"("1")"},
+        {R"({"time":1})", "key", keys, "nothing"},
+        {R"({"time":1,"key":"other"})", "key", keys, R"("other")"},
+        {R"({"time":1,"key":"cameraInventory"})", "value", "an object", "nothing"},
+        {R"({"time":1,"key":"cameraInventory","value":[]})", "value", "an object",
+         "a value of type array"},
+        {R"({"time":1,"key":"cameraInventory","value":{"headset":{}}})", "value.host", "an object",
+         "nothing"},
+        {R"({"time":1,"key":"cameraInventory","value":{"host":{},"headset":1}})", "value.headset",
+         "an object", "a value of type number"},
+        {R"({"time":1e999})", "", "a JSON object", "a number that is too large"},
+        {std::string(500000, '['), "", "at most 32 levels", "more"}};
+    for (const RefusedReport& report : reports) {
+        const Answer answer = post(report.body);
+        EXPECT_EQ(answer.status, 400) << report.body.substr(0, 80);
+        const Event refusal = Event::parse(answer.body);
+        EXPECT_EQ(refusal["member"], report.member);
+        EXPECT_EQ(refusal["expected"], report.expected);
+        EXPECT_EQ(refusal["found"], report.found);
+    }
+}
+
+TEST_F(ServerTest, ReportOfManyMembersIsRefused) {
+    std::string body = R"({"m":0)";
+    for (int i = 1; i <= 1000; ++i) {
+        body += ",\"m" + std::to_string(i) + "\":0";
+    }
+
+    EXPECT_EQ(Event::parse(post(body + "}").body)["expected"], "at most 1000 members");
+}
+
+TEST_F(ServerTest, ReportOfOneMebibyteIsTakenAndOneByteMoreIsNot) {
+    constexpr std::size_t limit = 1024UL * 1024;
+    const std::string longest = good_report + std::string(limit - good_report.size(), ' ');
+
+    EXPECT_EQ(post(longest).status, 204);
+    EXPECT_EQ(post(longest + " ").status, 413);
+    EXPECT_EQ(ask(url("/"), "POST", longest + " ", "Expect:").status, 413);
+    EXPECT_EQ(ask(url("/"), "POST", longest + " ", "Transfer-Encoding: chunked").status, 413);
+}
+
+TEST_F(ServerTest, RequestIsToldWithItsAnswer) {
+    folder.write("config.json", "12345678");
+    ask(url("/config.json?x"));
+
+    Event event = told.wait_for("request");
+
+    EXPECT_EQ(event["client"].get<std::string>().substr(0, 10), "127.0.0.1:");
+    event.erase("client");
+    EXPECT_EQ(event, (Event{{"event", "request"},
+                            {"method", "GET"},
+                            {"path", "/config.json?x"},
+                            {"status", 200},
+                            {"bytes", 8}}));
+}
+
+TEST_F(ServerTest, ReportThatIsBrokenOffIsTold) {
+    {
+        const RawClient client(server.port(),
+                               "POST /r HTTP/1.1\r\nHost: x\r\nContent-Length: 100\r\n\r\n{");
+    }
+    const Event event = told.wait_for("request");
+
+    EXPECT_EQ(event.value("path", ""), "/r");
+    EXPECT_EQ(event.value("status", -1), 0);
+    EXPECT_EQ(event.value("error", ""), "broken off by the client");
+}
+
+TEST_F(ServerTest, AnswerThatIsBrokenOffIsTold) {
+    folder.write("big.bin", "");
+    fs::resize_file(folder.path / "big.bin", 100UL * 1024 * 1024);
+    {
+        const RawClient client(server.port(), "GET /big.bin HTTP/1.1\r\nHost: x\r\n\r\n");
+        EXPECT_NE(client.read_some(), "");
+    }
+    const Event event = told.wait_for("request");
+
+    EXPECT_EQ(event.value("status", -1), 200);
+    EXPECT_EQ(event.value("error", ""), "broken off during the answer");
+    EXPECT_FALSE(event.contains("bytes"));
+}
+
+TEST_F(ServerTest, DocumentThatShrinksEndsItsAnswerAlone) {
+    folder.write("big.bin", "");
+    fs::resize_file(folder.path / "big.bin", 100UL * 1024 * 1024);
+    const RawClient client(server.port(), "GET /big.bin HTTP/1.1\r\nHost: x\r\n\r\n");
+    ASSERT_NE(client.read_some(), "");
+
+    fs::resize_file(folder.path / "big.bin", 10);
+    while (!client.read_some().empty()) {
+    }
+
+    EXPECT_EQ(told.wait_for("request").value("error", ""), "broken off: the document got shorter");
+    EXPECT_EQ(ask(url("/big.bin")).body.size(), 10U);
+}
+
+TEST(ImpatientServerTest, ClientThatStallsIsDisconnected) {
+    const TemporaryFolder folder;
+    Told told;
+    Server server({folder.path.string(), "127.0.0.1", 0, 1},
+                  [&told](const Event& event) { told.add(event); });
+    const RawClient client(server.port(),
+                           "POST /r HTTP/1.1\r\nHost: x\r\nContent-Length: 100\r\n\r\n{");
+
+    EXPECT_EQ(client.read_some(), "");
+    EXPECT_EQ(told.wait_for("request").value("error", ""), "nothing moved for 1 s");
+}
+
+TEST_F(ServerTest, StopEndsWhatIsUnderWayAndIsToldOnce) {
+    post(good_report);
+    const RawClient client(server.port(), "POST /r HTTP/1.1\r\nHost: x\r\nContent-Length: 1\r\n"
+                                          "Expect: 100-continue\r\n\r\n");
+    ASSERT_NE(client.read_some(), "");  // it has begun
+
+    server.stop();
+    server.stop();
+
+    EXPECT_EQ(told.wait_for("stopped"),
+              (Event{{"event", "stopped"}, {"requests", 2}, {"reports", 1}}));
+    EXPECT_EQ(told.kinds(),
+              (std::vector<std::string>{"listening", "report", "request", "request", "stopped"}));
+}
+
+}  // namespace
+}  // namespace headsetmgmt::program
