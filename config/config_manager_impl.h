@@ -115,6 +115,7 @@ private:
     unsigned int holds = 0;                 // of the registry, by the thread that has it
     std::vector<ConfigInterface*> removed;  // to be deleted when the outermost hold ends
     unsigned int latest_run = 0;            // number of the run that began last
+    unsigned int fetches_queued = 0;        // of all runs, not begun yet
     unsigned int requests_made = 0;         // for a document, in that run
     unsigned int requests_unanswered = 0;   // of them
     bool handing_out = false;               // the document is being handed out

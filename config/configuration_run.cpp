@@ -51,7 +51,8 @@ bool ConfigManagerImpl::configure_accessory(const std::string& id, std::string c
         logger->notice() << "configure_accessory for " << get_number_of_pending_configs()
                          << "accessories";
     }
-    if (is_configure_accessory_pending()) {
+    // While its document is handed out a run is under way, even if its last accessory has left.
+    if (is_configure_accessory_pending() || handing_out) {
         logger->notice()
             << "configure_accessory: previous configure_accessory is in progress, ignore this one";
         return true;
@@ -80,6 +81,9 @@ void ConfigManagerImpl::configure_accessory_task(TaskParametersInterface* params
     {
         const RegistryHold hold(*this);
         run = latest_run;
+        if (fetches_queued != 0) {
+            --fetches_queued;
+        }
     }
     auto* fetch = dynamic_cast<ConfigAccessoryParams*>(params);
     ConfigInterface* config = fetch != nullptr ? fetch->get_config() : nullptr;
@@ -222,6 +226,8 @@ void ConfigManagerImpl::hand_to(ConfigInterface& config, const std::string& docu
                                                    ConfigureResponse(REQUEST_REFUSED));
     } catch (const std::exception& error) {
         logger->error() << "on_fetch_config_success: " << error.what();
+    } catch (...) {
+        logger->error() << "on_fetch_config_success: unknown exception";
     }
 }
 
@@ -251,6 +257,13 @@ bool ConfigManagerImpl::on_fetch_config_failure(int reason) {
     if (requests_unanswered != 0) {
         --requests_unanswered;
     }
+    // Beside the run's own first fetch, any that is queued, by a run whose accessories have left,
+    // serves this one too. With a retry beside it, each accessory that leaves and comes back would
+    // leave one fetch more for as long as the server fails.
+    const unsigned int own_first = requests_made == 0 ? 1 : 0;
+    if (fetches_queued > own_first) {
+        return true;
+    }
     try {
         queue_fetch(config);
     } catch (...) {
@@ -269,7 +282,13 @@ bool ConfigManagerImpl::is_awaiting_document() {
 /// Queues the fetch for `config`, of which the task gets a copy. The registry is held.
 void ConfigManagerImpl::queue_fetch(ConfigInterface* config) {
     ConfigAccessoryParams params(config);
-    globals::plugins.executor->add_task(task_forwarder, this, &params);
+    ++fetches_queued;  // the task, which takes it back, waits for the registry
+    try {
+        globals::plugins.executor->add_task(task_forwarder, this, &params);
+    } catch (...) {
+        --fetches_queued;
+        throw;
+    }
 }
 
 void ConfigManagerImpl::mark_config_object_pending(ConfigInterface* config) {

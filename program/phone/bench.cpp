@@ -25,6 +25,7 @@ namespace {
 
 using nlohmann::json;
 
+constexpr std::size_t deepest_named_place = 4;                // such as /accessories/0/type
 constexpr std::size_t largest_file = std::size_t{16} << 20U;  // bytes
 
 /// Where in a text the parser is.
@@ -110,8 +111,6 @@ public:
     }
 
 private:
-    static constexpr std::size_t deepest = 4;
-
     struct Level {
         bool is_array;
         std::size_t index;
@@ -126,7 +125,7 @@ private:
         return result;
     }
     /// Whether any message may name a place as deep as this one.
-    bool may_be_named() const { return here.size() <= deepest; }
+    bool may_be_named() const { return here.size() <= deepest_named_place; }
     void note() {
         if (may_be_named()) {
             lines.emplace(path(), position.line);
@@ -233,7 +232,9 @@ private:
                 for (const std::string& one : known) {
                     names.append(names.empty() ? "" : ", ").append(one);
                 }
-                fail(place + "/" + name, "not known here; expected one of: " + names);
+                std::string unknown = place;
+                unknown.append("/").append(name);
+                fail(unknown, "not known here; expected one of: " + names);
             }
         }
     }

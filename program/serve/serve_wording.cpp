@@ -12,7 +12,8 @@ namespace {
 /// "none" for nothing.
 std::string said(const Event& object, const char* member) {
     const auto value = object.find(member);
-    if (value == object.end() || *value == std::string()) {
+    if (value == object.end() ||
+        (value->is_string() && value->get_ref<const std::string&>().empty())) {
         return "none";
     }
     return escaped(value->is_string() ? value->get<std::string>() : value->dump());

@@ -253,6 +253,24 @@ TEST(ConfigurationRunFailure, OfEachRequestQueuesOneFetchHoweverOftenItIsTold) {
     }
 }
 
+TEST(ConfigurationRunFailure, LeavesOneFetchHoweverOftenItsAccessoryLeavesAndComesBack) {
+    ManagerBench bench;
+    start_pending_run(bench);
+    std::size_t outstanding = 1;
+
+    for (int round = 0; round < 100; ++round) {
+        for (; outstanding != 0; --outstanding) {
+            bench.manager().on_fetch_config_failure(500);
+        }
+        ASSERT_EQ(1u, bench.queued());
+        bench.manager().remove_accessory("a");
+        bench.add_fake("a");
+        bench.manager().configure_accessory("a", "");
+        ASSERT_EQ(2u, bench.queued());
+        outstanding = bench.run_tasks();
+    }
+}
+
 TEST(ConfigurationRunFailure, IsFollowedByASuccessOfTheSameRun) {
     ManagerBench bench;
     FakeConfig* object = start_pending_run(bench);

@@ -98,7 +98,7 @@ TEST(AnswerJudgement, UnparsableDocumentFailsWithTheTextFromTheErrorOn) {
         judge({"HeadsetConfigImpl: update_from_server: <html>502: no</html>", unable});
 
     EXPECT_EQ(0, judged.taken());
-    EXPECT_EQ((Texts{"<html>502: no</html>"}), judged.failures());
+    EXPECT_EQ((Texts{"no JSON at: <html>502: no</html>"}), judged.failures());
 }
 
 // What is told of a text that cannot be parsed is the text itself.
@@ -107,7 +107,7 @@ TEST(AnswerJudgement, UnparsableDocumentThatReadsSuccessIsNotTaken) {
         judge({"HeadsetConfigImpl: update_from_server: success", unable});
 
     EXPECT_EQ(0, judged.taken());
-    EXPECT_EQ((Texts{"success"}), judged.failures());
+    EXPECT_EQ((Texts{"no JSON at: success"}), judged.failures());
 }
 
 TEST(AnswerJudgement, DocumentWithoutATemplateFailsWithTheFirstOfItsTwoLines) {
