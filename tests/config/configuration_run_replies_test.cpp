@@ -305,6 +305,22 @@ TEST(ConfigurationRunReplies, InsideTheHandOutAreDropped) {
     EXPECT_EQ(0u, bench.queued());
 }
 
+TEST(ConfigurationRunReplies, AccessoryThatTakesTheLastOnesPlaceInTheHandOutIsFetchedForOnce) {
+    ManagerBench bench;
+    FakeConfig* object = start_pending_run(bench);
+    object->script->on_document = [&bench] {
+        bench.manager().remove_accessory("a");
+        bench.add_fake("b");
+        EXPECT_TRUE(bench.manager().configure_accessory("b", ""));
+    };
+
+    EXPECT_TRUE(bench.succeed("first"));
+
+    EXPECT_EQ(1u, bench.queued());
+    EXPECT_TRUE(bench.manager().is_configure_accessory_pending());
+    EXPECT_EQ(1u, bench.manager().get_number_of_pending_configs());
+}
+
 TEST(ConfigurationRunCleanUp, ResetsTheCountersOfThePendingObjectsAlone) {
     ManagerBench bench;
     FakeConfig* pending = bench.add_fake("a");

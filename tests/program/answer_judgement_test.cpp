@@ -101,6 +101,26 @@ TEST(AnswerJudgement, UnparsableDocumentFailsWithTheTextFromTheErrorOn) {
     EXPECT_EQ((Texts{"no JSON at: <html>502: no</html>"}), judged.failures());
 }
 
+TEST(AnswerJudgement, LongUnparsableDocumentIsToldByItsFirstSixtyCharacters) {
+    const AnswerJudgement judged =
+        judge({"HeadsetConfigImpl: update_from_server: "
+               "0123456789012345678901234567890123456789012345678901234567890",
+               unable});
+
+    EXPECT_EQ(
+        (Texts{"no JSON at: 012345678901234567890123456789012345678901234567890123456789..."}),
+        judged.failures());
+}
+
+TEST(AnswerJudgement, WhatTheLibraryThrewIsTheReason) {
+    const AnswerJudgement judged =
+        judge({"HeadsetConfigImpl: update_from_server Enter:",
+               "Lib::ConfigManagerImpl: on_fetch_config_success: std::bad_alloc", unable});
+
+    EXPECT_EQ(0, judged.taken());
+    EXPECT_EQ((Texts{"std::bad_alloc"}), judged.failures());
+}
+
 // What is told of a text that cannot be parsed is the text itself.
 TEST(AnswerJudgement, UnparsableDocumentThatReadsSuccessIsNotTaken) {
     const AnswerJudgement judged =

@@ -7,20 +7,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "program/bench_refusal.h"
 #include "program/phone/bench.h"
 
 namespace headsetmgmt::program {
 namespace {
-
-/// What the reader says of a wrong bench file; "accepted" when it takes it.
-std::string refusal(const std::string& text) {
-    try {
-        read_bench(text, "bench.json");
-    } catch (const BenchError& error) {
-        return error.what();
-    }
-    return "accepted";
-}
 
 /// The same of the members of one accessory, which stand on line 3.
 std::string accessory_refusal(const std::string& members) {

@@ -11,22 +11,13 @@
 
 #include "headsetmgmt/types.h"
 
+#include "program/bench_refusal.h"
 #include "program/phone/bench.h"
 
 namespace headsetmgmt::program {
 namespace {
 
 using Texts = std::vector<std::string>;
-
-/// What the reader says of a wrong bench file; "accepted" when it takes it.
-std::string refusal(const std::string& text) {
-    try {
-        read_bench(text, "bench.json");
-    } catch (const BenchError& error) {
-        return error.what();
-    }
-    return "accepted";
-}
 
 std::string refusal_of_file(const std::string& path) {
     try {
@@ -201,6 +192,18 @@ TEST(BenchFile, EmptyOneIsNoJson) {
     const FileForATest file("");
 
     EXPECT_THAT(refusal_of_file(file.path), testing::StartsWith(file.path + ":1: expected JSON: "));
+}
+
+TEST(BenchFile, OneThatIsTooLargeIsRefusedWithTheLimit) {
+    const FileForATest file("{}" + std::string(16777216, ' '));
+
+    EXPECT_EQ(file.path + ": expected at most 16777216 bytes", refusal_of_file(file.path));
+}
+
+TEST(BenchFile, OneAsLargeAsTheLimitIsTaken) {
+    const FileForATest file("{}" + std::string(16777214, ' '));
+
+    EXPECT_EQ("accepted", refusal_of_file(file.path));
 }
 
 TEST(AccessoryOption, PairsAreTheMembersOfAnAccessory) {
