@@ -162,19 +162,21 @@ private:
 class Reader {
 public:
     Reader(const std::string& text, std::string file) : path(std::move(file)), notes(position) {
-        try {
-            document = json::parse(text);
-        } catch (const json::parse_error& error) {
-            const auto end =
-                text.begin() + static_cast<std::ptrdiff_t>(std::min(error.byte, text.size()));
-            fail_at(1 + static_cast<std::size_t>(std::count(text.begin(), end, '\n')),
-                    std::string("expected JSON: ") + error.what());
-        } catch (const json::exception& error) {
-            fail_at(1, error.what());
-        }
         const LineCounter begin(text.data(), &position);
         const LineCounter end(text.data() + text.size(), &position);
         json::sax_parse(begin, end, &notes);
+        try {
+            document = json::parse(text);
+        } catch (const json::parse_error& error) {
+            const auto place =
+                text.begin() + static_cast<std::ptrdiff_t>(std::min(error.byte, text.size()));
+            fail_at(1 + static_cast<std::size_t>(std::count(text.begin(), place, '\n')),
+                    std::string("expected JSON: ") + error.what());
+        } catch (const json::exception& error) {
+            // A number that no double holds: the exception tells no place, but the reading for the
+            // lines stopped there.
+            fail_at(position.line, std::string("expected JSON: ") + error.what());
+        }
         if (notes.repeated()) {
             fail_at(notes.repeated()->line,
                     "member " + notes.repeated()->path + ": expected once, found again");

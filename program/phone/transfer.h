@@ -50,7 +50,7 @@ public:
 
 private:
     struct MultiDeleter {
-        void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
+        void operator()(CURLM* handle) const { curl_multi_cleanup(handle); }
     };
 
     TransferLimits limits;

@@ -17,7 +17,7 @@ WRONG_BENCHES = {
     ),
     "empty-file": ("", "BENCH:1: expected JSON: "),
     "cut-off": ('{\n"phone": {\n"userId": "u', "BENCH:3: expected JSON: "),
-    "number-too-large": ('{\n"accessories": 1e999\n}\n', "BENCH:1: "),
+    "number-too-large": ('{\n"accessories": 1e999\n}\n', "BENCH:2: expected JSON: "),
     "no-object": ("[]\n", "BENCH:1: the document: expected an object, found an array of 0"),
     "unknown-member": (
         '{\n    "phone": {},\n    "adresses": {}\n}\n',

@@ -36,6 +36,11 @@ TEST(BenchRefusals, NulCharacterBetweenMembersIsNoJson) {
                 testing::StartsWith("bench.json:2: expected JSON: "));
 }
 
+TEST(BenchRefusals, NumberThatNoDoubleHoldsIsToldWithItsLine) {
+    EXPECT_THAT(refusal("{\n\"phone\": {\n\"userId\": 1e999}}"),
+                testing::StartsWith("bench.json:3: expected JSON: "));
+}
+
 TEST(BenchRefusals, BytesThatAreNoUtf8AreNoJson) {
     EXPECT_THAT(refusal("{\"phone\": {\"userId\": \"\xff\"}}"),
                 testing::StartsWith("bench.json:1: expected JSON: "));
