@@ -24,23 +24,17 @@ using SettingsLock = std::lock_guard<MutexInterface>;
 
 /// What the log says of a faulty parameter; its name follows but for the first.
 const char* message_of(document::ParameterFault fault) {
-    switch (fault) {
-    case document::ParameterFault::missing_name:
-        return ": Parameter extracted has missing KEY name. Cannot identify which parameter.";
-    case document::ParameterFault::null_usage_id:
-        return ": Null Usage ID for param ";
-    case document::ParameterFault::null_value:
-        return ": Null Value for param ";
-    case document::ParameterFault::invalid_access:
-        return ": Invalid Access field for param ";
-    case document::ParameterFault::invalid_usage_id:
-        return ": Invalid Usage ID for param ";
-    case document::ParameterFault::invalid_value:
-        return ": Invalid Value for param ";
-    case document::ParameterFault::none:
-        break;
-    }
-    return "";
+    // In the order of the faults.
+    static constexpr const char* messages[] = {
+        "",  // none
+        ": Parameter extracted has missing KEY name. Cannot identify which parameter.",
+        ": Null Usage ID for param ",
+        ": Null Value for param ",
+        ": Invalid Access field for param ",
+        ": Invalid Usage ID for param ",
+        ": Invalid Value for param ",
+    };
+    return messages[static_cast<std::size_t>(fault)];
 }
 
 }  // namespace
@@ -167,7 +161,7 @@ bool ConfigImpl::parse_remote_default_config(const cJSON* configuration_template
         logger->info() << "parse_remote_default_config: Common settings were not saved";
     } else if (common_saved && !model_saved) {
         logger->info() << "parse_remote_default_config: Model specific settings were not saved";
-    } else if (!common_saved && !model_saved) {
+    } else if (!common_saved) {
         logger->notice() << "parse_remote_default_config" << constants::tag_parsing_err
                          << ": No settings found to save.";
     }

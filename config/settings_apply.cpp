@@ -35,7 +35,7 @@ bool ConfigImpl::update_from_server(const std::string& document) {
     std::optional<std::string> unparsed;
     const JsonOwner tree = parse_json(document, unparsed);
     if (!tree) {
-        if (unparsed) {
+        if (unparsed) {  // always, with cJSON 1.7
             logger->info() << "update_from_server: " << *unparsed;
         }
         return false;

@@ -19,6 +19,7 @@ JsonOwner parse_json(const std::string& text, std::optional<std::string>& rest) 
     // the process-wide one into a text of its own.
     const char* error_place = nullptr;
     JsonOwner tree(cJSON_ParseWithOpts(text.c_str(), &error_place, 0));
+    // cJSON 1.7 always knows the place; its interface does not promise it.
     if (!tree && error_place != nullptr) {
         rest = error_place;
     }

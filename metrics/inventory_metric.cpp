@@ -47,6 +47,7 @@ bool InventoryMetric::send_metric(TaskParametersInterface* params) {
         create_metric(send_params != nullptr ? send_params->get_accessory() : nullptr));
     auto* metric = dynamic_cast<InventoryMetric*>(made.get());
     if (metric == nullptr) {
+        // Not reached while every kind of metric is an inventory metric.
         logger->info() << "send_metric" << constants::tag_lib_err << ": metric IS NULL";
     }
     logger->info() << "send_metric" << constants::tag_lib_err << ": metric object created";

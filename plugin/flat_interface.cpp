@@ -71,16 +71,15 @@ void make_plugin_instance() {
 }
 
 /// Changes the library's state with nobody inside: runs `change`, which answers whether the library
-/// is started afterwards, and answers the same.
+/// is started afterwards, and answers the same; false when it throws.
 template <typename Change>
-bool with_gate_closed(Change change) {
+bool with_gate_closed(Change change) noexcept {
     gate.close_and_wait();
     bool started = false;
     try {
         started = change();
     } catch (...) {
-        gate.reopen(false);
-        throw;
+        // Memory ran out, or a host function threw: nothing was started.
     }
     gate.reopen(started);
     return started;
@@ -104,14 +103,10 @@ std::unique_lock<std::mutex> try_lifecycle() {
 }
 
 /// Runs `body`, which makes, starts or stops the library, under the lifecycle mutex; false when the
-/// lock was not had, when the library has ended for good, and when `body` throws.
+/// lock was not had, and when the library has ended for good.
 template <typename Body>
 bool as_only_one(const std::unique_lock<std::mutex>& lifecycle_lock, Body body) noexcept {
-    try {
-        return lifecycle_lock && !gate.is_closed_for_good() && body();
-    } catch (...) {
-        return false;
-    }
+    return lifecycle_lock && !gate.is_closed_for_good() && body();
 }
 
 bool is_made() {
@@ -166,12 +161,17 @@ void stop_headset_mgmt() {
         return;
     }
     // Waits for a start that is under way; not for another stop.
-    as_only_one(std::unique_lock<std::mutex>(lifecycle_mutex), [] {
-        return plugin_instance != nullptr && with_gate_closed([] {
-                   plugin_instance->stop_headset_mgmt();
-                   return false;
-               });
+    const std::unique_lock<std::mutex> lifecycle_lock(lifecycle_mutex);
+    as_only_one(lifecycle_lock, [] {
+        if (plugin_instance != nullptr) {
+            with_gate_closed([] {
+                plugin_instance->stop_headset_mgmt();
+                return false;
+            });
+        }
+        return true;
     });
+    // Before the lock is let go: a stop that comes after the next start is not a second one.
     stopping = false;
 }
 

@@ -81,6 +81,7 @@ bool PhonePluginImpl::init_headsetmgmt_lib(const std::string& /*phone_model*/,
     init(plugins);
     config_mgr_ = config::create_config_manager();
     if (config_mgr_ == nullptr) {
+        // Not reached: the core's manager is made, or an exception leaves.
         debug("Failed to create config_manager\n");
         return false;
     }

@@ -118,7 +118,7 @@ std::uint32_t Thread::run_flags() {
 void* Thread::staticThreadEntryPoint(void* thread) {
     auto* self = static_cast<Thread*>(thread);
     if (self == nullptr) {
-        return nullptr;
+        return nullptr;  // not reached: `run` passes the thread itself
     }
     prctl(PR_SET_NAME, self->thread_name.c_str(), 0, 0, 0);
     if ((self->flags & THREAD_FLAG_REALTIME) != 0) {

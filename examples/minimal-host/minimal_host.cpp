@@ -186,7 +186,8 @@ int main(int argc, char* argv[]) {
     const bool good =
         create_headset_mgmt(on_log_line) && start_headset_mgmt("TRM", "14-2-1", "./") &&
         setHeadsetConfigUrl(argv[1], argv[2], "", no_servers, no_servers, "user-17") &&
-        attach(docked) && attach(wireless);
+        attach(docked) && attach(wireless) && remove_peripheral("desk-headset") &&
+        remove_peripheral("wireless-headset");
     stop_headset_mgmt();
     std::unique_lock lock(phone_mutex);
     hanging_up = true;

@@ -64,7 +64,8 @@ public:
         return *this;
     }
 
-    /// Delivers what the line holds so far and keeps it. When memory runs out the line is lost.
+    /// Delivers what the line holds so far and keeps it. When memory runs out the line is cut short
+    /// where it did, or lost.
     void flush() {
         if (!enabled || host == nullptr) {
             return;

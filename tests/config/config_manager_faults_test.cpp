@@ -24,6 +24,14 @@ void expect_new_runs(ManagerBench& bench) {
     EXPECT_EQ((Lines{"document"}), object->script->documents);
 }
 
+/// An object that has no memory left to tell its id.
+class NamelessConfig : public FakeConfig {
+public:
+    using FakeConfig::FakeConfig;
+
+    std::string get_accessory_id() const override { throw std::bad_alloc(); }
+};
+
 TEST(ConfigManagerFaults, OfTheExecutorAtTheStartOfARunPassOnAndLeaveNoRunOpen) {
     ManagerBench bench;
     bench.plugins.executor.throw_at(1);
@@ -31,6 +39,19 @@ TEST(ConfigManagerFaults, OfTheExecutorAtTheStartOfARunPassOnAndLeaveNoRunOpen) 
     EXPECT_THROW(bench.attach("a"), std::runtime_error);
 
     expect_new_runs(bench);
+}
+
+TEST(ConfigManagerFaults, OfTheExecutorAtTheStartOfARunAreNotTakenForAQueuedFetch) {
+    ManagerBench bench;
+    bench.plugins.executor.throw_at(1);
+    EXPECT_THROW(bench.attach("a"), std::runtime_error);
+    bench.attach("a");
+    bench.answer_with(REQUEST_PENDING, "");
+    bench.run_tasks();
+
+    EXPECT_TRUE(bench.manager().on_fetch_config_failure(500));
+
+    EXPECT_EQ(1u, bench.queued());
 }
 
 TEST(ConfigManagerFaults, OfTheExecutorAtARetryPassOnAndEndTheRun) {
@@ -154,9 +175,55 @@ TEST(ConfigManagerFaults, OfTheDriverThatIsToldOfAnUnusableDocumentEndTheRun) {
     bench.manager().configure_accessory("a", "");
     bench.plugins.executor.drop_all();
     bench.plugins.config_driver.throw_at(1);
+    bench.take_lines();
 
     EXPECT_TRUE(bench.succeed("document"));
 
+    EXPECT_EQ((Lines{"error Lib::ConfigManagerImpl: on_fetch_config_success: unable to update "
+                     "config retrieved from server in library",
+                     "error Lib::ConfigManagerImpl: on_fetch_config_success: fake config driver",
+                     "notice Lib::ConfigManagerImpl: clean_up_pending_config_requests: ENTER",
+                     "notice Lib::ConfigManagerImpl: on_fetch_config_successExit"}),
+              bench.take_lines());
+    expect_new_runs(bench);
+}
+
+TEST(ConfigManagerFaults, OfTheDriverThatAreNoExceptionsEndTheRun) {
+    ManagerBench bench;
+    bench.add_fake("a")->script->accepts_document = false;
+    bench.manager().configure_accessory("a", "");
+    bench.plugins.executor.drop_all();
+    bench.plugins.config_driver.hook = [](const std::string&) { throw 7; };
+    bench.take_lines();
+
+    EXPECT_TRUE(bench.succeed("document"));
+
+    EXPECT_EQ((Lines{"error Lib::ConfigManagerImpl: on_fetch_config_success: unable to update "
+                     "config retrieved from server in library",
+                     "error Lib::ConfigManagerImpl: on_fetch_config_success: unknown exception",
+                     "notice Lib::ConfigManagerImpl: clean_up_pending_config_requests: ENTER",
+                     "notice Lib::ConfigManagerImpl: on_fetch_config_successExit"}),
+              bench.take_lines());
+    bench.plugins.config_driver.hook = nullptr;
+    expect_new_runs(bench);
+}
+
+TEST(ConfigManagerFaults, OfAskingWhoJoinedPassOnAndEndTheRun) {
+    ManagerBench bench;
+    FakeConfig* object = bench.add_fake("a");
+    bench.manager().configure_accessory("a", "");
+    bench.plugins.executor.drop_all();
+    object->script->on_document = [&bench] {
+        auto* nameless = new NamelessConfig("b", &bench.headset);
+        bench.manager().add_config_object("b", nameless);
+        bench.manager().mark_config_object_pending(nameless);
+    };
+
+    EXPECT_THROW(bench.succeed("document"), std::bad_alloc);
+
+    EXPECT_EQ(0u, bench.manager().get_number_of_pending_configs());
+    object->script->on_document = nullptr;
+    bench.manager().remove_accessory("b");
     expect_new_runs(bench);
 }
 
@@ -184,11 +251,18 @@ TEST(ConfigManagerFaults, OfOneObjectsParseLetTheOtherHaveItsDocument) {
     FakeConfig* other = bench.add_fake("b");
     bench.manager().configure_accessory("a", "stamp-1");
     bench.plugins.executor.drop_all();
+    bench.take_lines();
 
     EXPECT_TRUE(bench.succeed("document"));
 
     EXPECT_EQ((Lines{"document"}), other->script->documents);
     EXPECT_EQ((Lines{R"(on_failure("a", REQUEST_REFUSED))"}), bench.take_driver_calls());
+    EXPECT_EQ((Lines{"error Lib::ConfigManagerImpl: on_fetch_config_success: no room left",
+                     "error Lib::ConfigManagerImpl: on_fetch_config_success: unable to update "
+                     "config retrieved from server in library",
+                     "notice Lib::ConfigManagerImpl: clean_up_pending_config_requests: ENTER",
+                     "notice Lib::ConfigManagerImpl: on_fetch_config_successExit"}),
+              bench.take_lines());
     expect_new_runs(bench);
 }
 

@@ -93,6 +93,56 @@ TEST(ConfigManagerThreads, AnAttachWhileTheRunEndsIsServedByThatRunOrByTheNext) 
     }
 }
 
+TEST(ConfigManagerThreads, NobodySeesARunThatHasEndedButForItsPendingSet) {
+    ManagerBench bench;
+    config::ConfigManagerImpl& manager = bench.manager();
+    bench.attach("a");
+    bench.answer_with(REQUEST_REFUSED, "");
+    bool looking = false;
+    int looks = 0;
+    bench.plugins.mutex_factory.on_unlock = [&] {
+        if (looking || bench.plugins.mutex_factory.held_by_this_thread() != 0) {
+            return;
+        }
+        looking = true;
+        ++looks;
+        EXPECT_EQ(manager.is_configure_accessory_pending(),
+                  manager.get_number_of_pending_configs() != 0);
+        looking = false;
+    };
+
+    bench.run_tasks();
+
+    EXPECT_FALSE(manager.is_configure_accessory_pending());
+    EXPECT_LT(0, looks);
+    bench.plugins.mutex_factory.on_unlock = nullptr;
+}
+
+TEST(ConfigManagerThreads, RegistryAndRunMayBeAskedForWhileAccessoriesComeAndGo) {
+    ManagerBench bench;
+    config::ConfigManagerImpl& manager = bench.manager();
+    std::atomic<bool> asked = false;
+    std::atomic<bool> done = false;
+    std::thread asking([&] {
+        while (!done) {
+            manager.is_configure_accessory_pending();
+            EXPECT_EQ(manager.get_config_object("nobody"), nullptr);
+            asked = true;
+        }
+    });
+
+    for (int round = 0; round < 100 || !asked; ++round) {
+        bench.attach("a");
+        manager.remove_accessory("a");
+        bench.plugins.executor.drop_all();
+    }
+
+    done = true;
+    asking.join();
+    EXPECT_EQ(0u, manager.get_number_of_configs());
+    EXPECT_FALSE(manager.is_configure_accessory_pending());
+}
+
 TEST(ConfigManagerThreads, TheWorkerHoldsNoLockWhileItRequests) {
     ManagerBench bench;
     bench.answer_with(REQUEST_PENDING, "");

@@ -238,6 +238,35 @@ TEST(ConfigurationRunFailure, OfARequestThatHasItsAnswerAlreadyQueuesNothing) {
     EXPECT_TRUE(bench.manager().is_configure_accessory_pending());
 }
 
+TEST(ConfigurationRunFailure, OfAnEarlierRunsRequestQueuesAFetchBesideTheFirst) {
+    ManagerBench bench;
+    start_pending_run(bench);
+    bench.manager().remove_accessory("a");
+    bench.add_fake("a");
+    bench.manager().configure_accessory("a", "");
+
+    EXPECT_TRUE(bench.manager().on_fetch_config_failure(500));
+
+    EXPECT_EQ(2u, bench.queued());
+}
+
+TEST(ConfigurationRunFailure, OfARequestThatHasItsAnswerIsNotTakenForAnEarlierRuns) {
+    ManagerBench bench;
+    start_pending_run(bench);
+    bench.manager().remove_accessory("a");
+    start_pending_run(bench);
+    bench.manager().on_fetch_config_failure(500);
+    bench.plugins.log.hook = [&bench](const LogLine& line) {
+        if (line.text == "Lib::ConfigManagerImpl: configure_accessory_task id:a") {
+            bench.manager().on_fetch_config_failure(500);  // before the retry's request is made
+        }
+    };
+
+    bench.plugins.executor.run_next();
+
+    EXPECT_EQ(0u, bench.queued());
+}
+
 TEST(ConfigurationRunFailure, OfEachRequestQueuesOneFetchHoweverOftenItIsTold) {
     ManagerBench bench;
     start_pending_run(bench);

@@ -124,6 +124,16 @@ TEST(SaveConfigToMap, EmptyArrayStoresNothing) {
               bench.lines());
 }
 
+TEST(SaveConfigToMap, MissingArrayStoresNothing) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+
+    EXPECT_EQ(0, config.save_config_to_map(nullptr));
+    EXPECT_EQ((Lines{"debug HeadsetConfigImpl: save_config_to_map: Saved 0 settings. current map "
+                     "size: 0"}),
+              bench.lines());
+}
+
 TEST(SetMapEntry, ReplacesTheEntry) {
     ConfigBench bench;
     OpenConfig config("acc-1", &bench.accessory);

@@ -73,6 +73,17 @@ TEST_F(InventoryMetricTest, SendQueuesATaskWithItsOwnAccessory) {
                                                        "Enter"}}));
 }
 
+TEST_F(InventoryMetricTest, SendSaysSoBeforeItTakesTheFacts) {
+    const std::unique_ptr<MetricsInterface> metric(create_metric(&headset));
+    headset.throw_at_clone(1);
+
+    EXPECT_THROW(metric->send(), std::runtime_error);
+
+    EXPECT_EQ(plugins.log.lines(),
+              (std::vector<LogLine>{{LogLevel::notice, "HeadsetInventoryMetricsImpl: send: "
+                                                       "Enter"}}));
+}
+
 TEST_F(InventoryMetricTest, TaskPostsTheReportAfterTheMetricIsGone) {
     send(headset);
     plugins.log.take();

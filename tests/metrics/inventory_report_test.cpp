@@ -273,6 +273,16 @@ TEST_F(InventoryReportTest, EmptyAccessorySerialNumberFailsTheWholeReport) {
         }));
 }
 
+TEST_F(InventoryReportTest, AccessoryThatThrowsFailsTheWholeReport) {
+    headset.throw_at_vendor(1);
+
+    EXPECT_EQ(report(), "");
+
+    EXPECT_EQ(plugins.log.lines().back(),
+              (LogLine{LogLevel::error, "HeadsetInventoryMetricsImpl: assemble_metrics[LIB-ERR]: "
+                                        "JSON was not formed correctly"}));
+}
+
 TEST_F(InventoryReportTest, VendorThatBeginsWithTheMakersWordInAnyCaseIsTheMakers) {
     headset.varos_vid = false;
     for (const char* vendor : {"Varos", "VAROS", "varos", "Varos Inc.", "vArOs InC.", "Varosity"}) {

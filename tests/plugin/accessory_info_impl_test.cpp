@@ -1,5 +1,6 @@
 // The phone's record of an accessory: what it keeps of the host's record, and what it answers.
 
+#include <locale>
 #include <memory>
 #include <string>
 
@@ -98,6 +99,21 @@ TEST(AccessoryInfoImplTest, TextTellsEveryFactModelsBeforeSerialNumbers) {
                                 "connection type:wired\n"
                                 "connection status:connected\n"
                                 "\n");
+}
+
+/// Writes 4660 as 4'660.
+class GroupedDigits : public std::numpunct<char> {
+    char do_thousands_sep() const override { return '\''; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+TEST(AccessoryInfoImplTest, TextHasItsNumbersAsTheyAreWhateverTheHostsLocale) {
+    const std::locale before =
+        std::locale::global(std::locale(std::locale::classic(), new GroupedDigits));
+    const std::string text = some_headset().to_string();
+    std::locale::global(before);
+
+    EXPECT_NE(text.find("\nvendor id:4660\n"), std::string::npos) << text;
 }
 
 TEST(AccessoryInfoImplTest, TextKeepsTheLinesOfUnknownFacts) {

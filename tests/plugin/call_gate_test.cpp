@@ -7,9 +7,13 @@
 #include <gtest/gtest.h>
 
 #include "plugin/call_gate.h"
+#include "support/lock_attempt.h"
 
 namespace headsetmgmt::plugin {
 namespace {
+
+using test_support::LockAttempt;
+using test_support::TriedLock;
 
 /// Whether another thread is let in.
 bool lets_another_thread_in(CallGate& gate) {
@@ -111,6 +115,37 @@ TEST(CallGateTest, CallFromInsideIsTurnedAwayWhileTheGateCloses) {
 
     outer.reset();
     closed.get();
+}
+
+TEST(CallGateTest, CallComesInOnceAGateThatClosedIsOpenAgain) {
+    CallGate gate;
+    const LockAttempt attempt(
+        TriedLock::shared,
+        [&] {
+            gate.close_and_wait();
+            gate.reopen(false);
+        },
+        true);
+
+    EXPECT_TRUE(CallGate::Passage(gate));
+}
+
+TEST(CallGateTest, CallThatComesAsTheGateIsBeingClosedIsTurnedAway) {
+    CallGate gate;
+    const LockAttempt attempt(
+        TriedLock::shared, [&] { gate.close_for_good(); }, true);
+
+    EXPECT_FALSE(CallGate::Passage(gate));
+    EXPECT_FALSE(CallGate::is_inside());
+}
+
+TEST(CallGateTest, CallThatComesJustAfterTheGateFoundNobodyInsideIsTurnedAway) {
+    CallGate gate;
+    const LockAttempt attempt(TriedLock::shared, [&] { gate.close_and_wait(); });
+
+    EXPECT_FALSE(CallGate::Passage(gate));
+    EXPECT_FALSE(CallGate::is_inside());
+    gate.close_and_wait();  // for nobody
 }
 
 TEST(CallGateTest, ClosedForGoodStaysClosed) {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "plugin/phone_host.h"
+#include "support/lock_attempt.h"
 
 namespace headsetmgmt::test_support {
 namespace {
@@ -63,39 +64,34 @@ TEST_F(ExitDeathTest, ExitWhileTheHostFailsForEver) {
         ExitedWithCode(7), "");
 }
 
-TEST_F(ExitDeathTest, ExitInsideAHostFunctionOnTheWorker) {
+/// Ends the process with another code than the exit's when an ended library can be used.
+void use_what_has_ended() {
+    if (start_headset_mgmt("", "", "") || create_headset_mgmt(record_host_log_line) ||
+        tell_urls()) {
+        std::_Exit(8);
+    }
+    stop_headset_mgmt();
+}
+
+TEST_F(ExitDeathTest, CallsAfterTheLibrarysEndAreTurnedAway) {
     EXPECT_EXIT(
         {
-            HostBehaviour behaviour = usual_behaviour();
-            behaviour.on_http_request = [](const HttpRequestCall&) { std::exit(7); };
-            start_with(behaviour);
-            configure_headset(shared(headset_1()));
-            wait_for_the_end();
+            std::atexit(use_what_has_ended);  // before the library, so that it is called after it
+            start_with(usual_behaviour());
+            std::exit(7);
         },
         ExitedWithCode(7), "");
 }
 
-TEST_F(ExitDeathTest, ExitInsideAHostFunctionOnAHostThread) {
-    EXPECT_EXIT(
-        {
-            HostBehaviour behaviour = usual_behaviour();
-            behaviour.on_apply_changes = [](const ApplyChangesCall&) { std::exit(7); };
-            start_with(behaviour);
-            configure_headset(shared(headset_1()));
-            fake_host().wait_for_http_requests(1);
-            httpResponse(document_with_sidetone, 200);
-        },
-        ExitedWithCode(7), "");
-}
-
-TEST_F(ExitDeathTest, ExitInsideTheLogCallback) {
+TEST_F(ExitDeathTest, ExitWaitsForCallsThatAreInsideBeforeItEndsTheWorker) {
     EXPECT_EXIT(
         {
             start_with(usual_behaviour());
-            HostBehaviour behaviour = usual_behaviour();
-            behaviour.on_log_line = [](int, const std::string&) { std::exit(7); };
-            fake_host().behave(behaviour);
-            remove_peripheral("headset-1");
+            configure_headset(shared(headset_1()));
+            fake_host().wait_for_http_requests(1);
+            const LockAttempt attempt(TriedLock::exclusive,
+                                      [] { std::_Exit(threads_named(worker_name) == 1 ? 7 : 8); });
+            std::exit(9);
         },
         ExitedWithCode(7), "");
 }

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <sys/file.h>
@@ -136,6 +137,23 @@ TEST(FileDispatcherImplTest, LongFileWithEveryByteIsReadWhole) {
     EXPECT_EQ(document, content);
 }
 
+TEST(FileDispatcherImplTest, FileIsClosedAgain) {
+    const SampleTree tree;
+    tree.add("sample.json", "{}");
+    std::string document;
+    const auto open_files = [] {
+        return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+    };
+
+    testing::internal::CaptureStdout();
+    const auto before = open_files();
+    FileDispatcherImpl().get("sample.json", document);
+    const auto after = open_files();
+    testing::internal::GetCapturedStdout();
+
+    EXPECT_EQ(after, before);
+}
+
 TEST(FileDispatcherImplTest, EmptyFileEmptiesTheDocument) {
     const SampleTree tree;
     tree.add("empty.json", "");
@@ -155,6 +173,19 @@ TEST(FileDispatcherImplTest, MissingFileIsToldOnStandardOutputAndDone) {
 
     testing::internal::CaptureStdout();
     const int result = FileDispatcherImpl().get("missing.json", document);
+
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "FileDispatcher : Get from file \nfile open error\n");
+    EXPECT_EQ(result, 0);
+    EXPECT_EQ(document, "kept");
+}
+
+TEST(FileDispatcherImplTest, FolderInTheFilesPlaceIsToldAsAMissingFile) {
+    const SampleTree tree;
+    std::string document = "kept";
+
+    testing::internal::CaptureStdout();
+    const int result = FileDispatcherImpl().get(".", document);
 
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "FileDispatcher : Get from file \nfile open error\n");

@@ -17,6 +17,15 @@ headsetmgmt_add_test(flat_interface_test
         transcripts_test.cpp
     LIBRARIES ${flat_interface_libraries})
 
+headsetmgmt_add_test(stop_windows_test
+    SOURCES
+        exit_windows_test.cpp
+        phone_host.cpp
+        stop_anywhere_test.cpp
+        stop_under_way.cpp
+        stop_windows_test.cpp
+    LIBRARIES ${flat_interface_libraries})
+
 # A program of its own: it counts what the whole program allocates.
 headsetmgmt_add_test(growth_test
     SOURCES growth_test.cpp phone_host.cpp
@@ -25,6 +34,11 @@ headsetmgmt_add_test(growth_test
 # A program of its own: it stands before the threads library.
 headsetmgmt_add_test(start_failure_test
     SOURCES phone_host.cpp start_failure_test.cpp
+    LIBRARIES ${flat_interface_libraries})
+
+# A program of its own: it stands before operator new.
+headsetmgmt_add_test(shortage_test
+    SOURCES phone_host.cpp shortage_test.cpp
     LIBRARIES ${flat_interface_libraries})
 
 # A host that loads the shared library: it exports the host functions.
@@ -36,6 +50,6 @@ target_include_directories(unload_test PRIVATE
 target_compile_definitions(unload_test PRIVATE
     HEADSETMGMT_LIBRARY="$<TARGET_FILE:headsetmgmt>")
 target_link_libraries(unload_test PRIVATE
-    GTest::gtest_main ${CMAKE_DL_LIBS} headsetmgmt_build_options)
+    headsetmgmt_test_support GTest::gtest_main ${CMAKE_DL_LIBS} headsetmgmt_build_options)
 add_dependencies(unload_test headsetmgmt)
 gtest_discover_tests(unload_test TEST_PREFIX plugin. DISCOVERY_TIMEOUT 120)

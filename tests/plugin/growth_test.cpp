@@ -2,6 +2,7 @@
 // for it counts what the whole program allocates.
 
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <dirent.h>
 #include <new>
@@ -45,14 +46,6 @@ struct Footprint {
     int threads;
 };
 
-bool operator==(const Footprint& left, const Footprint& right) {
-    return left.allocations == right.allocations && left.threads == right.threads;
-}
-
-void PrintTo(const Footprint& footprint, std::ostream* stream) {
-    *stream << footprint.allocations << " allocations, " << footprint.threads << " threads";
-}
-
 int count_threads() {
     int count = 0;
     DIR* tasks = opendir("/proc/self/task");
@@ -79,7 +72,14 @@ void expect_no_growth(int rounds, Round round) {
     for (int i = 0; i < rounds; ++i) {
         round();
     }
-    EXPECT_EQ(footprint(), before);
+    Footprint after = footprint();
+    // A thread that was joined stays in the system's list for a moment more.
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (after.threads > before.threads && std::chrono::steady_clock::now() < limit) {
+        after = footprint();
+    }
+    EXPECT_EQ(after.allocations, before.allocations);
+    EXPECT_LE(after.threads, before.threads);
 }
 
 TEST(GrowthTest, StartingAndStopping) {

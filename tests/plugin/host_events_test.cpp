@@ -77,6 +77,13 @@ TEST(HostEventsTest, LongUrlIsKeptWhole) {
     EXPECT_EQ(next_fetch_url(host), long_url);
 }
 
+TEST(HostEventsTest, ServiceUrlIsKeptForWhoeverAsks) {
+    PhoneHost host;
+    host.start_up();
+
+    EXPECT_EQ(globals::plugins.system_info->get_metrics_service_info_url(), "https://service");
+}
+
 TEST(HostEventsTest, ServerToldInTwoPlacesIsStoredOnce) {
     PhoneHost host;
     create_headset_mgmt(record_host_log_line);

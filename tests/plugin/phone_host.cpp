@@ -4,6 +4,8 @@
 
 #include <chrono>
 #include <ctime>
+#include <dirent.h>
+#include <fstream>
 
 namespace headsetmgmt::test_support {
 
@@ -81,6 +83,20 @@ bool tell_urls() {
 
 bool on_another_thread(const std::function<bool()>& call) {
     return std::async(std::launch::async, call).get();
+}
+
+int threads_named(const std::string& name) {
+    int count = 0;
+    DIR* tasks = opendir("/proc/self/task");
+    while (const dirent* entry = readdir(tasks)) {
+        std::ifstream comm("/proc/self/task/" + std::string(entry->d_name) + "/comm");
+        std::string thread_name;
+        if (std::getline(comm, thread_name) && thread_name == name) {
+            ++count;
+        }
+    }
+    closedir(tasks);
+    return count;
 }
 
 PhoneHost::PhoneHost() {

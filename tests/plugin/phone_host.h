@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <future>
@@ -47,6 +48,12 @@ bool tell_urls();
 /// The answer of `call` on another thread.
 bool on_another_thread(const std::function<bool()>& call);
 
+/// How many threads of the process have the name, of which the kernel keeps 15 characters.
+int threads_named(const std::string& name);
+
+/// The worker's, once it has begun.
+constexpr char worker_name[] = "Headset-mgmt ta";
+
 /// An event that happens once.
 class Event {
 public:
@@ -80,6 +87,9 @@ public:
 
     /// Lets the worker run what is queued, to its next pause.
     void run_worker();
+
+    /// Moves the clock and waits for nothing: the worker may not come to its next pause.
+    void move_clock(std::chrono::microseconds duration) { time->advance(duration); }
 
     /// Has a worker that is at rest go on, so that it can leave, and stops the library.
     void stop();

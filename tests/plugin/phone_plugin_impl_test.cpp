@@ -1,35 +1,16 @@
 // The plug-in object: creating, starting, stopping, and its log.
 
-#include <dirent.h>
-#include <fstream>
-
 #include <gtest/gtest.h>
 
 #include "plugin/phone_host.h"
 #include "plugin/phone_plugin_impl.h"
+#include "support/lock_attempt.h"
 
 namespace headsetmgmt::test_support {
 namespace {
 
 using log::LogLevel;
 using plugin::PhonePluginImpl;
-
-/// How many threads of the process have the name, of which the kernel keeps 15 characters.
-int threads_named(const std::string& name) {
-    int count = 0;
-    DIR* tasks = opendir("/proc/self/task");
-    while (const dirent* entry = readdir(tasks)) {
-        std::ifstream comm("/proc/self/task/" + std::string(entry->d_name) + "/comm");
-        std::string thread_name;
-        if (std::getline(comm, thread_name) && thread_name == name) {
-            ++count;
-        }
-    }
-    closedir(tasks);
-    return count;
-}
-
-constexpr char worker_name[] = "Headset-mgmt ta";
 
 std::string line_of_second_callback;
 
@@ -53,6 +34,31 @@ TEST(PhonePluginImplTest, SecondStartAnswersTrueAndSaysNothing) {
 
     EXPECT_EQ(host.take(), Lines{});
     EXPECT_EQ(threads_named(worker_name), 1);
+}
+
+TEST(PhonePluginImplTest, StartThatComesJustAfterAnotherOneAnswersTrueAndSaysNothing) {
+    PhoneHost host;
+    create_headset_mgmt(record_host_log_line);
+    const LockAttempt attempt(TriedLock::sole, [&] {
+        EXPECT_TRUE(on_another_thread([] { return start_headset_mgmt("", "", ""); }));
+        host.take();
+    });
+
+    EXPECT_TRUE(start_headset_mgmt("", "", ""));
+
+    EXPECT_EQ(host.take(), Lines{});
+}
+
+TEST(PhonePluginImplTest, CreateThatComesJustAfterAnotherOneReplacesTheCallback) {
+    PhoneHost host;
+    const LockAttempt attempt(TriedLock::sole, [] {
+        EXPECT_TRUE(on_another_thread([] { return create_headset_mgmt(second_callback); }));
+    });
+
+    EXPECT_TRUE(create_headset_mgmt(record_host_log_line));
+
+    stop_headset_mgmt();
+    EXPECT_EQ(host.take(), (Lines{"log 5 stop headset mgmt\n"}));
 }
 
 TEST(PhonePluginImplTest, StopBeforeAnyStartSaysOneLine) {
@@ -157,6 +163,18 @@ TEST(PhonePluginImplTest, LineOfAnyLevelReachesTheHostAtLevelFive) {
     }
 
     EXPECT_EQ(fake_host().transcript(), Lines(7, "log 5 line"));
+}
+
+TEST(PhonePluginImplTest, StartedObjectIsNotStartedAgain) {
+    fresh_fake_host();
+    PhonePluginImpl plugin;
+    plugin.setLogCB(record_host_log_line);
+    EXPECT_TRUE(plugin.init_headsetmgmt_lib("", "", ""));
+
+    EXPECT_TRUE(plugin.init_headsetmgmt_lib("", "", ""));
+
+    EXPECT_EQ(fake_host().transcript(), (Lines{"log 5 init_headsetmgmt_lib.\n",
+                                               "log 5 ExecutorImpl::ExecutorImpl: ENTER.\n"}));
 }
 
 TEST(PhonePluginImplTest, ResetOfAnObjectThatWasNeverStartedAnswersTrue) {

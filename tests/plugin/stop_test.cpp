@@ -4,7 +4,6 @@
 #include <atomic>
 #include <chrono>
 #include <future>
-#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -51,38 +50,6 @@ protected:
     Event may_return;
 };
 
-TEST_F(WorkerInsideHttpRequest, StopWaitsForIt) {
-    std::future<void> stopped = begin_to_stop();
-    EXPECT_TRUE(is_running(stopped));
-
-    may_return.happen();
-    stopped.get();
-
-    EXPECT_FALSE(tell_urls());
-}
-
-TEST_F(WorkerInsideHttpRequest, OtherCallsDuringAStopAnswerFalseAtOnce) {
-    std::future<void> stopped = begin_to_stop();
-    host.take();
-    int value = 17;
-
-    EXPECT_FALSE(create_headset_mgmt(record_host_log_line));
-    EXPECT_FALSE(start_headset_mgmt("", "", ""));
-    EXPECT_FALSE(tell_urls());
-    EXPECT_FALSE(configure_headset(shared(headset_1())));
-    EXPECT_FALSE(retrieve_config("headset-1", USAGE_SIDETONE, &value));
-    EXPECT_FALSE(update_config("headset-1", USAGE_SIDETONE, 1));
-    EXPECT_FALSE(factory_reset("headset-1"));
-    EXPECT_FALSE(remove_peripheral("headset-1"));
-    httpResponse(document_with_sidetone, 200);
-    send_inventory(shared(headset_1()));
-
-    EXPECT_EQ(host.take(), Lines{});
-    EXPECT_TRUE(is_running(stopped));
-    may_return.happen();
-    stopped.get();
-}
-
 TEST_F(WorkerInsideHttpRequest, SecondStopAtTheSameTimeReturnsAtOnce) {
     std::future<void> stopped = begin_to_stop();
     host.take();
@@ -106,54 +73,6 @@ TEST_F(WorkerInsideHttpRequest, StopLeavesTheRestOfAFullQueue) {
     stopped.get();
 
     EXPECT_LT(fake_host().http_requests().size(), reports);
-}
-
-TEST(StopTest, TaskThatIsQueuedDoesNotOutliveTheStop) {
-    PhoneHost host;
-    host.start_up();
-    configure_headset(shared(headset_1()));
-
-    host.stop();
-    const std::size_t requests = fake_host().http_requests().size();
-    host.start();
-    host.run_worker();
-    host.run_worker();
-
-    EXPECT_EQ(fake_host().http_requests().size(), requests);
-}
-
-TEST(StopTest, StopWaitsForAThreadThatHandsADocumentOut) {
-    Event may_return;
-    std::atomic<bool> told_meanwhile{true};
-    PhoneHost host;
-    HostBehaviour behaviour = usual_behaviour();
-    behaviour.on_apply_changes = [&](const ApplyChangesCall&) {
-        may_return.wait();
-        told_meanwhile = tell_urls();
-    };
-    fake_host().behave(behaviour);
-    host.start_up();
-    configure_headset(shared(headset_1()));
-    host.run_worker();
-    host.run_worker();
-    auto answered =
-        std::async(std::launch::async, [] { httpResponse(document_with_sidetone, 200); });
-    ASSERT_TRUE(fake_host().wait_until([] { return !fake_host().applied_changes().empty(); }));
-    host.let_worker_go();
-
-    std::future<void> stopped = stop_on_another_thread();
-    while (tell_urls()) {
-        std::this_thread::yield();
-    }
-    EXPECT_TRUE(is_running(stopped));
-    EXPECT_FALSE(is_said(stop_line));
-    may_return.happen();
-    answered.get();
-    stopped.get();
-
-    EXPECT_FALSE(told_meanwhile);
-    // The document that was being handed out was handed out to the end.
-    EXPECT_TRUE(is_said("log 5 Lib::ConfigManagerImpl: on_fetch_config_successExit"));
 }
 
 TEST(StopTest, HostThatFailsForEverFromInsideHttpRequestCannotHoldAStopUp) {

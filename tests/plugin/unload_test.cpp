@@ -2,29 +2,44 @@
 // the host functions that the library binds.
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <dlfcn.h>
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <thread>
 
 #include <gtest/gtest.h>
 
 #include "headsetmgmt/phone/host_functions.h"
 
+#include "support/joining_thread.h"
+
+using headsetmgmt::test_support::wait_until_joining;
+
 namespace {
 
-std::mutex requests_mutex;
-std::condition_variable requested;
+std::mutex requests_mutex;  // guards the next three
+std::condition_variable requests_changed;
 int requests = 0;
+bool blocking = false;  // a request does not return
+std::function<void()> on_request;
 
-bool wait_for_a_request() {
+bool wait_for_requests(int count) {
     std::unique_lock<std::mutex> requests_lock(requests_mutex);
-    const bool came =
-        requested.wait_for(requests_lock, std::chrono::seconds(60), [] { return requests != 0; });
+    const bool came = requests_changed.wait_for(requests_lock, std::chrono::seconds(60),
+                                                [count] { return requests >= count; });
     requests = 0;
     return came;
+}
+
+void set_blocking(bool block) {
+    const std::lock_guard<std::mutex> requests_lock(requests_mutex);
+    blocking = block;
+    requests_changed.notify_all();
 }
 
 std::atomic<int> lines{0};
@@ -36,9 +51,15 @@ void count_line(int, const char*) {
 }  // namespace
 
 bool httpRequest(HttpRequestType, const char*, const char*) {
-    const std::lock_guard<std::mutex> requests_lock(requests_mutex);
+    std::unique_lock<std::mutex> requests_lock(requests_mutex);
     ++requests;
-    requested.notify_all();
+    requests_changed.notify_all();
+    requests_changed.wait(requests_lock, [] { return !blocking; });
+    const std::function<void()> answer = on_request;
+    requests_lock.unlock();
+    if (answer) {
+        answer();
+    }
     return true;
 }
 
@@ -101,15 +122,18 @@ public:
     }
     void stop() const { function<void (*)()>("_Z17stop_headset_mgmtv")(); }
 
-    bool attach() const {
+    bool attach(const std::string& software_version = "1-0-2") const {
         auto record = std::make_shared<AccessoryCache>();
         record->device_id = "headset-1";
         record->accessory_type = 1;
         record->model = "Varos K30";
-        record->software_version = "1-0-2";
+        record->software_version = software_version;
         using Configure = bool (*)(std::shared_ptr<AccessoryCache>);
         return function<Configure>("_Z17configure_headsetSt10shared_ptrI14AccessoryCacheE")(record);
     }
+
+    using Answer = void (*)(const char*, int);
+    Answer answer() const { return function<Answer>("_Z12httpResponsePKci"); }
 
 private:
     template <typename Function>
@@ -128,7 +152,7 @@ TEST(UnloadTest, LibraryIsLoadedStartedStoppedAndUnloadedTwice) {
             EXPECT_TRUE(library.create());
             EXPECT_TRUE(library.start());
             EXPECT_TRUE(library.attach());
-            EXPECT_TRUE(wait_for_a_request());
+            EXPECT_TRUE(wait_for_requests(1));
             library.stop();
         }
         EXPECT_FALSE(is_loaded());
@@ -143,10 +167,55 @@ TEST(UnloadTest, UnloadingWithoutAStopEndsTheWorker) {
             EXPECT_TRUE(library.create());
             EXPECT_TRUE(library.start());
             EXPECT_TRUE(library.attach());
-            EXPECT_TRUE(wait_for_a_request());
+            EXPECT_TRUE(wait_for_requests(1));
         }
         EXPECT_FALSE(is_loaded());
     }
+}
+
+TEST(UnloadTest, UnloadingWaitsForTheWorkersCallOfTheHost) {
+    auto library = std::make_unique<LoadedLibrary>();
+    EXPECT_TRUE(library->create());
+    EXPECT_TRUE(library->start());
+    set_blocking(true);
+    EXPECT_TRUE(library->attach());
+    EXPECT_TRUE(wait_for_requests(1));
+
+    std::thread unloader([&] { library.reset(); });
+    EXPECT_TRUE(wait_until_joining(unloader.native_handle()));
+    EXPECT_TRUE(is_loaded());
+    set_blocking(false);
+    unloader.join();
+
+    EXPECT_FALSE(is_loaded());
+}
+
+TEST(UnloadTest, UnloadingDropsATaskThatIsHeldBack) {
+    {
+        const LoadedLibrary library;
+        EXPECT_TRUE(library.create());
+        EXPECT_TRUE(library.start());
+        EXPECT_TRUE(library.attach(""));
+    }
+    EXPECT_FALSE(is_loaded());
+    EXPECT_EQ(requests, 0);
+}
+
+TEST(UnloadTest, HostThatFailsForEverCannotHoldTheUnloadingUp) {
+    {
+        const LoadedLibrary library;
+        EXPECT_TRUE(library.create());
+        EXPECT_TRUE(library.start());
+        {
+            const std::lock_guard<std::mutex> requests_lock(requests_mutex);
+            on_request = [answer = library.answer()] { answer("", 404); };
+        }
+        EXPECT_TRUE(library.attach());
+        EXPECT_TRUE(wait_for_requests(100));
+    }
+    EXPECT_FALSE(is_loaded());
+    on_request = nullptr;
+    requests = 0;
 }
 
 TEST(UnloadTest, LibraryThatWasNeverUsedIsUnloaded) {

@@ -45,6 +45,26 @@ TEST_F(ExecutorHoldBackTest, DeferredTaskRunsWhenThirtySecondsHavePassed) {
     EXPECT_EQ(watched.checks, 1);
 }
 
+TEST_F(ExecutorHoldBackTest, DeferralBeginsWhenItsLineHasBeenDelivered) {
+    Work work = Work::named("deferred", record);
+    Watched& watched = watch();
+    watched.defer_time = 30;
+    log.hook = [this](const test_support::LogLine& line) {
+        if (line.text == "ExecutorImpl: add deferred task.\n") {
+            time.advance(std::chrono::seconds(20));
+        }
+    };
+    add_watched(executor, work, watched);
+
+    for (int second = 0; second < 30; ++second) {
+        pass_second();
+    }
+    EXPECT_EQ(record.ran(), Names());
+    pass_second();
+
+    EXPECT_EQ(record.ran(), Names({"deferred"}));
+}
+
 TEST_F(ExecutorHoldBackTest, HeldBackTaskLetsLaterTasksRun) {
     Work deferred = Work::named("deferred", record);
     Work second = Work::named("second", record);

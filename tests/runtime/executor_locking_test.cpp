@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <future>
+#include <memory>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -12,6 +13,7 @@
 
 #include "runtime/executor_impl.h"
 #include "runtime/watched_task.h"
+#include "support/event.h"
 #include "support/recording_log.h"
 #include "support/virtual_time.h"
 
@@ -20,6 +22,7 @@ namespace {
 
 using test_support::add_plain;
 using test_support::add_watched;
+using test_support::Event;
 using test_support::LogLine;
 using test_support::RecordingLog;
 using test_support::RunRecord;
@@ -140,6 +143,37 @@ TEST(ExecutorLockingTest, ParametersAreDeletedWithoutTheQueueMutex) {
     executor.threadLoop();
 
     EXPECT_TRUE(deleted);
+}
+
+TEST(ExecutorLockingTest, TaskThatComesWhileTheOthersAreDroppedIsRejected) {
+    RecordingLog log;
+    auto owner = std::make_unique<ExecutorImpl>(&log);
+    ExecutorImpl& executor = *owner;
+    Work work{[] {}};
+    Watched queued;
+    add_watched(executor, work, queued);
+    Event cloning;
+    Event dropping;
+    Watched late;
+    late.on_clone = [&] {
+        cloning.happen();
+        EXPECT_TRUE(dropping.wait());
+    };
+    std::future<void> adding =
+        std::async(std::launch::async, [&] { add_watched(executor, work, late); });
+    ASSERT_TRUE(cloning.wait());
+    queued.on_delete = [&] {
+        dropping.happen();
+        EXPECT_EQ(adding.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+    };
+    log.take();
+
+    owner.reset();
+
+    EXPECT_EQ(log.texts(),
+              (std::vector<std::string>{"ExecutorImpl::ExecutorImpl adding a task\n",
+                                        "ExecutorImpl::ExecutorImpl existing, task rejected.\n"}));
+    EXPECT_EQ(late.alive, 0);
 }
 
 }  // namespace

@@ -259,6 +259,33 @@ TEST(ThreadTest, ThreadThatWasLetGoCannotBeJoined) {
     EXPECT_TRUE(left.wait());
 }
 
+TEST(ThreadTest, ThreadThatTheSystemDoesNotLetGoCanStillBeJoined) {
+    BodyThread thread(once);
+    ASSERT_TRUE(thread.run(nullptr, 0, 0));
+    {
+        const PthreadAnswer refusal(PthreadCall::detach, EINVAL);
+        EXPECT_FALSE(thread.detach());
+        EXPECT_TRUE(refusal.given());
+    }
+
+    EXPECT_TRUE(thread.join());
+}
+
+TEST(ThreadTest, ThreadCannotJoinItself) {
+    bool joined = true;
+    BodyThread* self = nullptr;
+    BodyThread thread([&] {
+        joined = self->join();
+        return false;
+    });
+    self = &thread;
+
+    EXPECT_TRUE(thread.run(nullptr, 0, 0));
+
+    EXPECT_TRUE(thread.join());
+    EXPECT_FALSE(joined);
+}
+
 /// The detach state of a thread that was run with `flags`.
 int detach_state_after_run(std::uint32_t flags) {
     int state = -1;
@@ -321,6 +348,24 @@ TEST(ThreadTest, ThreadThatCannotBeCreatedDoesNotRun) {
     EXPECT_EQ(calls, 1);
 }
 
+TEST(ThreadTest, FailedRunForgetsTheThreadBefore) {
+    pthread_t earlier = 0;
+    BodyThread thread([&] {
+        earlier = pthread_self();
+        return false;
+    });
+    EXPECT_TRUE(thread.run(nullptr, 0, 0));
+    while (thread.running()) {
+        sched_yield();
+    }
+    const PthreadAnswer no_thread(PthreadCall::create, EAGAIN);
+
+    EXPECT_FALSE(thread.run(nullptr, 0, 0));
+
+    EXPECT_FALSE(thread.join());
+    EXPECT_EQ(pthread_join(earlier, nullptr), 0);
+}
+
 TEST(ThreadTest, RunWithoutAttributesFails) {
     BodyThread thread(once);
     {
@@ -339,6 +384,23 @@ TEST(ThreadTest, RunThatCannotDetachFails) {
         EXPECT_TRUE(refusal.given());
     }
     expect_fresh_start(thread);
+}
+
+TEST(ThreadTest, DetachedThreadCanNeitherBeJoinedNorLetGo) {
+    Event leave;
+    BodyThread thread([&] {
+        EXPECT_TRUE(leave.wait());
+        return false;
+    });
+    EXPECT_TRUE(thread.run(nullptr, THREAD_FLAG_DETACHED, 0));
+
+    EXPECT_FALSE(thread.join());
+    EXPECT_FALSE(thread.detach());
+
+    leave.happen();
+    while (thread.running()) {
+        sched_yield();
+    }
 }
 
 TEST(ThreadTest, DetachStateIsNotTouchedWithoutTheFlag) {

@@ -14,9 +14,9 @@ namespace {
 // without them, and it uses nothing that they watch or that could come from a file built with them:
 // no template of the standard library and no static that has to be constructed.
 constexpr int pass_on = -1;  // no error number, so it stands for "no answer"
-constexpr int calls = 7;
+constexpr int calls = 8;
 
-int results[calls] = {pass_on, pass_on, pass_on, pass_on, pass_on, pass_on, pass_on};
+int results[calls] = {pass_on, pass_on, pass_on, pass_on, pass_on, pass_on, pass_on, pass_on};
 bool answers_given[calls] = {};
 int latest_policy = -1;
 int latest_priority = -1;
@@ -100,6 +100,10 @@ HEADSETMGMT_INTERPOSED int pthread_mutex_init(pthread_mutex_t* mutex,
 
 HEADSETMGMT_INTERPOSED int pthread_mutexattr_init(pthread_mutexattr_t* attributes) noexcept {
     HEADSETMGMT_ANSWER_OR_CALL(PthreadCall::mutexattr_init, pthread_mutexattr_init, attributes);
+}
+
+HEADSETMGMT_INTERPOSED int pthread_detach(pthread_t thread) noexcept {
+    HEADSETMGMT_ANSWER_OR_CALL(PthreadCall::detach, pthread_detach, thread);
 }
 
 HEADSETMGMT_INTERPOSED int pthread_getschedparam(pthread_t thread, int* policy,

@@ -14,6 +14,7 @@ enum class PthreadCall {
     attr_setdetachstate,
     mutex_init,
     mutexattr_init,
+    detach,
     getschedparam,
     setschedparam,
 };

@@ -26,6 +26,9 @@ AccessoryInfoInterface* FakeAccessory::clone() const {
 }
 
 std::string FakeAccessory::get_vendor(SystemInfoInterface* system_info) {
+    if (shared->vendor_fault.is_now()) {
+        throw std::runtime_error("fake accessory");
+    }
     asked_with = system_info;
     shared->last_asked_with = system_info;
     return vendor;

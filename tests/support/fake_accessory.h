@@ -26,6 +26,7 @@ public:
         /// What the last question, to whichever of them, brought along.
         std::atomic<SystemInfoInterface*> last_asked_with = nullptr;
         NthCall clone_fault;
+        NthCall vendor_fault;
     };
 
     explicit FakeAccessory(ACCESSORY_TYPE accessory_type = HEADSET) : type(accessory_type) {}
@@ -54,6 +55,9 @@ public:
     /// Throws `std::runtime_error` "fake accessory" from the `n`th clone from now, 1 being the
     /// next, of this accessory or of any of its clones.
     void throw_at_clone(int n) { shared->clone_fault.choose(n); }
+
+    /// The same from the `n`th question for the vendor.
+    void throw_at_vendor(int n) { shared->vendor_fault.choose(n); }
 
     ACCESSORY_TYPE get_type() const override { return type; }
     AccessoryInfoInterface* clone() const override;

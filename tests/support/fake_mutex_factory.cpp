@@ -26,7 +26,12 @@ public:
 
     void unlock() override {
         factory.count_held(-1);
+        // The mutex itself may be deleted once it is let go.
+        FakeMutexFactory& maker = factory;
         lockable.unlock();
+        if (maker.on_unlock) {
+            maker.on_unlock();
+        }
     }
 
 private:

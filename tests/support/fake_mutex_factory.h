@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <thread>
@@ -22,6 +23,9 @@ public:
 
     std::size_t made() const;
     std::size_t deleted() const;
+
+    /// What is called behind each unlock, on the same thread. Set it while no lock is used.
+    std::function<void()> on_unlock;
 
     /// How many locks are held right now, one that is taken twice counting twice.
     int held() const;

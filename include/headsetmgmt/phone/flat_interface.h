@@ -43,8 +43,9 @@ HEADSETMGMT_EXPORT bool setHeadsetConfigUrl(const char* config_url, const char* 
                                             const char** korm_servers, const char* user_id);
 
 /// Tells that an accessory was attached, or changed. Its default configuration is fetched and
-/// applied. True when a configuration run was started or is under way; false for null, for an
-/// accessory that is neither headset nor camera, and when the library is not started.
+/// applied. True when a configuration run was started or is under way; false for null, for a new
+/// accessory that is neither headset nor camera, for one whose id is empty (it is configured all
+/// the same), and when the library is not started.
 HEADSETMGMT_EXPORT bool configure_headset(std::shared_ptr<AccessoryCache> accessory);
 
 /// Queues the inventory report of an accessory; it is posted with `httpRequest`. Does nothing for

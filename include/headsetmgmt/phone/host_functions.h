@@ -5,7 +5,8 @@
 // and never freed, and null counts as empty. A function may call the flat interface again, except
 // that start and stop do nothing there, and except while it holds a lock of its own that another
 // thread may hold while it calls the flat interface. A function should return soon: stopping the
-// library waits for the one that is running. It must not end or cancel its thread.
+// library waits for the one that is running. It must not end or cancel its thread, nor unload the
+// library.
 
 #pragma once
 

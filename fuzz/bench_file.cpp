@@ -1,0 +1,131 @@
+// Fuzzes the reader of bench files, and of accessories given as an option, with any bytes.
+
+#include <algorithm>
+#include <cctype>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "fuzz/oracle.h"
+#include "program/phone/bench.h"
+
+namespace headsetmgmt::fuzz {
+namespace {
+
+using program::Bench;
+
+std::size_t lines_of(const std::string& text) {
+    return 1 + static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+}
+
+void expect_servers(const std::vector<std::string>& servers) {
+    expect(servers.size() <= program::servers_of_a_kind, "three servers of a kind at most");
+    for (const std::string& server : servers) {
+        expect(!server.empty(), "a server has a name");
+        expect(server.find('\0') == std::string::npos, "no NUL in a name", server);
+    }
+}
+
+void expect_accessory(const AccessoryCache& accessory) {
+    constexpr int headset = 1;
+    constexpr int camera = 2;
+    constexpr int largest_vendor_id = 0xFFFF;
+    expect(!accessory.device_id.empty(), "an accessory has an id");
+    expect(accessory.accessory_type == headset || accessory.accessory_type == camera,
+           "an accessory is a headset or a camera");
+    expect(accessory.vendor_id >= 0 && accessory.vendor_id <= largest_vendor_id,
+           "a USB vendor id has sixteen bits");
+    for (const std::string* text :
+         {&accessory.device_id, &accessory.model, &accessory.serial_number, &accessory.vendor,
+          &accessory.software_version, &accessory.dongle_version, &accessory.connection_status}) {
+        expect(text->find('\0') == std::string::npos, "no NUL in a text", *text);
+    }
+}
+
+void expect_usable(const Bench& bench) {
+    expect_servers(bench.tftp_servers);
+    expect_servers(bench.korm_servers);
+    std::set<std::string> ids;
+    for (const AccessoryCache& accessory : bench.accessories) {
+        expect_accessory(accessory);
+        expect(ids.insert(accessory.device_id).second, "every id is there once");
+    }
+}
+
+/// Where and why a text was refused.
+struct Refusal {
+    std::size_t line;
+    std::string reason;
+};
+
+/// Takes "<file>:<line>: <reason>" apart.
+Refusal refusal_of(const std::string& message, const std::string& file) {
+    expect(message.compare(0, file.size() + 1, file + ":") == 0, "a refusal names the file",
+           message);
+    std::size_t place = file.size() + 1;
+    Refusal refusal = {0, {}};
+    while (place < message.size() && message[place] >= '0' && message[place] <= '9') {
+        refusal.line = refusal.line * 10 + static_cast<std::size_t>(message[place] - '0');
+        ++place;
+    }
+    expect(message.compare(place, 2, ": ") == 0, "a reason follows the line", message);
+    refusal.reason = message.substr(place + 2);
+    expect(!refusal.reason.empty(), "a refusal has a reason", message);
+    return refusal;
+}
+
+/// Empty when the text is a bench file. What is no `BenchError` ends the process.
+std::optional<Refusal> read(const std::string& text) {
+    try {
+        expect_usable(program::read_bench(text, "bench.json"));
+        return std::nullopt;
+    } catch (const program::BenchError& error) {
+        const Refusal refusal = refusal_of(error.what(), "bench.json");
+        expect(refusal.line >= 1 && refusal.line <= lines_of(text), "a refusal names a line",
+               error.what());
+        return refusal;
+    }
+}
+
+/// Empty lines before it change nothing but the line that is named.
+void expect_told_where_it_stands(const std::string& text) {
+    constexpr std::size_t empty_lines = 3;
+    if (text.compare(0, 1, "\xef") == 0) {
+        return;  // a byte order mark is one at the beginning alone
+    }
+    const std::optional<Refusal> plain = read(text);
+    const std::optional<Refusal> moved = read(std::string(empty_lines, '\n') + text);
+    expect(plain.has_value() == moved.has_value(), "empty lines do not matter");
+    if (!plain) {
+        return;
+    }
+    expect(moved->line == plain->line + empty_lines, "a refusal names the line",
+           std::to_string(moved->line) + ": " + moved->reason);
+    // The parser's own words name the line as well.
+    if (plain->reason.compare(0, 14, "expected JSON:") != 0) {
+        expect(moved->reason == plain->reason, "the reason is the same", moved->reason);
+    }
+}
+
+void read_option(const std::string& text) {
+    try {
+        expect_accessory(program::read_accessory(text, "--accessory"));
+    } catch (const program::BenchError& error) {
+        const std::string message = error.what();
+        expect(message.compare(0, 12, "--accessory:") == 0, "a refusal names the option", message);
+    }
+}
+
+}  // namespace
+}  // namespace headsetmgmt::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string text(reinterpret_cast<const char*>(data), size);
+    headsetmgmt::fuzz::read(text);
+    headsetmgmt::fuzz::expect_told_where_it_stands(text);
+    headsetmgmt::fuzz::read_option(text);
+    return 0;
+}

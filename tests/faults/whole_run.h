@@ -1,0 +1,40 @@
+// A host that does everything once: create, start, attach, configure, report, ask, reset, remove,
+// stop.
+
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace headsetmgmt::test_support {
+
+using Texts = std::vector<std::string>;
+
+/// What one whole run came to.
+struct RunRecord {
+    Texts refused;        ///< steps that should answer true, and answered false
+    Texts refused_twice;  ///< and again when the host repeated them at once
+    Texts granted;        ///< steps that should answer false, and answered true
+    Texts calls;          ///< of host functions, in their order
+    Texts lines;          ///< of the log, in their order
+};
+
+/// Creates and starts the library, if it is not, and does everything but stop it. For the thread
+/// that loaded the program, like the next.
+RunRecord start_and_use();
+
+/// Stops the library; how many allocations that took.
+long stop();
+
+/// The host's calls that a whole run makes, in the order of their texts.
+const Texts& expected_calls();
+
+/// Whether the call may be made when memory is short: one of the above, or one of the few that
+/// follow from what got lost.
+bool is_permitted_call(const std::string& call);
+
+/// Whether a step that is refused for want of memory must be granted when it is repeated and there
+/// is memory. Others depend on a document that may have got lost.
+bool is_repeatable(const std::string& step);
+
+}  // namespace headsetmgmt::test_support
