@@ -36,6 +36,51 @@ bool is_missing_or_null(const cJSON* item) {
     return item == nullptr || cJSON_IsNull(item) != 0;
 }
 
+/// Whether `key` is `wanted` but for the case of its letters.
+bool is_key(const char* key, const char* wanted) {
+    const auto lower = [](char character) {
+        return character >= 'A' && character <= 'Z' ? static_cast<char>(character + ('a' - 'A'))
+                                                    : character;
+    };
+    for (; *wanted != '\0'; ++key, ++wanted) {
+        if (lower(*key) != lower(*wanted)) {
+            return false;
+        }
+    }
+    return *key == '\0';
+}
+
+/// The members of a parameter object, found in one walk; null where there is none.
+struct ParameterItems {
+    const cJSON* name = nullptr;
+    const cJSON* usage_id = nullptr;
+    const cJSON* value = nullptr;
+    const cJSON* access = nullptr;
+};
+
+ParameterItems find_parameter_items(const cJSON* parameter) {
+    ParameterItems items;
+    const auto is_first = [](const cJSON* found, const cJSON* item, const char* key) {
+        return found == nullptr && is_key(item->string, key);
+    };
+    const cJSON* item = nullptr;
+    cJSON_ArrayForEach(item, parameter) {
+        if (item->string == nullptr) {
+            continue;  // an array's element
+        }
+        if (is_first(items.name, item, constants::key_name)) {
+            items.name = item;
+        } else if (is_first(items.usage_id, item, constants::key_usage_id)) {
+            items.usage_id = item;
+        } else if (is_first(items.value, item, constants::key_value)) {
+            items.value = item;
+        } else if (is_first(items.access, item, constants::key_access)) {
+            items.access = item;
+        }
+    }
+    return items;
+}
+
 std::optional<int> read_usage_id(const cJSON* item) {
     if (cJSON_IsNumber(item) != 0) {
         return item->valueint;
@@ -119,41 +164,40 @@ const cJSON* find_firmware_params(const cJSON* model_firmware) {
 }
 
 Parameter read_parameter(const cJSON* parameter) {
-    const cJSON* usage_id_item = member(parameter, constants::key_usage_id);
-    const cJSON* value_item = member(parameter, constants::key_value);
+    const ParameterItems items = find_parameter_items(parameter);
 
     Parameter reading;
     const auto faulty = [&reading](ParameterFault fault) {
         reading.fault = fault;
         return std::move(reading);
     };
-    reading.setting.name = text_or_empty(member(parameter, constants::key_name));
+    reading.setting.name = text_or_empty(items.name);
     if (reading.setting.name.empty()) {
         return faulty(ParameterFault::missing_name);
     }
-    if (is_missing_or_null(usage_id_item)) {
+    if (is_missing_or_null(items.usage_id)) {
         return faulty(ParameterFault::null_usage_id);
     }
-    if (is_missing_or_null(value_item)) {
+    if (is_missing_or_null(items.value)) {
         return faulty(ParameterFault::null_value);
     }
-    reading.setting.access = text_or_empty(member(parameter, constants::key_access));
+    reading.setting.access = text_or_empty(items.access);
     if (reading.setting.access.empty()) {
         return faulty(ParameterFault::invalid_access);
     }
-    const std::optional<int> usage_id = read_usage_id(usage_id_item);
+    const std::optional<int> usage_id = read_usage_id(items.usage_id);
     if (!usage_id) {
         return faulty(ParameterFault::invalid_usage_id);
     }
-    std::optional<std::string> value = read_value(value_item);
+    std::optional<std::string> value = read_value(items.value);
     if (!value) {
         return faulty(ParameterFault::invalid_value);
     }
     // The administrator's word is kept as the document spells it; all others are the user's.
-    if (!equals_ignore_case(constants::access_admin, reading.setting.access)) {
+    if (!same_but_for_case(constants::access_admin, reading.setting.access)) {
         reading.setting.access = constants::access_user;
     }
-    reading.usage_id_number = usage_id_item->valueint;
+    reading.usage_id_number = items.usage_id->valueint;
     reading.setting.usage_id = *usage_id;
     reading.setting.value = std::move(*value);
     return reading;

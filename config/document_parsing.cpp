@@ -41,7 +41,8 @@ const char* message_of(document::ParameterFault fault) {
 
 void ConfigImpl::set_map_entry(int usage_id, ConfigParam param) {
     const SettingsLock settings_lock(*settings_mutex);
-    settings[usage_id] = std::move(param);
+    // Documents mostly count their usage ids up, so that an entry's place is the end.
+    settings.insert_or_assign(settings.end(), usage_id, std::move(param));
 }
 
 int ConfigImpl::save_config_to_map(const cJSON* params) {

@@ -88,22 +88,32 @@ bool ConfigImpl::apply_settings(const cJSON* params) {
 }
 
 void ConfigImpl::apply_config_to_device(ApplyType type) const {
+    const bool reset = type != ApplyType::CONFIGURE;
+    // One line for each setting, but composed once.
+    const std::string type_line =
+        logger->line(reset ? "apply_config_to_device: Apply type: RESET"
+                           : "apply_config_to_device: Apply type: CONFIGURE");
     std::unique_lock<MutexInterface> settings_lock(*settings_mutex);
     if (settings.empty()) {
         settings_lock.unlock();
         logger->error() << "apply_config_to_device: No config settings found to apply to device";
         return;
     }
-    const bool reset = type != ApplyType::CONFIGURE;
     auto entry = settings.begin();
     while (entry != settings.end()) {
         const int key = entry->first;
-        const ConfigParam setting = entry->second;
+        const bool sent = reset || same_but_for_case(constants::access_admin, entry->second.access);
+        // A copy, for the host may change the entry while it is sent; of what is sent alone.
+        ConfigParam setting;
+        if (sent) {
+            setting.usage_id = entry->second.usage_id;
+            setting.name = entry->second.name;
+            setting.value = entry->second.value;
+        }
         settings_lock.unlock();
 
-        logger->notice() << (reset ? "apply_config_to_device: Apply type: RESET"
-                                   : "apply_config_to_device: Apply type: CONFIGURE");
-        if (reset || equals_ignore_case(constants::access_admin, setting.access)) {
+        logger->write(log::LogLevel::notice, type_line);
+        if (sent) {
             logger->debug() << "apply_config_to_device: " << setting.name
                             << " : (usage id: " << setting.usage_id << " , value: " << setting.value
                             << ")";

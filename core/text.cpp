@@ -44,9 +44,14 @@ void to_lower(std::string& text) {
 }
 
 bool equals_ignore_case(std::string left, std::string right) {
-    to_lower(left);
-    to_lower(right);
-    return left == right;
+    return same_but_for_case(left, right);
+}
+
+bool same_but_for_case(std::string_view left, std::string_view right) {
+    // Most texts that are compared are written alike.
+    return left == right ||
+           std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                      [](char one, char other) { return ascii_lower(one) == ascii_lower(other); });
 }
 
 bool is_alpha(const std::string& text) {

@@ -3,6 +3,7 @@
 #include "metrics/inventory_metric.h"
 
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 #include "headsetmgmt/constants.h"
@@ -58,7 +59,7 @@ bool InventoryMetric::send_metric(TaskParametersInterface* params) {
 
 bool InventoryMetric::send_task(TaskParametersInterface* /*params*/) {
     logger->info() << "send_task: Enter";
-    const std::string body = assemble_metrics();
+    std::string body = assemble_metrics();
     if (body.empty()) {
         logger->warning() << "send_task: building metrics failed";
         return false;
@@ -66,7 +67,7 @@ bool InventoryMetric::send_task(TaskParametersInterface* /*params*/) {
     dispatcher::RequestContext request;
     request.requester = "INVENTORY";
     request.url = get_post_url();
-    request.body = body;
+    request.body = std::move(body);
     request.method = "POST";
     // Sent and forgotten; the dispatcher refuses a request without a URL.
     globals::plugins.dispatcher->push(&request);

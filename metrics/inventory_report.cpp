@@ -2,6 +2,7 @@
 
 #include <ctime>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "headsetmgmt/constants.h"
@@ -150,11 +151,10 @@ JsonOwner InventoryMetric::build_accessory_payload() {
 
 /// By the USB vendor id, or by a vendor's name that begins with the maker's in any mix of capitals.
 bool InventoryMetric::is_maker_accessory() {
-    std::string vendor = accessory->get_vendor(globals::plugins.system_info);
-    std::string maker = constants::varos;
-    to_lower(vendor);
-    to_lower(maker);
-    return isVarosHeadset(accessory.get()) || vendor.compare(0, maker.size(), maker) == 0;
+    const std::string vendor = accessory->get_vendor(globals::plugins.system_info);
+    const std::string_view maker = constants::varos;
+    return isVarosHeadset(accessory.get()) ||
+           same_but_for_case(std::string_view(vendor).substr(0, maker.size()), maker);
 }
 
 std::string InventoryMetric::fail_assembly(const char* message) {

@@ -2,8 +2,7 @@
 
 #include "plugin/accessory_info_impl.h"
 
-#include <locale>
-#include <sstream>
+#include <string>
 
 namespace headsetmgmt {
 
@@ -30,26 +29,27 @@ std::string AccessoryInfoImpl::get_serial_number(SystemInfoInterface* /*system_i
 }
 
 std::string AccessoryInfoImpl::to_string() {
-    std::ostringstream text;
-    text.imbue(std::locale::classic());  // numbers as they are, whatever the host's locale
-    text << "Accessory Info:\n"
-         << "type:" << accessory_type_to_string(type) << '\n'
-         << "id:" << id << '\n'
-         << "vendor:" << vendor << '\n'
-         << "vendor id:" << vendor_id << '\n'
-         << "model:" << model << '\n'
-         << "serial number:" << serial_number << '\n'
-         << "sw ver:" << software_version << '\n'
-         << "hw ver:" << hardware_version << '\n'
-         << "dock model:" << dock_model << '\n'
-         << "dock serial number:" << dock_serial_number << '\n'
-         << "dongle model:" << dongle_model << '\n'
-         << "dongle serial number:" << dongle_serial_number << '\n'
-         << "dongle version:" << dongle_version << '\n'
-         << "connection type:" << connection_type << '\n'
-         << "connection status:" << connection_status << '\n'
-         << '\n';
-    return text.str();
+    std::string text = "Accessory Info:\n";
+    const auto tell = [&text](const char* fact, const std::string& value) {
+        text.append(fact).append(value).push_back('\n');
+    };
+    tell("type:", accessory_type_to_string(type));
+    tell("id:", id);
+    tell("vendor:", vendor);
+    tell("vendor id:", std::to_string(vendor_id));
+    tell("model:", model);
+    tell("serial number:", serial_number);
+    tell("sw ver:", software_version);
+    tell("hw ver:", hardware_version);
+    tell("dock model:", dock_model);
+    tell("dock serial number:", dock_serial_number);
+    tell("dongle model:", dongle_model);
+    tell("dongle serial number:", dongle_serial_number);
+    tell("dongle version:", dongle_version);
+    tell("connection type:", connection_type);
+    tell("connection status:", connection_status);
+    text += '\n';
+    return text;
 }
 
 bool AccessoryInfoImpl::firmware_data_ready() {

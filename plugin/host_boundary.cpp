@@ -6,11 +6,11 @@ namespace headsetmgmt::plugin {
 
 namespace {
 
-thread_local int depth = 0;  // host calls of this thread, one inside the other
+thread_local int depth_of_thread = 0;  // host calls, one inside the other
 
 }  // namespace
 
-HostCall::HostCall() {
+HostCall::HostCall() : depth(depth_of_thread) {
     ++depth;
 }
 
@@ -19,7 +19,7 @@ HostCall::~HostCall() {
 }
 
 bool HostCall::is_under_way() {
-    return depth != 0;
+    return depth_of_thread != 0;
 }
 
 }  // namespace headsetmgmt::plugin

@@ -18,6 +18,9 @@ public:
 
     /// Whether the calling thread is inside a host function.
     static bool is_under_way();
+
+private:
+    int& depth;  // the thread's own; to find it takes longer than to count
 };
 
 /// The host's text; empty for null.

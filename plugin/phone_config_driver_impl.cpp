@@ -30,7 +30,10 @@ void PhoneConfigDriverImpl::on_failure(const std::string& /*accessory_id*/,
 void PhoneConfigDriverImpl::on_pending(const std::string& /*accessory_id*/,
                                        ConfigureResponse /*response*/) const {}
 
-bool PhoneConfigDriverImpl::check_legacy_upgrade(const std::string& accessory_id) {
+// Kept although no flow calls it: a host that lacks the function it asks is to be told so when it
+// loads the library, as for the other six.
+[[gnu::used, gnu::retain]] bool
+PhoneConfigDriverImpl::check_legacy_upgrade(const std::string& accessory_id) {
     const plugin::HostCall host_call;
     return check_firmware_upgrade(accessory_id.c_str());
 }

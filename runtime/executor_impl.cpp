@@ -39,7 +39,7 @@ ExecutorImpl::~ExecutorImpl() {
 
 void ExecutorImpl::add_task(task_functor functor, void* context, TaskParametersInterface* params) {
     assert(functor);
-    debug("ExecutorImpl::add_task: ENTER.\n");
+    debug(lines.add_task);
 
     bool rejected = false;
     {
@@ -53,18 +53,17 @@ void ExecutorImpl::add_task(task_functor functor, void* context, TaskParametersI
                                                                         : nullptr);
         Task task(functor, context, copy.get());
         if (copy && copy->get_defer_time() != 0) {
-            debug("ExecutorImpl: add deferred task.\n");
+            debug(lines.deferred);
             task.set_deferring();
         }
-        debug("ExecutorImpl::ExecutorImpl adding a task\n");
+        debug(lines.adding);
         rejected = !append(task);
         if (!rejected) {
             static_cast<void>(copy.release());  // the queue has it
         }
     }
     if (rejected) {
-        // "existing", and the constructor's name in these lines: receivers know them as they are.
-        debug("ExecutorImpl::ExecutorImpl existing, task rejected.\n");
+        debug(lines.rejected);
     }
 }
 
@@ -86,7 +85,7 @@ bool ExecutorImpl::threadLoop() {
     usleep(pause_between_passes);
     // Ends every pass that ran something, not only the last one.
     if (tasks_run != 0) {
-        debug("ExecutorImpl::threadLoop exiting.\n");
+        debug(lines.pass_ends);
     }
     return true;
 }
@@ -138,9 +137,9 @@ bool ExecutorImpl::handle(Task task) {
                 static_cast<void>(params.release());
                 return false;
             }
-            debug("ExecutorImpl: threadloop timeout reached\n");
+            debug(lines.timed_out);
         } else if (status == TaskParametersInterface::drop) {
-            debug("ExecutorImpl: drop task\n");
+            debug(lines.dropped);
             return false;
         }
     } catch (...) {
@@ -152,7 +151,7 @@ bool ExecutorImpl::handle(Task task) {
 }
 
 void ExecutorImpl::execute(const Task& task) {
-    debug("ExecutorImpl::threadLoop, start executing task\n");
+    debug(lines.starts);
     bool completed = false;
     try {
         task.func(task.context, task.params);
@@ -160,22 +159,13 @@ void ExecutorImpl::execute(const Task& task) {
     } catch (...) {
         // Nothing that a task throws may end the worker.
     }
-    debug(completed ? "ExecutorImpl::threadLoop, complete executing task\n"
-                    : "ExecutorImpl::threadLoop, error executing task, moving on\n");
+    debug(completed ? lines.completed : lines.failed);
 }
 
-/// Delivers a line; when memory runs out the line is lost, not the worker.
-void ExecutorImpl::debug(const char* message) {
-    if (log == nullptr) {
-        return;
+void ExecutorImpl::debug(const std::string& line) {
+    if (log != nullptr) {
+        log->print(log::LogLevel::debug, line);
     }
-    std::string line;
-    try {
-        line = message;
-    } catch (const std::bad_alloc&) {
-        return;
-    }
-    log->print(log::LogLevel::debug, line);
 }
 
 }  // namespace headsetmgmt

@@ -39,12 +39,28 @@ private:
     bool append(Task task);
     bool handle(Task task);
     void execute(const Task& task);
-    void debug(const char* message);
+    void debug(const std::string& line);
 
     std::vector<Task> queue;  // the oldest task is at the front
     vix::Mutex queue_mutex;   // guards the queue and the exiting flag, and nothing else
     bool exiting = false;
     log::HostLogInterface* log;
+
+    /// What the executor says, ready to be handed over: a line takes no memory.
+    struct Lines {
+        const std::string add_task = "ExecutorImpl::add_task: ENTER.\n";
+        const std::string deferred = "ExecutorImpl: add deferred task.\n";
+        // The constructor's name, and "existing": receivers know the lines as they are.
+        const std::string adding = "ExecutorImpl::ExecutorImpl adding a task\n";
+        const std::string rejected = "ExecutorImpl::ExecutorImpl existing, task rejected.\n";
+        const std::string pass_ends = "ExecutorImpl::threadLoop exiting.\n";
+        const std::string timed_out = "ExecutorImpl: threadloop timeout reached\n";
+        const std::string dropped = "ExecutorImpl: drop task\n";
+        const std::string starts = "ExecutorImpl::threadLoop, start executing task\n";
+        const std::string completed = "ExecutorImpl::threadLoop, complete executing task\n";
+        const std::string failed = "ExecutorImpl::threadLoop, error executing task, moving on\n";
+    };
+    const Lines lines;
 };
 
 }  // namespace headsetmgmt

@@ -2,6 +2,7 @@
 
 #include "runtime/thread.h"
 
+#include <cstddef>
 #include <mutex>
 #include <sched.h>
 #include <sys/prctl.h>
@@ -11,6 +12,10 @@ namespace vix {
 namespace {
 
 using StateLock = std::lock_guard<Mutex>;
+
+/// The deepest document takes 105 KiB of it, when the host answers from inside its request; the
+/// rest is for what the host does there.
+constexpr std::size_t stack_size = 256 * 1024;
 
 /// Attributes of a thread to be made, given back at the end of the scope.
 class ThreadAttributes {
@@ -26,6 +31,9 @@ public:
     ThreadAttributes& operator=(const ThreadAttributes&) = delete;
 
     bool is_valid() const { return valid; }
+    bool set_stack_size(std::size_t size) {
+        return pthread_attr_setstacksize(&attributes, size) == 0;
+    }
     bool set_detached() {
         return pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED) == 0;
     }
@@ -54,6 +62,8 @@ bool Thread::run(const char* name, std::uint32_t wanted_flags, std::uint32_t wan
     if (!attributes.is_valid()) {
         return false;
     }
+    // The system's default where this is refused.
+    static_cast<void>(attributes.set_stack_size(stack_size));
     const bool detached = (flags & THREAD_FLAG_DETACHED) != 0;
     if (detached && !attributes.set_detached()) {
         return false;

@@ -2,11 +2,16 @@
 
 #pragma once
 
+#include <array>
+#include <charconv>
+#include <cstddef>
 #include <cstdint>
 #include <ios>
 #include <new>
 #include <sstream>
 #include <string>
+#include <string_view>
+#include <type_traits>
 
 #include "headsetmgmt/export.h"
 
@@ -45,22 +50,37 @@ class LogStream {
 public:
     /// Begins the line with `name` and ": ". `sink` is borrowed and may be null: the line then goes
     /// nowhere, as it does when `is_enabled` is false.
-    LogStream(HostLogInterface* sink, LogLevel line_level, const std::string& name, bool is_enabled)
+    [[gnu::noinline]] LogStream(HostLogInterface* sink, LogLevel line_level,
+                                const std::string& name, bool is_enabled)
         : host(sink), level(line_level), enabled(is_enabled) {
-        buffer << std::boolalpha << name << ": ";
+        buffer.setf(std::ios_base::boolalpha);
+        append(name);
+        append(": ");
     }
 
     /// Delivers the line. A host that throws here ends the process.
-    virtual ~LogStream() { flush(); }
+    [[gnu::noinline]] virtual ~LogStream() { flush(); }
 
     LogStream(const LogStream&) = delete;
     LogStream& operator=(const LogStream&) = delete;
 
-    /// Appends `piece` as a standard stream writes it; `bool` as true or false. Nothing is put
-    /// between pieces.
+    /// Appends `piece` as a standard stream writes it; `bool` as true or false, numbers without the
+    /// grouping and the decimal point of the process's locale. Nothing is put between pieces.
     template <typename T>
     LogStream& operator<<(const T& piece) {
-        buffer << piece;
+        if constexpr (is_text<T>) {
+            if constexpr (std::is_pointer_v<T>) {
+                if (piece == nullptr) {
+                    buffer << piece;
+                    return *this;
+                }
+            }
+            append(piece);
+        } else if constexpr (is_number<T>) {
+            append_number(piece);
+        } else {
+            buffer << piece;
+        }
         return *this;
     }
 
@@ -80,6 +100,53 @@ public:
     }
 
 private:
+    template <typename T>
+    static constexpr bool is_text = std::is_convertible_v<const T&, std::string_view>;
+    template <typename T>
+    static constexpr bool is_number = std::is_same_v<T, int> || std::is_same_v<T, unsigned int> ||
+                                      std::is_same_v<T, unsigned long> || std::is_same_v<T, double>;
+
+    /// What the stream's own insertion of texts comes to where nothing is out of the ordinary.
+    /// Once a library, like all that is not inline here, not once a line.
+    [[gnu::noinline]] void append(std::string_view text) noexcept {
+        if (!buffer.good() || buffer.width() != 0) {
+            buffer << text;
+            return;
+        }
+        try {
+            const auto size = static_cast<std::streamsize>(text.size());
+            if (buffer.rdbuf()->sputn(text.data(), size) == size) {
+                return;
+            }
+        } catch (...) {
+            // As the stream's own insertion does: what follows is not written.
+        }
+        buffer.setstate(std::ios_base::badbit);
+    }
+
+    /// The same for numbers.
+    template <typename T>
+    [[gnu::noinline]] void append_number(T number) noexcept {
+        constexpr std::ios_base::fmtflags usual_flags =
+            std::ios_base::dec | std::ios_base::skipws | std::ios_base::boolalpha;
+        constexpr int usual_precision = 6;
+        if (buffer.flags() != usual_flags || buffer.precision() != usual_precision) {
+            buffer << number;
+            return;
+        }
+        std::array<char, 32> digits;
+        char* const first = digits.data();
+        char* const last = first + digits.size();
+        char* end = nullptr;
+        if constexpr (std::is_floating_point_v<T>) {
+            end =
+                std::to_chars(first, last, number, std::chars_format::general, usual_precision).ptr;
+        } else {
+            end = std::to_chars(first, last, number).ptr;
+        }
+        append({first, static_cast<std::size_t>(end - first)});
+    }
+
     std::ostringstream buffer;
     HostLogInterface* host;
     LogLevel level;
@@ -105,6 +172,17 @@ public:
     LogStream notice() const { return {host, LogLevel::notice, name, enabled}; }
     LogStream info() const { return {host, LogLevel::info, name, enabled}; }
     LogStream debug() const { return {host, LogLevel::debug, name, enabled}; }
+
+    /// The line that a stream of the one piece `text` makes, for `write`.
+    std::string line(const char* text) const { return name + ": " + text; }
+
+    /// Delivers a finished line, such as one that is written again and again. A host that throws
+    /// ends the process.
+    void write(LogLevel level, const std::string& finished_line) const noexcept {
+        if (enabled && host != nullptr) {
+            host->print(level, finished_line);
+        }
+    }
 
 private:
     HostLogInterface* host;

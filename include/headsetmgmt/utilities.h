@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "headsetmgmt/accessory_info.h"
 #include "headsetmgmt/export.h"
@@ -24,6 +25,9 @@ void to_lower(std::string& text);
 
 /// Whether two texts are the same but for the case of ASCII letters. Any thread.
 bool equals_ignore_case(std::string left, std::string right);
+
+/// The same, without copies. Any thread.
+bool same_but_for_case(std::string_view left, std::string_view right);
 
 /// Whether at least one character is an ASCII letter, which is what tells a development build's
 /// version from a release. Any thread.

@@ -1,5 +1,7 @@
 // Log lines: how one is composed, and that it is delivered once, at its level.
 
+#include <iomanip>
+#include <locale>
 #include <memory>
 #include <mutex>
 #include <stdexcept>
@@ -165,6 +167,66 @@ TEST(LogTest, EveryKindOfPieceIsWrittenAsItStands) {
         ElementsAre(
             Pair(LogLevel::info,
                  "Component: text constant array array -7 4294967295 18446744073709551615 2.5")));
+}
+
+/// Groups digits by threes and has a comma for a point.
+class Continental : public std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+TEST(LogTest, NumbersAreWrittenAlikeInEveryLocale) {
+    LineSink sink;
+    const Logger logger(&sink, "Component", true);
+    const std::locale before =
+        std::locale::global(std::locale(std::locale::classic(), new Continental));
+
+    logger.info() << -1234567 << " " << 4294967295U << " " << 18446744073709551615UL << " " << 2.5
+                  << " " << 1e300 << " " << -0.0;
+
+    std::locale::global(before);
+    EXPECT_THAT(sink.lines,
+                ElementsAre(Pair(LogLevel::info, "Component: -1234567 4294967295 "
+                                                 "18446744073709551615 2.5 1e+300 -0")));
+}
+
+TEST(LogTest, ManipulatorsWorkAsOnAStream) {
+    LineSink sink;
+    const Logger logger(&sink, "Component", true);
+
+    logger.info() << std::hex << 255 << std::dec << "|" << std::setw(4) << 7 << "|" << std::setw(4)
+                  << "ab"
+                  << "|" << std::setprecision(3) << 1.23456 << "|" << std::fixed << 1.5;
+
+    EXPECT_THAT(sink.lines,
+                ElementsAre(Pair(LogLevel::info, "Component: ff|   7|  ab|1.23|1.500")));
+}
+
+TEST(LogTest, NullTextEndsTheLine) {
+    LineSink sink;
+    const Logger logger(&sink, "Component", true);
+    const char* nothing = nullptr;
+
+    logger.info() << "before" << nothing << "after" << 7;
+
+    EXPECT_THAT(sink.lines, ElementsAre(Pair(LogLevel::info, "Component: before")));
+}
+
+TEST(LogTest, FinishedLineIsTheOneThatAStreamMakesAndIsDeliveredEachTime) {
+    LineSink sink;
+    const Logger logger(&sink, "Component", true);
+    const Logger disabled(&sink, "Component", false);
+    const Logger without_host(nullptr, "Component", true);
+
+    const std::string line = logger.line("send: Enter");
+    logger.write(LogLevel::notice, line);
+    logger.write(LogLevel::notice, line);
+    disabled.write(LogLevel::notice, line);
+    without_host.write(LogLevel::notice, line);
+
+    EXPECT_THAT(sink.lines, ElementsAre(Pair(LogLevel::notice, "Component: send: Enter"),
+                                        Pair(LogLevel::notice, "Component: send: Enter")));
 }
 
 TEST(LogTest, LineEndsWithoutTerminatorUnlessItsWriterPutOneIn) {

@@ -244,9 +244,11 @@ def refuse_unknown(equivalents, source):
     known = {
         mutant.key() for name in library_files(source) for mutant in share_of(source, name, 0).draw
     }
-    for file, function, before, after, _ in equivalents.keys() - known:
-        change = f"{file} {function}: {before} -> {after}"
-        sys.exit(f"mutate: {EQUIVALENT.name}: no such mutant: {change}")
+    unknown = sorted(equivalents.keys() - known)
+    for file, function, before, after, _ in unknown:
+        print(f"mutate: {EQUIVALENT.name}: no such mutant: {file} {function}: {before} -> {after}")
+    if unknown:
+        sys.exit(1)
 
 
 def main():

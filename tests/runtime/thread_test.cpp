@@ -271,19 +271,20 @@ TEST(ThreadTest, ThreadThatTheSystemDoesNotLetGoCanStillBeJoined) {
     EXPECT_TRUE(thread.join());
 }
 
-TEST(ThreadTest, ThreadCannotJoinItself) {
-    bool joined = true;
-    BodyThread* self = nullptr;
+TEST(ThreadTest, ThreadHasTheStackThatItNeedsAndNoMore) {
+    std::size_t size = 0;
     BodyThread thread([&] {
-        joined = self->join();
+        pthread_attr_t attributes;
+        EXPECT_EQ(pthread_getattr_np(pthread_self(), &attributes), 0);
+        EXPECT_EQ(pthread_attr_getstacksize(&attributes, &size), 0);
+        EXPECT_EQ(pthread_attr_destroy(&attributes), 0);
         return false;
     });
-    self = &thread;
 
     EXPECT_TRUE(thread.run(nullptr, 0, 0));
 
     EXPECT_TRUE(thread.join());
-    EXPECT_FALSE(joined);
+    EXPECT_EQ(size, 262144U);
 }
 
 /// The detach state of a thread that was run with `flags`.

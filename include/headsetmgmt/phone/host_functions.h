@@ -6,7 +6,7 @@
 // that start and stop do nothing there, and except while it holds a lock of its own that another
 // thread may hold while it calls the flat interface. A function should return soon: stopping the
 // library waits for the one that is running. It must not end or cancel its thread, nor unload the
-// library.
+// library. On the worker thread it has 240 KiB of stack, half of them if it calls `httpResponse`.
 
 #pragma once
 

@@ -1,0 +1,39 @@
+// What the least that anyone could do is made of: log lines, a map of settings, a report.
+
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "headsetmgmt/config.h"
+
+namespace headsetmgmt::benchmarks {
+
+/// The texts of log lines, in one piece of memory, to be written as they stand.
+class Lines {
+public:
+    explicit Lines(const std::vector<std::string>& texts);
+
+    /// Writes each with a string stream of its own and hands it to the log callback as a string.
+    void write() const;
+
+    std::size_t count() const { return ends.size(); }
+
+private:
+    std::string all;
+    std::vector<std::size_t> ends;
+};
+
+/// The settings of `document_of_settings`, as they stand in the settings map.
+std::vector<ConfigParam> settings_of_document(std::size_t settings, const std::string& remark = "");
+
+/// A map of them.
+std::map<int, ConfigParam> map_of(const std::vector<ConfigParam>& settings);
+
+/// Builds the report on `headset`, prints it and deletes both; its length.
+std::size_t build_report();
+
+}  // namespace headsetmgmt::benchmarks

@@ -1,0 +1,143 @@
+// What a host sees: a document's way and a report's, each beside the least that anyone could do for
+// the same result.
+
+#include <cstddef>
+#include <malloc.h>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+#include <cjson/cJSON.h>
+
+#include "headsetmgmt/config.h"
+#include "headsetmgmt/phone/flat_interface.h"
+
+#include "benchmarks/comparison.h"
+#include "benchmarks/documents.h"
+#include "benchmarks/floors.h"
+#include "benchmarks/phone.h"
+#include "benchmarks/processor_time.h"
+#include "benchmarks/resting_worker.h"
+
+namespace headsetmgmt::benchmarks {
+namespace {
+
+/// Runs `answer` for an accessory that waits for its document; what `answer` answers. It finds a
+/// heap without leftovers, as a phone's first document does: to put those of an earlier one in
+/// order would be at the cost of whoever first asks for a large block.
+template <typename Answer>
+double with_waiting_accessory(Phone& phone, Answer answer) {
+    phone.attach_and_fetch(headset("1"));
+    malloc_trim(0);
+    const double seconds = answer();
+    remove_peripheral("1");
+    return seconds;
+}
+
+/// Where a document's way ends.
+enum class End { last_apply, result };
+
+/// From `httpResponse` to the last `apply_changes`, or on to its return: a few lines, and the end
+/// of the tree and of the copy of the text.
+void document(benchmark::State& state, End end) {
+    const auto settings = static_cast<std::size_t>(state.range(0));
+    const std::string text = document_of_settings(settings);
+    const std::vector<ConfigParam> list = settings_of_document(settings);
+    Phone phone;
+    const auto answer_request = [&] {
+        phone.watch_apply(settings);
+        const double begin = processor_seconds();
+        httpResponse(text.c_str(), 200);
+        return (end == End::result ? processor_seconds() : phone.watched_apply()) - begin;
+    };
+    std::vector<std::string> texts;
+    with_waiting_accessory(phone, [&] {
+        texts = phone.lines_of(answer_request);
+        return 0.0;
+    });
+    const Lines lines(texts);
+
+    const auto ours = [&] {
+        const std::size_t applied = phone.counts().applied;
+        const double seconds = with_waiting_accessory(phone, answer_request);
+        if (phone.counts().applied != applied + settings) {
+            throw std::logic_error("not all settings were applied");
+        }
+        return seconds;
+    };
+    const auto floor = [&] {
+        return with_waiting_accessory(phone, [&] {
+            std::map<int, ConfigParam> map;
+            const double seconds = processor_seconds_of([&] {
+                cJSON* tree = cJSON_Parse(text.c_str());
+                map = map_of(list);
+                lines.write();
+                cJSON_Delete(tree);
+            });
+            httpResponse("{}", 200);
+            return seconds;
+        });
+    };
+    compare(state, ours, floor);
+}
+
+/// From `send_inventory` to the request, on both threads.
+void report(benchmark::State& state) {
+    constexpr std::size_t at_a_time = 50;  // so that the worker's waking does not count
+    Phone phone;
+    const auto accessory = headset("1");
+    std::vector<std::string> texts = phone.lines_of([&] {
+        send_inventory(accessory);
+        run_worker();
+    });
+    texts.pop_back();  // ends the pass, whatever the number of reports
+    const Lines lines(texts);
+
+    const auto ours = [&] {
+        const std::size_t posts = phone.counts().posts;
+        double seconds = processor_seconds_of([&] {
+            for (std::size_t i = 0; i < at_a_time; ++i) {
+                send_inventory(accessory);
+            }
+        });
+        seconds += run_worker();
+        if (phone.counts().posts != posts + at_a_time) {
+            throw std::logic_error("not all reports were posted");
+        }
+        return seconds / at_a_time;
+    };
+    const auto floor = [&] {
+        const double seconds = processor_seconds_of([&] {
+            for (std::size_t i = 0; i < at_a_time; ++i) {
+                benchmark::DoNotOptimize(build_report());
+                lines.write();
+            }
+        });
+        return seconds / at_a_time;
+    };
+    compare(state, ours, floor);
+}
+
+// The number of iterations is fixed: most of a run is attaching and waiting, which is not measured.
+void document_to_its_last_apply(benchmark::State& state) {
+    document(state, End::last_apply);
+}
+
+void document_to_its_result(benchmark::State& state) {
+    document(state, End::result);
+}
+
+BENCHMARK(document_to_its_last_apply)->Arg(10)->Iterations(300)->UseManualTime();
+BENCHMARK(document_to_its_last_apply)->Arg(1000)->Iterations(40)->UseManualTime();
+BENCHMARK(document_to_its_last_apply)->Arg(100000)->Iterations(3)->UseManualTime();
+BENCHMARK(document_to_its_result)->Arg(10)->Iterations(300)->UseManualTime();
+BENCHMARK(document_to_its_result)->Arg(1000)->Iterations(40)->UseManualTime();
+BENCHMARK(document_to_its_result)->Arg(100000)->Iterations(3)->UseManualTime();
+BENCHMARK(report)->Iterations(30)->UseManualTime();
+
+}  // namespace
+}  // namespace headsetmgmt::benchmarks
+
+BENCHMARK_MAIN();

@@ -1,0 +1,89 @@
+// The library's worker, whose pauses between two passes last until a benchmark wants the next pass.
+
+#include "benchmarks/resting_worker.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <unistd.h>
+
+#include "benchmarks/processor_time.h"
+
+namespace headsetmgmt::benchmarks {
+
+namespace {
+
+std::mutex bed_mutex;  // guards all below
+std::condition_variable bed_changed;
+bool resting = false;
+bool told_to_go_on = false;
+bool awake_for_good = false;
+std::function<void()> errand;
+double woken = 0;     // the worker's processor time when it went on,
+double lay_down = 0;  // and when it came to rest
+
+using BedLock = std::unique_lock<std::mutex>;
+
+void rest() {
+    const double now = processor_seconds();
+    BedLock lock(bed_mutex);
+    lay_down = now;
+    resting = true;
+    bed_changed.notify_all();
+    while (!told_to_go_on && !awake_for_good) {
+        if (errand) {
+            errand();
+            errand = nullptr;
+            bed_changed.notify_all();
+        }
+        bed_changed.wait(lock);
+    }
+    resting = false;
+    told_to_go_on = false;
+    woken = processor_seconds();
+}
+
+void wait_for_rest(BedLock& lock) {
+    bed_changed.wait(lock, [] { return resting && !told_to_go_on; });
+}
+
+}  // namespace
+
+void make_bed_for_worker() {
+    const BedLock lock(bed_mutex);
+    awake_for_good = false;
+}
+
+void wait_for_worker() {
+    BedLock lock(bed_mutex);
+    wait_for_rest(lock);
+}
+
+double run_worker() {
+    BedLock lock(bed_mutex);
+    wait_for_rest(lock);
+    told_to_go_on = true;
+    bed_changed.notify_all();
+    wait_for_rest(lock);
+    return lay_down - woken;
+}
+
+void run_on_worker(const std::function<void()>& body) {
+    BedLock lock(bed_mutex);
+    wait_for_rest(lock);
+    errand = body;
+    bed_changed.notify_all();
+    bed_changed.wait(lock, [] { return !errand; });
+}
+
+void wake_worker_for_good() {
+    const BedLock lock(bed_mutex);
+    awake_for_good = true;
+    bed_changed.notify_all();
+}
+
+}  // namespace headsetmgmt::benchmarks
+
+extern "C" int usleep(useconds_t /*duration*/) {
+    headsetmgmt::benchmarks::rest();
+    return 0;
+}

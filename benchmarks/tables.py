@@ -1,0 +1,119 @@
+"""Prints what the benchmarks measured as tables, in Markdown.
+
+Usage: tables.py sizes RESULTS.json
+       tables.py ratios RESULTS.json...
+
+RESULTS.json is what Google Benchmark wrote with --benchmark_out. All figures are medians.
+"""
+
+import json
+import sys
+
+
+def medians(paths):
+    """The median of each benchmark, by its name without the suffixes of the framework."""
+    found = {}
+    for path in paths:
+        with open(path, encoding="utf-8") as file:
+            results = json.load(file)
+        for result in results["benchmarks"]:
+            if result.get("aggregate_name") == "median":
+                found[result["run_name"].replace("/manual_time", "")] = result
+    # In the order in which they stand in the source, whatever the order of the runs.
+    return dict(sorted(found.items(), key=lambda item: (item[1]["family_index"],
+                                                        item[1]["per_family_instance_index"])))
+
+
+def print_table(titles, rows):
+    """A table whose columns are as wide as they need to be."""
+    cells = [titles, *rows]
+    widths = [max(len(row[column]) for row in cells) for column in range(len(titles))]
+    lines = [" | ".join(text.ljust(width) for text, width in zip(row, widths)) for row in cells]
+    rule = "-|-".join("-" * width for width in widths)
+    for line in [lines[0], rule, *lines[1:]]:
+        print(f"| {line} |")
+    print()
+
+
+def in_words(number):
+    return f"{number:,}"
+
+
+def print_sizes(results):
+    """Each family at 1, 10 and 100 times the size: time a piece and a byte, growth, stack."""
+    families = {}
+    for name, result in results.items():
+        family, argument = name.rsplit("/", 1)
+        families.setdefault(family, {})[int(argument)] = result
+    rows = []
+    for family, members in families.items():
+        first = members[min(members)]
+        for argument in sorted(members):
+            result = members[argument]
+            growth = result["ns_per_piece"] / first["ns_per_piece"]
+            rows.append([
+                family.replace("_", " "),
+                in_words(argument),
+                f"{result['bytes'] / 1e6:.2f}",
+                f"{result['real_time']:.1f}",
+                f"{result['ns_per_piece']:.1f}",
+                f"{result['ns_per_byte']:.2f}",
+                f"{growth:.2f}",
+                f"{result['stack'] / 1024:.1f}" if "stack" in result else "",
+            ])
+    print_table(["document of", "pieces", "MB", "ms", "ns a piece", "ns a byte",
+                 "growth a piece", "stack, KiB"], rows)
+
+
+# What is compared: words, the benchmark, the ratio to reach.
+RATIOS = [
+    ("document of 10 settings, to the last apply_changes", "document_to_its_last_apply/10", 1.4),
+    ("document of 1,000 settings", "document_to_its_last_apply/1000", 1.4),
+    ("document of 100,000 settings", "document_to_its_last_apply/100000", 1.4),
+    ("the same of 10, to httpResponse's return", "document_to_its_result/10", None),
+    ("the same of 1,000", "document_to_its_result/1000", None),
+    ("the same of 100,000", "document_to_its_result/100000", None),
+    ("one log line", "log_line", 1.15),
+    ("one log line with no host", "log_line_with_no_host", 1.15),
+    ("one inventory report", "report", 1.3),
+    ("from add_task to run", "add_task_to_run", 1.5),
+]
+
+
+def verdict(ratio, target):
+    if target is None:
+        return ""
+    return "reached" if ratio <= target else "MISSED"
+
+
+def print_ratios(results):
+    results = {name.split("/iterations:")[0]: result for name, result in results.items()}
+    rows = []
+    for what, name, target in RATIOS:
+        result = results[name]
+        rows.append([what, f"{result['ours']:,.0f}", f"{result['floor']:,.0f}",
+                     f"{result['ratio']:.2f}", f"{target:.2f}" if target else "",
+                     verdict(result["ratio"], target)])
+    growth = (results["document_to_its_last_apply/100000"]["ratio"]
+              / results["document_to_its_last_apply/1000"]["ratio"])
+    rows.append(["growth of the ratio from 1,000 to 100,000 settings", "", "", f"{growth:.2f}",
+                 "1.15", verdict(growth, 1.15)])
+    print_table(["what", "ours, ns", "floor, ns", "ratio", "to reach", ""], rows)
+
+    rows = [[in_words(int(name.split("/")[1])), f"{result['real_time']:,.0f}"]
+            for name, result in results.items() if name.startswith("queue_of/")]
+    print_table(["tasks in the queue", "ns a task"], rows)
+
+
+def main(arguments):
+    if len(arguments) < 2 or arguments[0] not in ("sizes", "ratios"):
+        sys.exit(__doc__)
+    results = medians(arguments[1:])
+    if arguments[0] == "sizes":
+        print_sizes(results)
+    else:
+        print_ratios(results)
+
+
+if __name__ == "__main__":
+    main(sys.argv[1:])
