@@ -15,7 +15,7 @@ using StateLock = std::lock_guard<Mutex>;
 
 /// The deepest document takes 105 KiB of it, when the host answers from inside its request; the
 /// rest is for what the host does there.
-constexpr std::size_t stack_size = 256 * 1024;
+constexpr std::size_t stack_size = std::size_t{256} * 1024;
 
 /// Attributes of a thread to be made, given back at the end of the scope.
 class ThreadAttributes {

@@ -68,7 +68,7 @@ public:
     /// grouping and the decimal point of the process's locale. Nothing is put between pieces.
     template <typename T>
     LogStream& operator<<(const T& piece) {
-        if constexpr (is_text<T>) {
+        if constexpr (is_text_<T>) {
             if constexpr (std::is_pointer_v<T>) {
                 if (piece == nullptr) {
                     buffer << piece;
@@ -76,7 +76,7 @@ public:
                 }
             }
             append(piece);
-        } else if constexpr (is_number<T>) {
+        } else if constexpr (is_number_<T>) {
             append_number(piece);
         } else {
             buffer << piece;
@@ -101,10 +101,11 @@ public:
 
 private:
     template <typename T>
-    static constexpr bool is_text = std::is_convertible_v<const T&, std::string_view>;
+    static constexpr bool is_text_ = std::is_convertible_v<const T&, std::string_view>;
     template <typename T>
-    static constexpr bool is_number = std::is_same_v<T, int> || std::is_same_v<T, unsigned int> ||
-                                      std::is_same_v<T, unsigned long> || std::is_same_v<T, double>;
+    static constexpr bool is_number_ =
+        std::is_same_v<T, int> || std::is_same_v<T, unsigned int> ||
+        std::is_same_v<T, unsigned long> || std::is_same_v<T, double>;
 
     /// What the stream's own insertion of texts comes to where nothing is out of the ordinary.
     /// Once a library, like all that is not inline here, not once a line.
