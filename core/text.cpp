@@ -44,7 +44,9 @@ void to_lower(std::string& text) {
 }
 
 bool equals_ignore_case(std::string left, std::string right) {
-    return same_but_for_case(left, right);
+    to_lower(left);
+    to_lower(right);
+    return left == right;
 }
 
 bool same_but_for_case(std::string_view left, std::string_view right) {

@@ -92,7 +92,8 @@ bool Thread::join() {
         const StateLock state_lock(state_mutex);
         joined = handle;
     }
-    // Without the mutex, which the thread needs in order to end.
+    // Without the mutex, which the thread needs in order to end. It fails of a thread that joins
+    // itself alone, which is not allowed.
     if (joined == 0 || pthread_join(joined, nullptr) != 0) {
         return false;
     }
