@@ -284,7 +284,10 @@ TEST(ThreadTest, ThreadHasTheStackThatItNeedsAndNoMore) {
     EXPECT_TRUE(thread.run(nullptr, 0, 0));
 
     EXPECT_TRUE(thread.join());
-    EXPECT_EQ(size, 262144U);
+    // ThreadSanitizer adds what it needs itself; the system's default would be eight times the
+    // limit.
+    EXPECT_GE(size, 262144U);
+    EXPECT_LT(size, 1048576U);
 }
 
 /// The detach state of a thread that was run with `flags`.
