@@ -8,7 +8,7 @@
 
 #include <cjson/cJSON.h>
 
-#include "benchmarks/phone.h"
+#include "benchmarks/host.h"
 
 namespace headsetmgmt::benchmarks {
 

@@ -5,6 +5,7 @@
 // Usage: footprint [LIBRARY]
 
 #include <chrono>
+#include <cstddef>
 #include <cstdio>
 #include <dlfcn.h>
 #include <fstream>
@@ -16,15 +17,15 @@
 #include "headsetmgmt/phone/host_types.h"
 
 #include "benchmarks/documents.h"
-#include "benchmarks/quiet_host.h"
+#include "benchmarks/host.h"
 
 namespace headsetmgmt::benchmarks {
 namespace {
 
 using SteadyClock = std::chrono::steady_clock;
 
-constexpr int accessories = 8;
-constexpr int settings = 100;
+constexpr std::size_t accessories = 8;
+constexpr std::size_t settings = 100;
 
 void ignore_line(int /*level*/, const char* /*text*/) {}
 
@@ -48,7 +49,7 @@ long private_memory() {
     return sum;
 }
 
-std::shared_ptr<AccessoryCache> accessory_number(int number) {
+std::shared_ptr<AccessoryCache> accessory_number(std::size_t number) {
     auto accessory = std::make_shared<AccessoryCache>();
     accessory->device_id = std::to_string(number);
     accessory->accessory_type = 1;
@@ -96,20 +97,20 @@ bool start_and_attach(const char* path) {
     auto* configure = library.function<bool(std::shared_ptr<AccessoryCache>)>(
         "_Z17configure_headsetSt10shared_ptrI14AccessoryCacheE");
     auto* answer = library.function<void(const char*, int)>("_Z12httpResponsePKci");
-    for (int number = 1; number <= accessories; ++number) {
+    for (std::size_t number = 1; number <= accessories; ++number) {
         configure(accessory_number(number));
     }
     // One document serves all that are waiting; who came later has a request of its own.
     const std::string document = document_of_settings(settings);
-    int answered = 0;
-    while (settings_applied < accessories * settings && milliseconds_since(begin) < 60000) {
-        if (documents_requested > answered) {
+    std::size_t answered = 0;
+    while (counts.applied < accessories * settings && milliseconds_since(begin) < 60000) {
+        if (counts.fetches > answered) {
             ++answered;
             answer(document.c_str(), 200);
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    return settings_applied == accessories * settings;
+    return counts.applied == accessories * settings;
 }
 
 }  // namespace

@@ -17,6 +17,7 @@
 #include "benchmarks/comparison.h"
 #include "benchmarks/documents.h"
 #include "benchmarks/floors.h"
+#include "benchmarks/host.h"
 #include "benchmarks/phone.h"
 #include "benchmarks/processor_time.h"
 #include "benchmarks/resting_worker.h"
@@ -47,10 +48,10 @@ void document(benchmark::State& state, End end) {
     const std::vector<ConfigParam> list = settings_of_document(settings);
     Phone phone;
     const auto answer_request = [&] {
-        phone.watch_apply(settings);
+        watch_apply(settings);
         const double begin = processor_seconds();
         httpResponse(text.c_str(), 200);
-        return (end == End::result ? processor_seconds() : phone.watched_apply()) - begin;
+        return (end == End::result ? processor_seconds() : watched_apply()) - begin;
     };
     std::vector<std::string> texts;
     with_waiting_accessory(phone, [&] {
@@ -60,9 +61,9 @@ void document(benchmark::State& state, End end) {
     const Lines lines(texts);
 
     const auto ours = [&] {
-        const std::size_t applied = phone.counts().applied;
+        const std::size_t applied = counts.applied;
         const double seconds = with_waiting_accessory(phone, answer_request);
-        if (phone.counts().applied != applied + settings) {
+        if (counts.applied != applied + settings) {
             throw std::logic_error("not all settings were applied");
         }
         return seconds;
@@ -96,14 +97,14 @@ void report(benchmark::State& state) {
     const Lines lines(texts);
 
     const auto ours = [&] {
-        const std::size_t posts = phone.counts().posts;
+        const std::size_t posts = counts.posts;
         double seconds = processor_seconds_of([&] {
             for (std::size_t i = 0; i < at_a_time; ++i) {
                 send_inventory(accessory);
             }
         });
         seconds += run_worker();
-        if (phone.counts().posts != posts + at_a_time) {
+        if (counts.posts != posts + at_a_time) {
             throw std::logic_error("not all reports were posted");
         }
         return seconds / at_a_time;
@@ -135,7 +136,7 @@ BENCHMARK(document_to_its_last_apply)->Arg(100000)->Iterations(3)->UseManualTime
 BENCHMARK(document_to_its_result)->Arg(10)->Iterations(300)->UseManualTime();
 BENCHMARK(document_to_its_result)->Arg(1000)->Iterations(40)->UseManualTime();
 BENCHMARK(document_to_its_result)->Arg(100000)->Iterations(3)->UseManualTime();
-BENCHMARK(report)->Iterations(30)->UseManualTime();
+BENCHMARK(report)->Iterations(300)->UseManualTime();
 
 }  // namespace
 }  // namespace headsetmgmt::benchmarks

@@ -2,6 +2,7 @@
 
 #include "plugin/accessory_info_impl.h"
 
+#include <cstddef>
 #include <string>
 
 namespace headsetmgmt {
@@ -29,7 +30,10 @@ std::string AccessoryInfoImpl::get_serial_number(SystemInfoInterface* /*system_i
 }
 
 std::string AccessoryInfoImpl::to_string() {
-    std::string text = "Accessory Info:\n";
+    constexpr std::size_t usual_size = 512;
+    std::string text;
+    text.reserve(usual_size);
+    text = "Accessory Info:\n";
     const auto tell = [&text](const char* fact, const std::string& value) {
         text.append(fact).append(value).push_back('\n');
     };

@@ -1,0 +1,76 @@
+// The host functions of the programs that measure.
+
+#include "benchmarks/host.h"
+
+#include "headsetmgmt/phone/host_functions.h"
+
+#include "benchmarks/processor_time.h"
+
+namespace headsetmgmt::benchmarks {
+
+namespace {
+
+std::size_t watched_call = 0;  // of `apply_changes`
+double watched_seconds = 0;
+
+}  // namespace
+
+Counts counts;
+std::function<void()> on_fetch;
+
+void count_line(int /*level*/, const char* /*text*/) {
+    ++counts.lines;
+}
+
+void watch_apply(std::size_t n) {
+    watched_call = counts.applied + n;
+}
+
+double watched_apply() {
+    return watched_seconds;
+}
+
+}  // namespace headsetmgmt::benchmarks
+
+namespace host = headsetmgmt::benchmarks;
+
+bool httpRequest(HttpRequestType type, const char* /*url*/, const char* /*body*/) {
+    if (type == HTTP_REQUEST_POST) {
+        ++host::counts.posts;
+        return true;
+    }
+    ++host::counts.fetches;
+    if (host::on_fetch) {
+        host::on_fetch();
+    }
+    return true;
+}
+
+bool apply_changes(const char* /*device_id*/, const char* /*name*/, int /*usage_id*/,
+                   const char* /*value*/) {
+    if (++host::counts.applied == host::watched_call) {
+        host::watched_seconds = host::processor_seconds();
+    }
+    return true;
+}
+
+bool request_firmware_upgrade(const char* /*device_id*/, const char* /*version*/,
+                              const char* /*firmware_name*/) {
+    return true;
+}
+
+bool check_firmware_upgrade(const char* /*device_id*/) {
+    return true;
+}
+
+const char* get_host_serial_num() {
+    return "PHONE-SERIAL";
+}
+
+const char* get_host_os_ver() {
+    return "os-1";
+}
+
+const char* get_orvik_ver() {
+    return "orvik-1";
+}
