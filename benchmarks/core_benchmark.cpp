@@ -13,6 +13,7 @@
 #include "headsetmgmt/log.h"
 
 #include "benchmarks/comparison.h"
+#include "benchmarks/least.h"
 #include "benchmarks/processor_time.h"
 #include "benchmarks/resting_worker.h"
 #include "core/owners.h"
@@ -90,22 +91,11 @@ void log_line_with_no_host(benchmark::State& state) {
     compare_lines(state, nullptr);
 }
 
-/// What the smallest task carries.
-class Errand : public TaskParametersInterface {
-public:
-    Errand() = default;
-    Errand(const Errand&) = default;
-
-    TaskParametersInterface* clone() const override { return new Errand(*this); }
-    int get_type() const override { return 0; }
-    int check_status() override { return ready; }
-};
-
 /// An executor whose worker rests.
 class Worker {
 public:
     Worker() : executor(&sink) {
-        make_bed_for_worker();
+        let_worker_rest();
         executor.run("worker", 0, 0);
         wait_for_worker();
     }
@@ -154,9 +144,9 @@ public:
     explicit BareQueue(log::HostLogInterface& log_sink) : sink(&log_sink) {}
 
     void push(task_functor functor, void* context, const TaskParametersInterface& params) {
-        print("ExecutorImpl::add_task: ENTER.\n");
+        print(lines[0]);
         const Entry entry = {functor, context, params.clone()};
-        print("ExecutorImpl::ExecutorImpl adding a task\n");
+        print(lines[1]);
         const std::lock_guard<std::mutex> lock(mutex);
         entries.push_back(entry);
     }
@@ -168,9 +158,9 @@ public:
             entry = entries.front();
             entries.pop_front();
         }
-        print("ExecutorImpl::threadLoop, start executing task\n");
+        print(lines[2]);
         entry.functor(entry.context, entry.params);
-        print("ExecutorImpl::threadLoop, complete executing task\n");
+        print(lines[3]);
         delete entry.params;
     }
 
@@ -181,11 +171,15 @@ private:
         TaskParametersInterface* params;
     };
 
-    void print(const char* text) {
+    void print(const std::string& line) {
         benchmark::DoNotOptimize(sink);
-        sink->print(log::LogLevel::debug, text);
+        sink->print(log::LogLevel::debug, line);
     }
 
+    const std::string lines[4] = {"ExecutorImpl::add_task: ENTER.\n",
+                                  "ExecutorImpl::ExecutorImpl adding a task\n",
+                                  "ExecutorImpl::threadLoop, start executing task\n",
+                                  "ExecutorImpl::threadLoop, complete executing task\n"};
     std::mutex mutex;
     std::deque<Entry> entries;
     log::HostLogInterface* sink;

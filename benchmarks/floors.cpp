@@ -43,7 +43,7 @@ std::vector<ConfigParam> settings_of_document(std::size_t settings, const std::s
 std::map<int, ConfigParam> map_of(const std::vector<ConfigParam>& settings) {
     std::map<int, ConfigParam> map;
     for (const ConfigParam& setting : settings) {
-        map.emplace(setting.usage_id, setting);
+        map.emplace_hint(map.end(), setting.usage_id, setting);
     }
     return map;
 }

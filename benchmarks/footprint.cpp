@@ -103,14 +103,14 @@ bool start_and_attach(const char* path) {
     // One document serves all that are waiting; who came later has a request of its own.
     const std::string document = document_of_settings(settings);
     std::size_t answered = 0;
-    while (counts.applied < accessories * settings && milliseconds_since(begin) < 60000) {
-        if (counts.fetches > answered) {
+    while (host_counts.applied < accessories * settings && milliseconds_since(begin) < 60000) {
+        if (host_counts.fetches > answered) {
             ++answered;
             answer(document.c_str(), 200);
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    return counts.applied == accessories * settings;
+    return host_counts.applied == accessories * settings;
 }
 
 }  // namespace

@@ -11,23 +11,25 @@ namespace headsetmgmt::benchmarks {
 namespace {
 
 std::size_t watched_call = 0;  // of `apply_changes`
-double watched_seconds = 0;
+std::size_t lines_at_watch = 0;
+ApplyCall watched;
 
 }  // namespace
 
-Counts counts;
+Counts host_counts;
 std::function<void()> on_fetch;
 
 void count_line(int /*level*/, const char* /*text*/) {
-    ++counts.lines;
+    ++host_counts.lines;
 }
 
 void watch_apply(std::size_t n) {
-    watched_call = counts.applied + n;
+    watched_call = host_counts.applied + n;
+    lines_at_watch = host_counts.lines;
 }
 
-double watched_apply() {
-    return watched_seconds;
+ApplyCall watched_apply() {
+    return watched;
 }
 
 }  // namespace headsetmgmt::benchmarks
@@ -36,10 +38,10 @@ namespace host = headsetmgmt::benchmarks;
 
 bool httpRequest(HttpRequestType type, const char* /*url*/, const char* /*body*/) {
     if (type == HTTP_REQUEST_POST) {
-        ++host::counts.posts;
+        ++host::host_counts.posts;
         return true;
     }
-    ++host::counts.fetches;
+    ++host::host_counts.fetches;
     if (host::on_fetch) {
         host::on_fetch();
     }
@@ -48,8 +50,8 @@ bool httpRequest(HttpRequestType type, const char* /*url*/, const char* /*body*/
 
 bool apply_changes(const char* /*device_id*/, const char* /*name*/, int /*usage_id*/,
                    const char* /*value*/) {
-    if (++host::counts.applied == host::watched_call) {
-        host::watched_seconds = host::processor_seconds();
+    if (++host::host_counts.applied == host::watched_call) {
+        host::watched = {host::processor_seconds(), host::host_counts.lines - host::lines_at_watch};
     }
     return true;
 }

@@ -17,7 +17,7 @@ struct Counts {
     std::atomic<std::size_t> fetches{0};
     std::atomic<std::size_t> posts{0};
 };
-extern Counts counts;
+extern Counts host_counts;
 
 /// The log callback that only counts.
 void count_line(int level, const char* text);
@@ -25,11 +25,17 @@ void count_line(int level, const char* text);
 /// Called from inside each `httpRequest` for a document; set it while nothing is under way.
 extern std::function<void()> on_fetch;
 
-/// Notes the thread's processor time in the `n`th call of `apply_changes` from now; to be set while
-/// nothing is under way.
+/// A call of `apply_changes`: the thread's processor time in it, and how many lines were told
+/// before.
+struct ApplyCall {
+    double processor_seconds = 0;
+    std::size_t lines_before = 0;
+};
+
+/// Notes the `n`th call of `apply_changes` from now; to be set while nothing is under way.
 void watch_apply(std::size_t n);
 
 /// What was noted, once that call has come.
-double watched_apply();
+ApplyCall watched_apply();
 
 }  // namespace headsetmgmt::benchmarks

@@ -16,7 +16,7 @@
 namespace {
 
 /// Seconds of processor time that the process has used so far.
-double processor_seconds() {
+double process_seconds() {
     timespec now = {};
     clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
     return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
@@ -37,10 +37,10 @@ void wait(long seconds) {
 /// Prints what the process takes while its main thread waits.
 void watch(const char* who, long seconds) {
     wait(1);
-    const double used_before = processor_seconds();
+    const double used_before = process_seconds();
     const long sleeps_before = sleeps();
     wait(seconds);
-    const double used = processor_seconds() - used_before;
+    const double used = process_seconds() - used_before;
     const auto wake_ups = static_cast<double>(sleeps() - sleeps_before - 1);  // one is our own
 
     const auto waited = static_cast<double>(seconds);

@@ -54,9 +54,12 @@ def count(program, library, job):
         return own_instructions(profile.read_text(encoding="utf-8"), own)
 
 
-def compiler():
-    return subprocess.run(["c++", "-dumpfullversion"], check=True, capture_output=True,
-                          text=True).stdout.strip()
+def compiler(program):
+    """Name and version of the compiler that the program's build folder is configured with."""
+    cache = pathlib.Path(program).resolve().parents[1] / "CMakeCache.txt"
+    found = re.search(r"^CMAKE_CXX_COMPILER:\w+=(.*)$", cache.read_text(encoding="utf-8"), re.M)
+    return subprocess.run([found[1], "--version"], check=True, capture_output=True,
+                          text=True).stdout.splitlines()[0]
 
 
 def main(arguments):
@@ -78,11 +81,11 @@ def main(arguments):
         print(f"| {job:8} | {counted['own']:>10,} | {before or 0:>10,} | {change:>8.2%} | "
               f"{counted['others']:>11,} |")
     if "--accept" in arguments:
-        ACCEPTED.write_text(json.dumps({"compiler": f"g++ {compiler()}", "instructions": counts},
+        ACCEPTED.write_text(json.dumps({"compiler": compiler(program), "instructions": counts},
                                        indent=4) + "\n", encoding="utf-8")
     elif "--check" in arguments and grown:
         sys.exit(f"instructions: FAILED ({', '.join(grown)}); accepted with "
-                 f"{accepted.get('compiler', 'no compiler')}, counted with g++ {compiler()}")
+                 f"{accepted.get('compiler', 'no compiler')}, counted with {compiler(program)}")
     elif "--check" in arguments:
         print("instructions: OK")
 

@@ -1,10 +1,9 @@
 // Runs one fixed job under callgrind, which counts instructions from the job's beginning to its
 // end.
 //
-// Usage: jobs document|log-line|report|attach [SETTINGS]
+// Usage: jobs document|log-line|report|attach
 
 #include <cstddef>
-#include <cstdlib>
 #include <functional>
 #include <iostream>
 #include <map>
@@ -15,6 +14,7 @@
 #include "headsetmgmt/phone/flat_interface.h"
 
 #include "benchmarks/documents.h"
+#include "benchmarks/least.h"
 #include "benchmarks/phone.h"
 #include "benchmarks/resting_worker.h"
 
@@ -27,21 +27,16 @@ void count_instructions_of(const std::function<void()>& job) {
     CALLGRIND_STOP_INSTRUMENTATION;
 }
 
-void document(std::size_t settings) {
+void document() {
+    constexpr std::size_t settings = 1000;
     Phone phone;
     const std::string text = document_of_settings(settings);
     phone.attach_and_fetch(headset("1"));
     count_instructions_of([&] { httpResponse(text.c_str(), 200); });
 }
 
-class NoLog : public log::HostLogInterface {
-public:
-    int map_to_host_log_level(log::LogLevel /*level*/) const override { return 0; }
-    void print(log::LogLevel /*level*/, const std::string& /*line*/) override {}
-};
-
 /// A thousand lines, such as a document causes for each of its settings.
-void log_line(std::size_t /*settings*/) {
+void log_line() {
     NoLog sink;
     const log::Logger logger(&sink, "HeadsetConfigImpl", true);
     const std::string name = "Speaker Volume";
@@ -55,7 +50,7 @@ void log_line(std::size_t /*settings*/) {
     });
 }
 
-void report(std::size_t /*settings*/) {
+void report() {
     Phone phone;
     const auto accessory = headset("1");
     count_instructions_of([&] {
@@ -64,7 +59,7 @@ void report(std::size_t /*settings*/) {
     });
 }
 
-void attach(std::size_t /*settings*/) {
+void attach() {
     Phone phone;
     const auto accessory = headset("1");
     count_instructions_of([&] {
@@ -79,14 +74,13 @@ void attach(std::size_t /*settings*/) {
 
 int main(int count, char** arguments) {
     using namespace headsetmgmt::benchmarks;
-    const std::map<std::string, void (*)(std::size_t)> jobs = {
+    const std::map<std::string, void (*)()> jobs = {
         {"document", document}, {"log-line", log_line}, {"report", report}, {"attach", attach}};
     const auto job = jobs.find(count > 1 ? arguments[1] : "");
     if (job == jobs.end()) {
-        std::cerr << "usage: jobs document|log-line|report|attach [SETTINGS]\n";
+        std::cerr << "usage: jobs document|log-line|report|attach\n";
         return 2;
     }
-    constexpr std::size_t usual_settings = 1000;
-    job->second(count > 2 ? std::strtoul(arguments[2], nullptr, 10) : usual_settings);
+    job->second();
     return 0;
 }

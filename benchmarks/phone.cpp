@@ -17,7 +17,8 @@ namespace {
 
 std::vector<std::string> recorded;
 
-void record_line(int /*level*/, const char* text) {
+void record_line(int level, const char* text) {
+    count_line(level, text);
     recorded.emplace_back(text);
 }
 
@@ -30,7 +31,7 @@ void check(bool well, const char* what) {
 }  // namespace
 
 Phone::Phone() {
-    make_bed_for_worker();
+    let_worker_rest();
     check(create_headset_mgmt(count_line), "not created");
     check(start_headset_mgmt("", "", ""), "not started");
     const char* servers[] = {"server", nullptr, nullptr};
@@ -46,10 +47,10 @@ Phone::~Phone() {
 }
 
 void Phone::attach_and_fetch(const std::shared_ptr<AccessoryCache>& accessory) {
-    const std::size_t before = counts.fetches;
+    const std::size_t before = host_counts.fetches;
     check(configure_headset(accessory), "accessory not taken");
     run_worker();
-    check(counts.fetches == before + 1, "no document requested");
+    check(host_counts.fetches == before + 1, "no document requested");
 }
 
 std::vector<std::string> Phone::lines_of(const std::function<void()>& body) {

@@ -17,22 +17,22 @@ std::condition_variable bed_changed;
 bool resting = false;
 bool told_to_go_on = false;
 bool awake_for_good = false;
-std::function<void()> errand;
-double woken = 0;     // the worker's processor time when it went on,
-double lay_down = 0;  // and when it came to rest
+std::function<void()> body_to_run;
+double woken = 0;       // the worker's processor time when it went on,
+double rest_began = 0;  // and when it came to rest
 
 using BedLock = std::unique_lock<std::mutex>;
 
 void rest() {
     const double now = processor_seconds();
     BedLock lock(bed_mutex);
-    lay_down = now;
+    rest_began = now;
     resting = true;
     bed_changed.notify_all();
     while (!told_to_go_on && !awake_for_good) {
-        if (errand) {
-            errand();
-            errand = nullptr;
+        if (body_to_run) {
+            body_to_run();
+            body_to_run = nullptr;
             bed_changed.notify_all();
         }
         bed_changed.wait(lock);
@@ -48,7 +48,7 @@ void wait_for_rest(BedLock& lock) {
 
 }  // namespace
 
-void make_bed_for_worker() {
+void let_worker_rest() {
     const BedLock lock(bed_mutex);
     awake_for_good = false;
 }
@@ -64,15 +64,15 @@ double run_worker() {
     told_to_go_on = true;
     bed_changed.notify_all();
     wait_for_rest(lock);
-    return lay_down - woken;
+    return rest_began - woken;
 }
 
 void run_on_worker(const std::function<void()>& body) {
     BedLock lock(bed_mutex);
     wait_for_rest(lock);
-    errand = body;
+    body_to_run = body;
     bed_changed.notify_all();
-    bed_changed.wait(lock, [] { return !errand; });
+    bed_changed.wait(lock, [] { return !body_to_run; });
 }
 
 void wake_worker_for_good() {

@@ -10,7 +10,7 @@
 namespace headsetmgmt::benchmarks {
 
 /// Lets a worker rest from now on; the first one that pauses is the worker.
-void make_bed_for_worker();
+void let_worker_rest();
 
 /// Waits until the worker rests.
 void wait_for_worker();

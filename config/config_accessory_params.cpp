@@ -10,9 +10,7 @@ namespace headsetmgmt::config {
 ConfigAccessoryParams::ConfigAccessoryParams(ConfigInterface* object)
     : config(object != nullptr ? object->clone() : nullptr) {
     if (config && config->get_config_retries() >= 1) {
-        constexpr unsigned int back_off = 30;
-        constexpr unsigned int spread = 10;
-        defer_time = get_seconds_to_wait(back_off, spread);
+        back_off();
     }
 }
 
@@ -48,6 +46,12 @@ unsigned int ConfigAccessoryParams::get_timeout() const {
 
 unsigned int ConfigAccessoryParams::get_defer_time() const {
     return defer_time;
+}
+
+void ConfigAccessoryParams::back_off() {
+    constexpr unsigned int base = 30;
+    constexpr unsigned int spread = 10;
+    defer_time = get_seconds_to_wait(base, spread);
 }
 
 ConfigInterface* ConfigAccessoryParams::get_config() const {

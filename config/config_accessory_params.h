@@ -23,6 +23,10 @@ public:
     unsigned int get_timeout() const override;
     unsigned int get_defer_time() const override;
 
+    /// Makes the task wait 30 to 40 seconds before it is looked at, whatever its object was
+    /// through.
+    void back_off();
+
     /// The copy; null when there was nothing to copy. Stays with the parameters.
     ConfigInterface* get_config() const;
 

@@ -4,6 +4,7 @@
 #include "config/config_impl.h"
 
 #include <mutex>
+#include <utility>
 
 #include "headsetmgmt/constants.h"
 #include "headsetmgmt/plugins.h"
@@ -13,8 +14,8 @@
 namespace headsetmgmt::config {
 
 ConfigImpl::ConfigImpl(const std::string& id, const AccessoryInfoInterface* info,
-                       const std::string& component)
-    : logger(make_logger(component)), accessory_id(id), logger_name(component) {
+                       std::string component)
+    : logger(make_logger(component)), accessory_id(id), logger_name(std::move(component)) {
     settings_mutex = make_mutex(false);
     config_retries = 0;
     firmware_mutex = make_mutex(false);

@@ -24,8 +24,7 @@ namespace headsetmgmt::config {
 class ConfigImpl : public ConfigInterface {
 public:
     /// Keeps a clone of `info`, which must not be null. `component` begins the object's log lines.
-    ConfigImpl(const std::string& id, const AccessoryInfoInterface* info,
-               const std::string& component);
+    ConfigImpl(const std::string& id, const AccessoryInfoInterface* info, std::string component);
     ~ConfigImpl() override;
 
     bool update_from_server(const std::string& document) override;

@@ -64,7 +64,7 @@ public:
     void configure_accessory_task(TaskParametersInterface* params);
 
     /// Asks the dispatcher for the document. Worker.
-    RequestStatus fetch_config(const std::string& url, std::string& document);
+    RequestStatus fetch_config(std::string url, std::string& document);
 
     void mark_config_object_pending(ConfigInterface* config);
 
@@ -98,11 +98,15 @@ private:
     bool is_registered(const std::string& id, const ConfigInterface* config) const;
     void forget(std::map<std::string, ConfigInterface*>::iterator entry);
 
-    void queue_fetch(ConfigInterface* config);
+    /// When a fetch that is queued starts.
+    enum class Start { at_once, after_back_off };
+
+    void queue_fetch(ConfigInterface* config, Start start);
     void request_document(ConfigInterface& config);
     std::vector<std::string> hand_out(const std::string& document);
     void hand_to(ConfigInterface& config, const std::string& document);
     bool is_awaiting_document();
+    bool count_answer();
 
     LoggerOwner logger;
     std::map<std::string, ConfigInterface*> registry;  // owned
@@ -117,7 +121,7 @@ private:
     unsigned int latest_run = 0;            // number of the run that began last
     unsigned int fetches_queued = 0;        // of all runs, not begun yet
     unsigned int requests_made = 0;         // for a document, in that run
-    unsigned int requests_unanswered = 0;   // of them
+    unsigned int requests_unanswered = 0;   // of all runs
     bool handing_out = false;               // the document is being handed out
 
     static ConfigManagerImpl* instance_;

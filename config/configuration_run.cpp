@@ -1,12 +1,14 @@
 // The manager's configuration run: from an accessory that wants configuring to the document in
 // every object of the pending set.
 
+#include <algorithm>
 #include <cstddef>
 #include <exception>
+#include <functional>
 #include <iterator>
 #include <mutex>
-#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "headsetmgmt/plugins.h"
@@ -60,9 +62,8 @@ bool ConfigManagerImpl::configure_accessory(const std::string& id, std::string c
     set_configure_accessory_pending(true);
     ++latest_run;
     requests_made = 0;
-    requests_unanswered = 0;
     try {
-        queue_fetch(config);
+        queue_fetch(config, Start::at_once);
     } catch (...) {
         // No task, no run: or no accessory would ever be configured again.
         set_configure_accessory_pending(false);
@@ -97,6 +98,7 @@ void ConfigManagerImpl::configure_accessory_task(TaskParametersInterface* params
         // A run whose request failed like this may get no answer, and would never end. One that the
         // answer has ended already may have a successor, which is none of this task's business.
         const RegistryHold hold(*this);
+        count_answer();
         if (is_configure_accessory_pending() && latest_run == run) {
             clean_up_pending_config_requests();
         }
@@ -114,7 +116,7 @@ void ConfigManagerImpl::request_document(ConfigInterface& config) {
         id = config.get_accessory_id();
         logger->notice() << "configure_accessory_task id:" << id;
     }
-    const std::string url = config.get_config_url();
+    std::string url = config.get_config_url();
     // Of the copy alone, which ends with the task: within a run, every fetch is a first one.
     config.set_config_retries(config.get_config_retries() + 1);
 
@@ -125,13 +127,14 @@ void ConfigManagerImpl::request_document(ConfigInterface& config) {
         ++requests_unanswered;
     }
     std::string document;
-    const RequestStatus status = fetch_config(url, document);
+    const RequestStatus status = fetch_config(std::move(url), document);
     const ConfigureResponse response(status);
     switch (status) {
     case REQUEST_DONE:
         on_fetch_config_success(document);
         break;
     case REQUEST_REFUSED:
+        count_answer();
         logger->notice() << "configure_accessory_task: currently unable to fetch config";
         globals::plugins.config_driver->on_failure(id, response);
         clean_up_pending_config_requests();
@@ -141,15 +144,16 @@ void ConfigManagerImpl::request_document(ConfigInterface& config) {
         globals::plugins.config_driver->on_pending(id, response);
         break;
     default:
+        count_answer();
         logger->notice() << "configure_accessory_task: unknown status from fetch_config";
         clean_up_pending_config_requests();
         break;
     }
 }
 
-RequestStatus ConfigManagerImpl::fetch_config(const std::string& url, std::string& document) {
+RequestStatus ConfigManagerImpl::fetch_config(std::string url, std::string& document) {
     dispatcher::RequestContext context;
-    context.url = url;
+    context.url = std::move(url);
     context.requester = "CONFIGMGR";
     return static_cast<RequestStatus>(globals::plugins.dispatcher->get(&context, document));
 }
@@ -158,9 +162,12 @@ bool ConfigManagerImpl::on_fetch_config_success(std::string& document) {
     // To the end of the run: an accessory that is attached in between would be lost.
     const RegistryHold hold(*this);
     if (!is_awaiting_document()) {
+        count_answer();
         logger->error() << "on_fetch_config_success: no configuration in progress, dropping data";
         return false;
     }
+    // It serves whoever waits, and makes good for answers that the host may have lost.
+    requests_unanswered = 0;
     std::vector<std::string> newcomers;
     handing_out = true;
     try {
@@ -195,11 +202,11 @@ std::vector<std::string> ConfigManagerImpl::hand_out(const std::string& document
             hand_to(*config, document);
         }
     }
-    // No object of the snapshot is deleted before the registry is let go, so addresses tell.
-    const std::set<ConfigInterface*> served(snapshot.begin(), snapshot.end());
+    // No object of the snapshot is deleted before the registry is let go, so addresses tell; they
+    // are in the order of the set.
     std::vector<std::string> newcomers;
     for (ConfigInterface* config : pending_set) {
-        if (served.count(config) == 0) {
+        if (!std::binary_search(snapshot.begin(), snapshot.end(), config, std::less<>())) {
             newcomers.push_back(config->get_accessory_id());
         }
     }
@@ -233,6 +240,7 @@ void ConfigManagerImpl::hand_to(ConfigInterface& config, const std::string& docu
 
 bool ConfigManagerImpl::on_fetch_config_failure(int reason) {
     const RegistryHold hold(*this);
+    const bool asked_for = count_answer();
     logger->notice() << "on_fetch_config_failure reason code: " << reason;
     if (!is_awaiting_document()) {
         logger->error() << "on_fetch_config_failure: no configuration in progress, dropping data";
@@ -249,13 +257,10 @@ bool ConfigManagerImpl::on_fetch_config_failure(int reason) {
         clean_up_pending_config_requests();
         return false;
     }
-    if (requests_made != 0 && requests_unanswered == 0) {
+    if (requests_made != 0 && !asked_for) {
         // A second answer to one request: if each were a reason to fetch again, there would be ever
         // more fetches for as long as the server fails.
         return true;
-    }
-    if (requests_unanswered != 0) {
-        --requests_unanswered;
     }
     // Beside the run's own first fetch, any that is queued, by a run whose accessories have left,
     // serves this one too. With a retry beside it, each accessory that leaves and comes back would
@@ -264,8 +269,11 @@ bool ConfigManagerImpl::on_fetch_config_failure(int reason) {
     if (fetches_queued > own_first) {
         return true;
     }
+    // For the same reason a fetch waits while another request, such as an earlier run's, is still
+    // to be answered: that answer then finds it queued. It is made all the same, for a host that
+    // loses an answer.
     try {
-        queue_fetch(config);
+        queue_fetch(config, requests_unanswered == 0 ? Start::at_once : Start::after_back_off);
     } catch (...) {
         clean_up_pending_config_requests();
         throw;
@@ -279,9 +287,23 @@ bool ConfigManagerImpl::is_awaiting_document() {
     return is_configure_accessory_pending() && !handing_out;
 }
 
+/// Books an answer on a request that has none yet; false when there is no such request. Answers do
+/// not say which request they are for.
+bool ConfigManagerImpl::count_answer() {
+    const RegistryHold hold(*this);
+    if (requests_unanswered == 0) {
+        return false;
+    }
+    --requests_unanswered;
+    return true;
+}
+
 /// Queues the fetch for `config`, of which the task gets a copy. The registry is held.
-void ConfigManagerImpl::queue_fetch(ConfigInterface* config) {
+void ConfigManagerImpl::queue_fetch(ConfigInterface* config, Start start) {
     ConfigAccessoryParams params(config);
+    if (start == Start::after_back_off) {
+        params.back_off();
+    }
     ++fetches_queued;  // the task, which takes it back, waits for the registry
     try {
         globals::plugins.executor->add_task(task_forwarder, this, &params);

@@ -1,5 +1,6 @@
 // Whether an accessory's firmware is to change.
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <mutex>
@@ -51,10 +52,10 @@ bool ConfigImpl::upgrade_firmware(const cJSON* model_firmware, const std::string
                         << ": no/null firmare name in JSON";
         return false;
     }
-    if (equals_ignore_case(constants::firmware_latest, *firmware.name)) {
+    if (same_but_for_case(constants::firmware_latest, *firmware.name)) {
         logger->notice() << "upgrade_firmware: Legacy Flow - delegate upgrade to config driver";
         globals::plugins.config_driver->check_legacy_upgrade(accessory_id);
-    } else if (equals_ignore_case(constants::firmware_current, firmware.version)) {
+    } else if (same_but_for_case(constants::firmware_current, firmware.version)) {
         logger->debug() << "upgrade_firmwarestay on current version, skip upgrade";
     } else {
         upgrade_firmware(firmware.version, *firmware.name, current_version);
@@ -121,6 +122,7 @@ int ConfigImpl::check_firmware_upgrade(const std::string& candidate, const std::
 std::vector<std::string> ConfigImpl::parse_firmware_version(const std::string& version) {
     logger->info() << "parse_firmware_version: Parsing: " << version;
     std::vector<std::string> fields;
+    fields.reserve(static_cast<std::size_t>(std::count(version.begin(), version.end(), '-')) + 1);
     std::string::size_type start = 0;
     std::string::size_type hyphen = version.find('-');
     while (hyphen != std::string::npos) {

@@ -99,12 +99,13 @@ void ConfigImpl::apply_config_to_device(ApplyType type) const {
         logger->error() << "apply_config_to_device: No config settings found to apply to device";
         return;
     }
+    // A copy, for the host may change the entry while it is sent; of what is sent alone. Its room
+    // serves all of them.
+    ConfigParam setting;
     auto entry = settings.begin();
     while (entry != settings.end()) {
         const int key = entry->first;
         const bool sent = reset || same_but_for_case(constants::access_admin, entry->second.access);
-        // A copy, for the host may change the entry while it is sent; of what is sent alone.
-        ConfigParam setting;
         if (sent) {
             setting.usage_id = entry->second.usage_id;
             setting.name = entry->second.name;

@@ -9,6 +9,7 @@
 #include <mutex>
 #include <string>
 #include <type_traits>
+#include <unistd.h>
 #include <utility>
 
 #include "headsetmgmt/utilities.h"
@@ -49,9 +50,16 @@ struct EndOfLibrary {
 
     EndOfLibrary(const EndOfLibrary&) = delete;
     EndOfLibrary& operator=(const EndOfLibrary&) = delete;
+
+private:
+    pid_t process = getpid();
 };
 
 EndOfLibrary::~EndOfLibrary() {
+    if (process != getpid()) {
+        // A forked child exits: the threads that are inside, and the worker, are its parent's.
+        return;
+    }
     gate.close_for_good();
     if (called_from_inside()) {
         // A host function or the log callback called exit. Its callers, and the worker, use all

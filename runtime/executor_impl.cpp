@@ -2,6 +2,7 @@
 
 #include "runtime/executor_impl.h"
 
+#include <cstddef>
 #include <memory>
 #include <mutex>
 #include <unistd.h>
@@ -17,11 +18,13 @@ namespace {
 
 using QueueLock = std::lock_guard<vix::Mutex>;
 
+constexpr std::size_t usual_tasks = 16;             // at once, at most
 constexpr useconds_t pause_between_passes = 50000;  // microseconds
 
 }  // namespace
 
 ExecutorImpl::ExecutorImpl(log::HostLogInterface* log_sink) : log(log_sink) {
+    queue.reserve(usual_tasks);
     debug("ExecutorImpl::ExecutorImpl: ENTER.\n");
 }
 
@@ -41,11 +44,7 @@ void ExecutorImpl::add_task(task_functor functor, void* context, TaskParametersI
     assert(functor);
     debug(lines.add_task);
 
-    bool rejected = false;
-    {
-        const QueueLock queue_lock(queue_mutex);
-        rejected = exiting;
-    }
+    bool rejected = exiting;
     // Cloning and logging call others, so both are done without the lock and before the worker can
     // see the task.
     if (!rejected) {

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <atomic>
 #include <optional>
 #include <string>
 #include <vector>
@@ -42,8 +43,10 @@ private:
     void debug(const std::string& line);
 
     std::vector<Task> queue;  // the oldest task is at the front
-    vix::Mutex queue_mutex;   // guards the queue and the exiting flag, and nothing else
-    bool exiting = false;
+    vix::Mutex queue_mutex;   // guards the queue and what becomes of it, and nothing else
+    // Changed with the mutex held. Looked at without it before a task is copied, and with it again
+    // before the copy is queued.
+    std::atomic<bool> exiting{false};
     log::HostLogInterface* log;
 
     /// What the executor says, ready to be handed over: a line takes no memory.

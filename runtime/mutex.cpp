@@ -26,18 +26,6 @@ void Mutex::initialize(bool recursive) {
     }
 }
 
-bool Mutex::lock() {
-    return pthread_mutex_lock(&mutex) == 0;
-}
-
-void Mutex::unlock() {
-    pthread_mutex_unlock(&mutex);
-}
-
-bool Mutex::tryLock() {
-    return pthread_mutex_trylock(&mutex) == 0;
-}
-
 }  // namespace vix
 
 namespace headsetmgmt {

@@ -21,11 +21,11 @@ public:
     Mutex(const Mutex&) = delete;
     Mutex& operator=(const Mutex&) = delete;
 
-    bool lock();
-    void unlock();
+    bool lock() { return pthread_mutex_lock(&mutex) == 0; }
+    void unlock() { pthread_mutex_unlock(&mutex); }
 
     /// Takes the mutex if that needs no waiting.
-    bool tryLock();
+    bool tryLock() { return pthread_mutex_trylock(&mutex) == 0; }
 
 private:
     void initialize(bool recursive);

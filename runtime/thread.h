@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <pthread.h>
 #include <string>
@@ -63,7 +64,8 @@ private:
 
     pthread_t handle = 0;
     Mutex state_mutex;  // guards the handle, the two booleans and, once the thread runs, the flags
-    bool exit_request = false;
+    // Read without it, too: the worker asks before each task.
+    std::atomic<bool> exit_request{false};
     bool is_running = false;
     std::string thread_name;
     std::uint32_t flags = 0;

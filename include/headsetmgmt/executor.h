@@ -33,8 +33,8 @@ public:
     /// Worker.
     virtual int check_status() = 0;
 
-    /// For how many seconds after it was queued a task that is not ready is held back; then it runs
-    /// all the same.
+    /// For how many seconds after it was queued a task that is not ready is held back, by the clock
+    /// of the system; then it runs all the same.
     virtual unsigned int get_timeout() const { return 0; }
 
     /// How many seconds pass before the task is looked at again, or for the first time.
@@ -76,7 +76,14 @@ public:
             if (!deferring_flag || params == nullptr) {
                 return false;
             }
-            const double passed = std::difftime(std::time(nullptr), deferral_start_time);
+            const std::time_t now = std::time(nullptr);
+            if (now < deferral_start_time) {
+                // The clock was set back, by hours perhaps: the task waits on as if it had not
+                // been.
+                creation_time -= deferral_start_time - now;
+                deferral_start_time = now;
+            }
+            const double passed = std::difftime(now, deferral_start_time);
             deferring_flag = std::max(static_cast<double>(params->get_defer_time()), 0.0) > passed;
             return deferring_flag;
         }

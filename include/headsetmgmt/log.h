@@ -64,18 +64,19 @@ public:
     LogStream(const LogStream&) = delete;
     LogStream& operator=(const LogStream&) = delete;
 
-    /// Appends `piece` as a standard stream writes it; `bool` as true or false, numbers without the
-    /// grouping and the decimal point of the process's locale. Nothing is put between pieces.
+    /// Appends `piece` as a standard stream writes it; `bool` as true or false, and `int`,
+    /// `unsigned int`, `unsigned long` and `double` without the grouping and the decimal point of
+    /// the process's locale. Nothing is put between pieces.
     template <typename T>
     LogStream& operator<<(const T& piece) {
         if constexpr (is_text_<T>) {
-            if constexpr (std::is_pointer_v<T>) {
-                if (piece == nullptr) {
-                    buffer << piece;
-                    return *this;
-                }
-            }
             append(piece);
+        } else if constexpr (is_text_pointer_<T>) {
+            if (piece != nullptr) {
+                append(piece);
+            } else {
+                buffer << piece;
+            }
         } else if constexpr (is_number_<T>) {
             append_number(piece);
         } else {
@@ -101,7 +102,12 @@ public:
 
 private:
     template <typename T>
-    static constexpr bool is_text_ = std::is_convertible_v<const T&, std::string_view>;
+    static constexpr bool
+        is_text_ = std::is_same_v<T, std::string> || std::is_same_v<T, std::string_view> ||
+                   (std::is_array_v<T> && std::is_same_v<std::remove_extent_t<T>, char>);
+    template <typename T>
+    static constexpr bool is_text_pointer_ =
+        std::is_same_v<T, const char*> || std::is_same_v<T, char*>;
     template <typename T>
     static constexpr bool is_number_ =
         std::is_same_v<T, int> || std::is_same_v<T, unsigned int> ||
@@ -174,13 +180,23 @@ public:
     LogStream info() const { return {host, LogLevel::info, name, enabled}; }
     LogStream debug() const { return {host, LogLevel::debug, name, enabled}; }
 
-    /// The line that a stream of the one piece `text` makes, for `write`.
-    std::string line(const char* text) const { return name + ": " + text; }
+    /// The line that a stream of the one piece `text` makes, for `write`; empty when memory runs
+    /// out.
+    std::string line(std::string_view text) const noexcept {
+        std::string made;
+        try {
+            made.reserve(name.size() + 2 + text.size());
+            made.append(name).append(": ").append(text);
+        } catch (const std::bad_alloc&) {
+            // Lost, as a line of a stream is.
+        }
+        return made;
+    }
 
-    /// Delivers a finished line, such as one that is written again and again. A host that throws
-    /// ends the process.
+    /// Delivers a finished line, such as one that is written again and again, unless it is empty. A
+    /// host that throws ends the process.
     void write(LogLevel level, const std::string& finished_line) const noexcept {
-        if (enabled && host != nullptr) {
+        if (enabled && host != nullptr && !finished_line.empty()) {
             host->print(level, finished_line);
         }
     }

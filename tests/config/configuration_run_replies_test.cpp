@@ -254,6 +254,7 @@ TEST(ConfigurationRunFailure, OfARequestThatHasItsAnswerIsNotTakenForAnEarlierRu
     ManagerBench bench;
     start_pending_run(bench);
     bench.manager().remove_accessory("a");
+    bench.manager().on_fetch_config_failure(500);  // dropped, but an answer
     start_pending_run(bench);
     bench.manager().on_fetch_config_failure(500);
     bench.plugins.log.hook = [&bench](const LogLine& line) {
@@ -265,6 +266,113 @@ TEST(ConfigurationRunFailure, OfARequestThatHasItsAnswerIsNotTakenForAnEarlierRu
     bench.plugins.executor.run_next();
 
     EXPECT_EQ(0u, bench.queued());
+}
+
+TEST(ConfigurationRunFailure, BesideAnEarlierRunsRequestBacksOff) {
+    ManagerBench bench;
+    start_pending_run(bench);
+    bench.manager().remove_accessory("a");
+    start_pending_run(bench);
+
+    EXPECT_TRUE(bench.manager().on_fetch_config_failure(500));
+
+    ASSERT_EQ(1u, bench.queued());
+    EXPECT_LE(30u, bench.queued_defer_time());
+    EXPECT_GE(40u, bench.queued_defer_time());
+}
+
+TEST(ConfigurationRunFailure, OfTheLastRequestBesideAFetchThatWaitsQueuesNothing) {
+    ManagerBench bench;
+    start_pending_run(bench);
+    bench.manager().remove_accessory("a");
+    start_pending_run(bench);
+    bench.manager().on_fetch_config_failure(500);
+
+    EXPECT_TRUE(bench.manager().on_fetch_config_failure(500));
+
+    EXPECT_EQ(1u, bench.queued());
+}
+
+TEST(ConfigurationRunFailure, AfterAllRequestsHaveTheirAnswersIsRetriedAtOnceAgain) {
+    ManagerBench bench;
+    start_pending_run(bench);
+    bench.manager().remove_accessory("a");
+    start_pending_run(bench);
+    bench.manager().on_fetch_config_failure(500);
+    bench.manager().on_fetch_config_failure(500);
+    bench.run_tasks();
+
+    EXPECT_TRUE(bench.manager().on_fetch_config_failure(500));
+
+    ASSERT_EQ(1u, bench.queued());
+    EXPECT_EQ(0u, bench.queued_defer_time());
+}
+
+TEST(ConfigurationRunFailure, IsRetriedAfterTheBackOffForAHostThatLostAnAnswer) {
+    ManagerBench bench;
+    start_pending_run(bench);
+    bench.manager().remove_accessory("a");  // its answer never comes
+    start_pending_run(bench);
+
+    for (int round = 0; round < 10; ++round) {
+        EXPECT_TRUE(bench.manager().on_fetch_config_failure(500));
+        ASSERT_EQ(1u, bench.queued());
+        EXPECT_LE(30u, bench.queued_defer_time());
+        bench.run_tasks();
+    }
+}
+
+TEST(ConfigurationRunFailure, IsRetriedAtOnceAgainOnceADocumentCameToAHostThatLostAnAnswer) {
+    ManagerBench bench;
+    start_pending_run(bench);
+    bench.manager().remove_accessory("a");  // its answer never comes
+    start_pending_run(bench);
+    bench.succeed("document");
+    bench.manager().configure_accessory("a", "");
+    bench.run_tasks();
+
+    bench.manager().on_fetch_config_failure(500);
+
+    ASSERT_EQ(1u, bench.queued());
+    EXPECT_EQ(0u, bench.queued_defer_time());
+}
+
+TEST(ConfigurationRunFailure, OfARequestThatWasRefusedIsNotWaitedFor) {
+    for (const int status : {static_cast<int>(REQUEST_REFUSED), 77}) {
+        ManagerBench bench;
+        bench.add_fake("a");
+        bench.manager().configure_accessory("a", "");
+        bench.answer_with(status, "");
+        bench.run_tasks();
+        bench.manager().remove_accessory("a");
+        start_pending_run(bench);
+
+        bench.manager().on_fetch_config_failure(500);
+
+        ASSERT_EQ(1u, bench.queued());
+        EXPECT_EQ(0u, bench.queued_defer_time());
+    }
+}
+
+TEST(ConfigurationRunFailure,
+     LeavesNoMoreRequestsHoweverOftenItsAccessoryComesBackBeforeTheAnswer) {
+    ManagerBench bench;
+    start_pending_run(bench);
+    for (int round = 1; round < 10; ++round) {
+        bench.manager().remove_accessory("a");
+        start_pending_run(bench);
+    }
+    std::size_t outstanding = 10;  // one for each time that it came
+
+    while (outstanding > 1) {
+        const std::size_t before = outstanding;
+        for (; outstanding != 0; --outstanding) {
+            bench.manager().on_fetch_config_failure(500);
+        }
+        outstanding = bench.run_tasks();
+        ASSERT_LT(outstanding, before);
+    }
+    EXPECT_EQ(1u, outstanding);
 }
 
 TEST(ConfigurationRunFailure, OfEachRequestQueuesOneFetchHoweverOftenItIsTold) {

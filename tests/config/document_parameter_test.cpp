@@ -56,6 +56,18 @@ TEST(DocumentParameter, KeysAreFoundWhateverTheirCaseAndTheFirstWins) {
     EXPECT_EQ("Admin", parameter.setting.access);
 }
 
+TEST(DocumentParameter, KeysThatBeginLikeItsOwnAreOthers) {
+    const Parameter parameter = read(
+        R"({"nameOld": "no", "name": "volume", "usageIdOld": 9, "usageId": 12, "valueOld": 4,
+            "value": 3, "accessOld": "User", "access": "Admin", "nam": "no", "": "no"})");
+
+    EXPECT_EQ(ParameterFault::none, parameter.fault);
+    EXPECT_EQ("volume", parameter.setting.name);
+    EXPECT_EQ(12, parameter.setting.usage_id);
+    EXPECT_EQ("3", parameter.setting.value);
+    EXPECT_EQ("Admin", parameter.setting.access);
+}
+
 TEST(DocumentParameter, UsageIdGivenAsDigitsIsTheSameIdButHasNoNumber) {
     const Parameter parameter =
         read(R"({"name": "volume", "usageId": "12", "value": 3, "access": "Admin"})");

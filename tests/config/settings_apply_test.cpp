@@ -210,6 +210,16 @@ TEST(ApplyToDevice, ConfigureSendsTheAdministratorsSettingsInTheirOrder) {
               bench.driver_calls());
 }
 
+TEST(ApplyToDevice, SendsTheUsageIdOfTheRecordNotThatOfItsPlace) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+    config.set_map_entry(5, ConfigParam{6, "six", "60", "Admin"});
+
+    config.apply_config_to_device(ApplyType::CONFIGURE);
+
+    EXPECT_EQ((Calls{R"(apply_config_to_device("acc-1", "six", 6, "60"))"}), bench.driver_calls());
+}
+
 TEST(ApplyToDevice, ResetSendsEverySettingInTheirOrder) {
     ConfigBench bench;
     OpenConfig config("acc-1", &bench.accessory);

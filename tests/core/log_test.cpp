@@ -213,6 +213,25 @@ TEST(LogTest, NullTextEndsTheLine) {
     EXPECT_THAT(sink.lines, ElementsAre(Pair(LogLevel::info, "Component: before")));
 }
 
+/// Has a text of its own, and one that it passes for.
+struct TwoFaced {
+    operator std::string_view() const { return "view"; }
+};
+
+std::ostream& operator<<(std::ostream& stream, const TwoFaced& /*piece*/) {
+    return stream << "own text";
+}
+
+TEST(LogTest, OtherPiecesAreWrittenAsAStreamWritesThem) {
+    LineSink sink;
+    const Logger logger(&sink, "Component", true);
+
+    logger.info() << nullptr << " " << TwoFaced() << " " << 'c' << " " << std::string_view("view");
+
+    EXPECT_THAT(sink.lines,
+                ElementsAre(Pair(LogLevel::info, "Component: nullptr own text c view")));
+}
+
 TEST(LogTest, FinishedLineIsTheOneThatAStreamMakesAndIsDeliveredEachTime) {
     LineSink sink;
     const Logger logger(&sink, "Component", true);
@@ -344,6 +363,7 @@ TEST(LogDeathTest, HostThatThrowsEndsTheProcess) {
     const Logger logger(&sink, "Component", true);
 
     EXPECT_DEATH(logger.info() << "line", "the host failed");
+    EXPECT_DEATH(logger.write(LogLevel::info, "line"), "the host failed");
 }
 
 }  // namespace

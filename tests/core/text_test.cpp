@@ -59,6 +59,16 @@ TEST(TextTest, DifferentTextsAreNotEqual) {
     EXPECT_FALSE(equals_ignore_case("[", "{"));
 }
 
+TEST(TextTest, TextsThatAreSameButForCaseAreOfOneLength) {
+    EXPECT_TRUE(same_but_for_case("hEaDsEt", "HeAdSeT"));
+    EXPECT_TRUE(same_but_for_case("", ""));
+    EXPECT_FALSE(same_but_for_case("HEADSET", "headsets"));
+    EXPECT_FALSE(same_but_for_case("headsets", "HEADSET"));
+    EXPECT_FALSE(same_but_for_case("", "a"));
+    EXPECT_FALSE(same_but_for_case("@", "`"));
+    EXPECT_FALSE(same_but_for_case("[", "{"));
+}
+
 TEST(TextTest, ComparedTextsKeepTheirCase) {
     const std::string left = "HEADSET";
     const std::string right = "Headset";

@@ -211,10 +211,10 @@ def ready_workshops(folder, options, jobs):
 def try_all(options):
     start = time.monotonic()
     equivalents = read_equivalents()
+    refuse_unknown(equivalents)
     folder = CHECKOUT / "build" / "mutate"
     workshops = ready_workshops(folder / "leaks", LEAKS, options.jobs)
     source = workshops[0].source
-    refuse_unknown(equivalents, source)
     results = Results(folder / "results.txt")
     tried, unlocked = [], []
 
@@ -239,14 +239,23 @@ def try_all(options):
     return results.tell(time.monotonic() - start)
 
 
-def refuse_unknown(equivalents, source):
-    """Stops when an entry fits no mutant: the line that it was about has changed."""
+def unknown_among(equivalents):
+    """What says which entries fit no mutant: the lines that they were about have changed."""
     known = {
-        mutant.key() for name in library_files(source) for mutant in share_of(source, name, 0).draw
+        mutant.key()
+        for name in library_files(CHECKOUT)
+        for mutant in share_of(CHECKOUT, name, 0).draw
     }
-    unknown = sorted(equivalents.keys() - known)
-    for file, function, before, after, _ in unknown:
-        print(f"mutate: {EQUIVALENT.name}: no such mutant: {file} {function}: {before} -> {after}")
+    return [
+        f"{EQUIVALENT.name}: no such mutant: {file} {function}: {before} -> {after}"
+        for file, function, before, after, _ in sorted(equivalents.keys() - known)
+    ]
+
+
+def refuse_unknown(equivalents):
+    unknown = unknown_among(equivalents)
+    for line in unknown:
+        print(f"mutate: {line}")
     if unknown:
         sys.exit(1)
 

@@ -2,6 +2,7 @@
 
 import unittest
 
+from mutate import read_equivalents, unknown_among
 from mutations import mutants_of
 
 
@@ -12,6 +13,11 @@ def changes(text):
 
 def in_a_function(statement):
     return changes(f"void f() {{\n    {statement}\n}}\n")
+
+
+class Equivalents(unittest.TestCase):
+    def test_every_entry_fits_a_mutant(self):
+        self.assertEqual(unknown_among(read_equivalents()), [])
 
 
 class Mutations(unittest.TestCase):

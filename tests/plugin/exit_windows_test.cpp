@@ -5,6 +5,7 @@
 #include <functional>
 #include <ostream>
 #include <string>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -139,6 +140,22 @@ TEST_P(ExitWhileTheHostIsDeathTest, MayLeaveOutEveryCleaningUp) {
         {
             block_at(GetParam().moment, GetParam().run);
             std::quick_exit(exited);
+        },
+        ExitedWithCode(exited), "");
+}
+
+TEST_P(ExitWhileTheHostIsDeathTest, OfAForkedChildWaitsForNobody) {
+    EXPECT_EXIT(
+        {
+            block_at(GetParam().moment, GetParam().run);
+            const pid_t child = fork();
+            if (child == 0) {
+                alarm(60);  // ends it otherwise than by exit
+                std::exit(exited);
+            }
+            int status = 0;
+            waitpid(child, &status, 0);
+            _exit(WIFEXITED(status) ? WEXITSTATUS(status) : not_as_expected);
         },
         ExitedWithCode(exited), "");
 }

@@ -241,6 +241,25 @@ TEST_F(ExecutorHoldBackTest, DroppedTaskNeverRunsAndItsParametersAreDeleted) {
                                        "ExecutorImpl::threadLoop exiting.\n"}));
 }
 
+TEST_F(ExecutorHoldBackTest, ParametersOfADroppedTaskAreDeletedAfterItsLine) {
+    Work work = Work::named("dropped", record);
+    Watched& watched = watch();
+    watched.status = [] { return TaskParametersInterface::drop; };
+    add_watched(executor, work, watched);
+    int alive = 0;
+    log.hook = [&](const LogLine& line) {
+        if (line.text == "ExecutorImpl: drop task\n") {
+            alive = watched.alive;
+        }
+    };
+
+    executor.threadLoop();
+
+    log.hook = nullptr;
+    EXPECT_EQ(alive, 1);
+    EXPECT_EQ(watched.alive, 0);
+}
+
 TEST_F(ExecutorHoldBackTest, PassThatOnlyDropsDoesNotLogItsEnd) {
     Work work = Work::named("dropped", record);
     Watched& watched = watch();

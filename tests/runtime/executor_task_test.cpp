@@ -100,6 +100,29 @@ TEST(ExecutorTaskTest, ClockThatIsSetBackDoesNotTimeOut) {
     EXPECT_FALSE(task.timed_out());
 }
 
+TEST(ExecutorTaskTest, ClockThatIsSetBackPutsNeitherDeferralNorTimeoutOff) {
+    VirtualTime time(100000);
+    Watched watched;
+    watched.timeout = 60;
+    watched.defer_time = 30;
+    WatchedParameters params(watched);
+    Task task(do_nothing, nullptr, &params);
+    time.advance(10s);
+    task.set_deferring();
+
+    time.advance(-3600s);
+    EXPECT_TRUE(task.deferring());
+    time.advance(29s);
+    EXPECT_TRUE(task.deferring());
+    EXPECT_FALSE(task.timed_out());
+    time.advance(1s);
+    EXPECT_FALSE(task.deferring());
+    time.advance(19s);
+    EXPECT_FALSE(task.timed_out());
+    time.advance(1s);
+    EXPECT_TRUE(task.timed_out());
+}
+
 TEST(ExecutorTaskTest, NewTaskIsNotDeferring) {
     VirtualTime time(1000);
     Watched watched;

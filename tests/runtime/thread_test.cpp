@@ -284,12 +284,13 @@ TEST(ThreadTest, ThreadHasTheStackThatItNeedsAndNoMore) {
     EXPECT_TRUE(thread.run(nullptr, 0, 0));
 
     EXPECT_TRUE(thread.join());
+    EXPECT_GE(size, 262144U);
 #ifdef __SANITIZE_THREAD__
     // It adds what it needs itself; the system's default would be eight times the limit.
-    EXPECT_GE(size, 262144U);
     EXPECT_LT(size, 1048576U);
 #else
-    EXPECT_EQ(size, 262144U);
+    // With what threads have of their own, which is little here.
+    EXPECT_LT(size, 262144U + 65536U);
 #endif
 }
 

@@ -4,9 +4,18 @@
 // in any order, from any host thread, also from inside a host function or the log callback; at the
 // end `stop_headset_mgmt`, after which a start begins afresh.
 //
-// None throws, and none answers later than the host functions that it calls allow. A null text
-// counts as empty. Before `create_headset_mgmt` or `start_headset_mgmt`, while another thread
-// starts or stops the library, and when memory runs out, a function answers false or does nothing.
+// None throws. A null text counts as empty. Before `create_headset_mgmt` or `start_headset_mgmt`,
+// while another thread starts or stops the library, and when memory runs out, a function answers
+// false or does nothing.
+//
+// One call at a time works on accessories: a call may wait for the host functions that another
+// thread's call is in. So call nothing here, start, stop and exit included, while you hold a lock
+// that a host function or the log callback takes.
+//
+// A thread that is inside must not be cancelled, nor leave by `pthread_exit` or `longjmp`. A forked
+// child calls nothing here; a daemon starts the library after it has forked. Stop the library
+// before the process exits if a host function uses objects that were made after
+// `create_headset_mgmt`, and before unloading it; unload it when no thread is inside any more.
 
 #pragma once
 
@@ -17,13 +26,15 @@
 
 /// Makes the library's one plug-in object if it is not there yet, and registers the log callback,
 /// replacing an earlier one; with null, lines go nowhere. Call this first: lines written before are
-/// lost. True once the callback is registered.
+/// lost. Another thread may still be inside a replaced callback until the library is stopped. True
+/// once the callback is registered.
 HEADSETMGMT_EXPORT bool create_headset_mgmt(HostLogCallback callback);
 
-/// Starts the library and its one thread. The three texts are not used. True when the library runs,
-/// also when it did so already; false when the thread could not be started (a later start tries
-/// again) or another thread is starting or stopping the library. From inside a host function or the
-/// log callback it does nothing and answers whether the library runs.
+/// Starts the library and its one thread, which inherits the caller's signal mask and scheduling:
+/// block signals before that you fetch elsewhere. The three texts are not used. True when the
+/// library runs, also when it did so already; false when the thread could not be started (a later
+/// start tries again) or another thread is starting or stopping the library. From inside a host
+/// function or the log callback it does nothing and answers whether the library runs.
 HEADSETMGMT_EXPORT bool start_headset_mgmt(const char* phone_model, const char* phone_version,
                                            const char* storage_path);
 
@@ -43,9 +54,12 @@ HEADSETMGMT_EXPORT bool setHeadsetConfigUrl(const char* config_url, const char* 
                                             const char** korm_servers, const char* user_id);
 
 /// Tells that an accessory was attached, or changed. Its default configuration is fetched and
-/// applied. True when a configuration run was started or is under way; false for null, for a new
-/// accessory that is neither headset nor camera, for one whose id is empty (it is configured all
-/// the same), and when the library is not started.
+/// applied. Without software version or model the fetch waits 60 seconds, also when they are told
+/// meanwhile: attach when they are known, or remove and attach again. Told from inside a host
+/// function that applies this accessory's document, new facts count from the next document on. True
+/// when a configuration run was started or is under way; false for null, for a new accessory that
+/// is neither headset nor camera, for one whose id is empty (it is configured all the same), and
+/// when the library is not started.
 HEADSETMGMT_EXPORT bool configure_headset(std::shared_ptr<AccessoryCache> accessory);
 
 /// Queues the inventory report of an accessory; it is posted with `httpRequest`. Does nothing for
@@ -63,7 +77,10 @@ HEADSETMGMT_EXPORT bool retrieve_config(const char* device_id, CONFIG_SETTING_US
                                         int* value);
 
 /// Delivers the answer to a fetch: with status 200, `body` is the document; any other status is a
-/// failure, and the document is requested again at once. Answers that nobody waits for are dropped.
+/// failure, and the document is requested again at once, or after 30 to 40 seconds when an earlier
+/// request has no answer yet. Answers that nobody waits for are dropped. The document is read and
+/// applied before this returns, on the calling thread: it needs 112 KiB of stack beside what the
+/// host functions take that it calls.
 HEADSETMGMT_EXPORT void httpResponse(const char* body, int status);
 
 /// Sends all settings of an accessory to it again, the user's included. False when the accessory is

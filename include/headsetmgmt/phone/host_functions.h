@@ -2,38 +2,43 @@
 //
 // The library calls them from its worker thread and from host threads that are inside the flat
 // interface. Texts that go in are valid for the call only; texts that come out are copied at once
-// and never freed, and null counts as empty. A function may call the flat interface again, except
-// that start and stop do nothing there, and except while it holds a lock of its own that another
-// thread may hold while it calls the flat interface. A function should return soon: stopping the
-// library waits for the one that is running. It must not end or cancel its thread, nor unload the
-// library. On the worker thread it has 240 KiB of stack, half of them if it calls `httpResponse`.
+// and never freed, and null counts as empty. A function may call the flat interface again, but that
+// start and stop do nothing there. It must not take a lock that another thread may hold while it
+// calls the flat interface: that thread may be waiting for the call that this function is in. A
+// function should return soon: stopping the library waits for the one that is running. It must not
+// end or cancel its thread, nor unload the library. On the worker thread it has 240 KiB of stack,
+// half of them if it calls `httpResponse`.
 
 #pragma once
 
 #include "headsetmgmt/phone/host_types.h"
 
+/// Visible to the library also in a host that hides its symbols.
+#define HEADSETMGMT_HOST_FUNCTION [[gnu::visibility("default")]]
+
 /// Starts a request and returns without waiting for its answer. The answer to a fetch is delivered
 /// with `httpResponse`, exactly once, also when it is a time-out or another failure; the answer to
 /// a post must not be delivered. `body` is null for a fetch. The result is not looked at.
-bool httpRequest(HttpRequestType type, const char* url, const char* body);
+HEADSETMGMT_HOST_FUNCTION bool httpRequest(HttpRequestType type, const char* url, const char* body);
 
 /// Gives the device the setting `usage_id`, called `name`, the value `value`. The result is not
 /// looked at.
-bool apply_changes(const char* device_id, const char* name, int usage_id, const char* value);
+HEADSETMGMT_HOST_FUNCTION bool apply_changes(const char* device_id, const char* name, int usage_id,
+                                             const char* value);
 
 /// Upgrades the device (or its dongle, when it has one) to `version` with the image
 /// `firmware_name`. The result is not looked at.
-bool request_firmware_upgrade(const char* device_id, const char* version,
-                              const char* firmware_name);
+HEADSETMGMT_HOST_FUNCTION bool request_firmware_upgrade(const char* device_id, const char* version,
+                                                        const char* firmware_name);
 
 /// Whether the host would upgrade the device by itself. No flow of the library asks.
-bool check_firmware_upgrade(const char* device_id);
+HEADSETMGMT_HOST_FUNCTION bool check_firmware_upgrade(const char* device_id);
 
 /// The phone's serial number, asked anew for every report on an accessory of the maker's.
-const char* get_host_serial_num();
+HEADSETMGMT_HOST_FUNCTION const char* get_host_serial_num();
 
 /// The version of the phone's operating system, asked like the serial number.
-const char* get_host_os_ver();
+HEADSETMGMT_HOST_FUNCTION const char* get_host_os_ver();
 
 /// The version of the phone's software, asked like the serial number.
-const char* get_orvik_ver();
+HEADSETMGMT_HOST_FUNCTION const char* get_orvik_ver();

@@ -23,7 +23,7 @@ enum HttpRequestType : std::int32_t {
 
 /// The host's own record of an accessory. The library reads it during the call and never writes it.
 struct AccessoryCache {
-    std::string device_id;            ///< names the accessory in every call
+    std::string device_id;            ///< names the accessory in every call; holds no NUL
     std::int32_t accessory_type = 0;  ///< a value of `headsetmgmt::ACCESSORY_TYPE`
     std::int32_t vendor_id = 0;       ///< USB vendor id
     std::string software_version;
@@ -42,5 +42,5 @@ struct AccessoryCache {
 
 /// Receives every log line: the host's level, which is always 5, and a text that is valid for the
 /// call only. Called from any thread, from several at once. A callback that throws ends the
-/// process.
+/// process. One that calls the library for every line never returns: its calls write lines, too.
 using HostLogCallback = void (*)(int level, const char* text);
