@@ -1,8 +1,6 @@
-// Tests of log lines for which there is no memory. A program of its own: it stands before operator
-// new.
+// Tests of log lines for which there is no memory.
 
-#include <cstdlib>
-#include <new>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,45 +8,17 @@
 
 #include "headsetmgmt/log.h"
 
-namespace {
-
-/// How many of the thread's next allocations succeed; from then on all fail. Negative: all succeed.
-thread_local int allocations_left = -1;
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-    if (allocations_left == 0) {
-        throw std::bad_alloc();
-    }
-    if (allocations_left > 0) {
-        --allocations_left;
-    }
-    void* const memory = std::malloc(size != 0 ? size : 1);
-    if (memory == nullptr) {
-        throw std::bad_alloc();
-    }
-    return memory;
-}
-
-void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-
-void operator delete(void* memory, std::size_t) noexcept {
-    ::operator delete(memory);
-}
+#include "support/short_memory.h"
 
 namespace headsetmgmt::log {
 namespace {
 
+using test_support::ShortMemory;
+
 class LineSink : public HostLogInterface {
 public:
     int map_to_host_log_level(LogLevel level) const override { return static_cast<int>(level); }
-    void print(LogLevel /*level*/, const std::string& line) override {
-        allocations_left = -1;
-        lines.push_back(line);
-    }
+    void print(LogLevel /*level*/, const std::string& line) override { lines.push_back(line); }
 
     std::vector<std::string> lines;
 };
@@ -61,9 +31,10 @@ TEST(LogMemoryTest, LineIsCutShortWhereMemoryRanOutAlthoughItComesBack) {
     {
         LogStream stream = logger.info();
         stream << "begin";
-        allocations_left = 0;
-        stream << long_piece;
-        allocations_left = -1;
+        {
+            const ShortMemory short_memory;
+            stream << long_piece;
+        }
         stream << "end" << 7;
     }
 
@@ -78,11 +49,11 @@ TEST(LogMemoryTest, LineThatFindsNoMemoryAtItsEndIsLost) {
     const Logger logger(&sink, "Component", true);
 
     {
+        std::optional<ShortMemory> short_memory;
         LogStream stream = logger.info();
         stream << "a line that is longer than what a string holds without memory";
-        allocations_left = 0;
+        short_memory.emplace();
     }
-    allocations_left = -1;
 
     EXPECT_EQ(sink.lines, std::vector<std::string>());
 }
@@ -91,9 +62,10 @@ TEST(LogMemoryTest, FinishedLineThatFindsNoMemoryIsEmptyAndNotDelivered) {
     LineSink sink;
     const Logger logger(&sink, "Component", true);
 
-    allocations_left = 0;
-    const std::string line = logger.line("one that is longer than what a string holds");
-    allocations_left = -1;
+    const std::string line = [&logger] {
+        const ShortMemory short_memory;
+        return logger.line("one that is longer than what a string holds");
+    }();
     logger.write(LogLevel::info, line);
 
     EXPECT_EQ(line, "");

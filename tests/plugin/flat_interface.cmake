@@ -36,9 +36,9 @@ headsetmgmt_add_test(start_failure_test
     SOURCES phone_host.cpp start_failure_test.cpp
     LIBRARIES ${flat_interface_libraries})
 
-# A program of its own: it stands before operator new.
+# Its own program, with an operator new of its own.
 headsetmgmt_add_test(shortage_test
-    SOURCES phone_host.cpp shortage_test.cpp
+    SOURCES phone_host.cpp shortage_test.cpp ../support/short_memory.cpp
     LIBRARIES ${flat_interface_libraries})
 
 # A host that loads the shared library: it exports the host functions.

@@ -1,43 +1,16 @@
-// A start for which there is no memory. A program of its own: it stands before operator new.
-
-#include <cstdlib>
-#include <new>
+// A start for which there is no memory.
 
 #include <gtest/gtest.h>
 
 #include "plugin/phone_host.h"
-
-namespace {
-
-/// Whether the thread's allocations fail.
-thread_local bool memory_is_out = false;
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-    void* const memory = memory_is_out ? nullptr : std::malloc(size != 0 ? size : 1);
-    if (memory == nullptr) {
-        throw std::bad_alloc();
-    }
-    return memory;
-}
-
-void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-
-void operator delete(void* memory, std::size_t) noexcept {
-    ::operator delete(memory);
-}
+#include "support/short_memory.h"
 
 namespace headsetmgmt::test_support {
 namespace {
 
 bool start_without_memory() {
-    memory_is_out = true;
-    const bool started = start_headset_mgmt("", "", "");
-    memory_is_out = false;
-    return started;
+    const ShortMemory short_memory;
+    return start_headset_mgmt("", "", "");
 }
 
 TEST(ShortageTest, StartWithoutMemoryAnswersFalseAndTheNextOneWorks) {
