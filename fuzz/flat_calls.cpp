@@ -104,10 +104,9 @@ private:
     int calls = 0;
     int depth = 0;
     bool call_at_next_line = false;
-    std::set<std::string> known;                                // ids in the registry
-    std::set<std::string> unsure;                               // ids that may be there or not
-    std::multiset<std::string> changing_now;                    // ids that come or go this moment
-    std::map<std::string, std::set<std::string>> id_spellings;  // as the host sees an id: in full
+    std::set<std::string> known;              // ids in the registry
+    std::set<std::string> unsure;             // ids that may be there or not
+    std::multiset<std::string> changing_now;  // ids that come or go this moment
     std::vector<Frame> frames;
     std::size_t runs_wanted = 0;  // since the start
     std::size_t fetches = 0;
@@ -218,7 +217,6 @@ void Phone::stop() {
     call_at_next_line = false;
     known.clear();
     unsure.clear();
-    id_spellings.clear();
     runs_wanted = fetches = reports_wanted = reports = 0;
 }
 
@@ -247,13 +245,12 @@ void Phone::configure() {
         expect(!configure_headset(accessory), "no accessory is configured");
         return;
     }
-    const std::string id = accessory->device_id;
+    const std::string id = accessory->device_id.c_str();  // texts end at their first NUL
     const bool usable = accessory->accessory_type == 1 || accessory->accessory_type == 2;
     const bool wanted = running && (usable || is_known(id));
     const bool sure = usable || is_sure(id);
     if (running) {
         ++runs_wanted;
-        id_spellings[id.c_str()].insert(id);
     }
     bool configured = false;
     const bool undisturbed = changing(id, [&] { configured = configure_headset(accessory); });
@@ -365,10 +362,7 @@ void Phone::take_request(HttpRequestType type, const char* url, const char* body
 void Phone::take_setting(const char* device_id, const char* name, const char* value, int usage_id) {
     expect(device_id != nullptr && name != nullptr && value != nullptr, "a setting is complete");
     expect(!frames.empty() && !stopping, "a setting is sent from inside a reset or an answer");
-    // Texts end at a NUL for the host, so that two ids may look the same to it.
-    const std::size_t spellings = id_spellings[device_id].size();
-    expect(++frames.back()[{device_id, usage_id}] <= spellings,
-           "at most as many settings are sent as the map holds", name);
+    expect(++frames.back()[{device_id, usage_id}] == 1, "a setting is sent once", name);
     if (input.below(4) == 3) {
         call_from_inside();
     }

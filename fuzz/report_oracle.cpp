@@ -69,6 +69,7 @@ void expect_report(const char* body) {
                  {"serialNumber", "firmwareVersion", "vendor", "model", "connectionType",
                   "connectionStatus"},
                  "the report tells of the accessory");
+    expect_not_empty(headset, "serialNumber", "an accessory has a serial number");
 }
 
 }  // namespace headsetmgmt::fuzz

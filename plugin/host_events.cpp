@@ -52,7 +52,7 @@ bool PhonePluginImpl::configure_headset(const std::shared_ptr<AccessoryCache>& c
     }
     const std::shared_ptr<AccessoryInfoImpl> info = to_accessory_info(*cache);
     debug(("PhonePluginImpl::configure_headset " + info->to_string()).c_str());
-    const std::string configured = config_mgr_->initialize_accessory(cache->device_id, info.get());
+    const std::string configured = config_mgr_->initialize_accessory(info->device_id(), info.get());
     if (configured.empty()) {
         return false;
     }

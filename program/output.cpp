@@ -3,9 +3,13 @@
 #include "program/output.h"
 
 #include <array>
+#include <cerrno>
 #include <cstddef>
 #include <cstdio>
+#include <system_error>
 #include <utility>
+
+#include "program/exit_codes.h"
 
 namespace headsetmgmt::program {
 
@@ -93,8 +97,23 @@ void Output::tell(const Event& event) {
     }
     line += '\n';
     const std::lock_guard<std::mutex> line_lock(line_mutex);
-    std::fwrite(line.data(), 1, line.size(), stdout);
-    std::fflush(stdout);
+    if (std::fwrite(line.data(), 1, line.size(), stdout) != line.size() ||
+        std::fflush(stdout) != 0) {
+        note_loss();
+    }
+}
+
+int Output::exit_code(int code) const {
+    return code == exit_done && lost ? exit_failed : code;
+}
+
+/// A reader that has gone wants no more, which is no failure.
+void Output::note_loss() {
+    const int error = errno;
+    if (error != EPIPE && !lost.exchange(true)) {
+        std::fprintf(stderr, "headsetmgmt: standard output cannot be written: %s\n",
+                     std::generic_category().message(error).c_str());
+    }
 }
 
 }  // namespace headsetmgmt::program

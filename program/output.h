@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <mutex>
 #include <nlohmann/json.hpp>
@@ -19,7 +20,8 @@ inline constexpr int output_format = 1;
 std::string escaped(const std::string& text);
 
 /// Tells events to whoever reads standard output: a sentence each, or with `json` one JSON object a
-/// line and nothing else. Both are made from the same event. Any thread.
+/// line and nothing else. Both are made from the same event. When they cannot be written, standard
+/// error says so once, unless the reader has closed his end. Any thread.
 class Output {
 public:
     /// Makes the sentence of an event.
@@ -30,10 +32,17 @@ public:
     /// `event` carries its kind as "event".
     void tell(const Event& event);
 
+    /// The exit code of a program that would end with `code`: `exit_failed` for `exit_done` when an
+    /// event could not be written.
+    int exit_code(int code) const;
+
 private:
+    void note_loss();
+
     bool as_json;
     Wording in_words;
     std::mutex line_mutex;  // one line at a time
+    std::atomic<bool> lost{false};
 };
 
 }  // namespace headsetmgmt::program

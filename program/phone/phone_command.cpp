@@ -70,7 +70,15 @@ Bench bench_of(const Arguments& arguments) {
         bench.korm_servers = arguments.korm_servers;
     }
     for (const std::string& text : arguments.accessories) {
-        bench.accessories.push_back(read_accessory(text, "--accessory"));
+        const AccessoryCache added = read_accessory(text, "--accessory");
+        const auto has_its_id = [&added](const AccessoryCache& other) {
+            return other.device_id == added.device_id;
+        };
+        if (std::any_of(bench.accessories.begin(), bench.accessories.end(), has_its_id)) {
+            throw BenchError("--accessory: expected an id of its own, found \"" + added.device_id +
+                             "\" again");
+        }
+        bench.accessories.push_back(added);
     }
     if (bench.accessories.empty()) {
         throw BenchError("no accessory: give --bench a file with \"accessories\", or --accessory");
@@ -110,7 +118,7 @@ int run_phone(Arguments& arguments) {
     std::signal(SIGPIPE, SIG_IGN);  // a server that goes away is an error of its transfer
     PhoneHost host(options, output);
     const Termination termination([&host] { host.interrupt(); });
-    return host.run();
+    return output.exit_code(host.run());
 }
 
 }  // namespace

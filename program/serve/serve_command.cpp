@@ -37,7 +37,7 @@ int run_serve(const Arguments& arguments) {
         }
         return error.exit_code;
     }
-    return exit_done;
+    return output.exit_code(exit_done);
 }
 
 }  // namespace

@@ -92,6 +92,10 @@ WRONG_COMMAND_LINES = {
     "accessory-without-id": (["phone", "--accessory", "type=headset"], '"id"'),
     "accessory-without-value": (["phone", "--accessory", "id"], "expected NAME=VALUE"),
     "accessory-with-unknown-member": (["phone", "--accessory", "id=a,type=headset,size=3"], "size"),
+    "accessory-twice": (
+        ["phone", *HEADSET, "--accessory", "id=a,type=camera"],
+        '--accessory: expected an id of its own, found "a" again',
+    ),
     "detach-unknown": (["phone", *HEADSET, "--detach-on-answer", "b"], 'there is no accessory "b"'),
     "negative-attempts": (["phone", *HEADSET, "--give-up-after", "-1"], "--give-up-after"),
     "attempts-no-number": (["phone", *HEADSET, "--give-up-after", "two"], "--give-up-after"),

@@ -28,7 +28,7 @@ ABOUT_LOCKS = re.compile(r"[Ll]ock|RegistryHold|mutex")
 
 def arguments():
     parser = argparse.ArgumentParser(prog="scripts/mutate", description=__doc__)
-    parser.add_argument("--count", type=int, default=600, help="how many mutants (600)")
+    parser.add_argument("--count", type=int, default=600, help="how many mutants, but six of a file at least (600)")
     parser.add_argument("--seed", type=int, default=1, help="which ones (1)")
     parser.add_argument("--only", metavar="FILE", help="of this source alone, and all of them")
     parser.add_argument("--jobs", type=int, default=os.cpu_count(), help="at a time (one a core)")

@@ -178,6 +178,33 @@ TEST(AccessoryInfoImplTest, CloneIsIndependentOfItsSource) {
     EXPECT_EQ(clone->get_connection_status(), "connected");
 }
 
+TEST(AccessoryInfoImplTest, TextsOfAHostRecordEndAtTheirFirstNul) {
+    AccessoryCache cache;
+    cache.device_id = std::string("id\0x", 4);
+    cache.software_version = std::string("1-0\0x", 5);
+    cache.hardware_version = std::string("4\0x", 3);
+    cache.model = std::string("K30\0x", 5);
+    cache.serial_number = std::string("\0x", 2);
+    cache.vendor = std::string("Varos\0x", 7);
+    cache.dock_serial_number = std::string("\0D", 2);
+    cache.dock_model = std::string("Dock\0x", 6);
+    cache.dongle_serial_number = std::string("L1\0x", 4);
+    cache.dongle_model = std::string("Link\0x", 6);
+    cache.dongle_version = std::string("2-0\0x", 5);
+    cache.connection_type = std::string("USB\0x", 5);
+    cache.connection_status = std::string("connected\0x", 11);
+    cache.vendor_id = 7;
+
+    const auto info = headsetmgmt::to_accessory_info(cache);
+
+    EXPECT_EQ(info->device_id(), "id");
+    EXPECT_EQ(info->to_string(),
+              "Accessory Info:\ntype:UNKNOWN\nid:id\nvendor:Varos\nvendor id:7\nmodel:K30\n"
+              "serial number:\nsw ver:1-0\nhw ver:4\ndock model:Dock\ndock serial number:\n"
+              "dongle model:Link\ndongle serial number:L1\ndongle version:2-0\n"
+              "connection type:USB\nconnection status:connected\n\n");
+}
+
 TEST(AccessoryInfoImplTest, FirmwareDataAreReadyWithVersionAndModel) {
     EXPECT_TRUE(headset_with_firmware("Varos K30", "1-0-1").firmware_data_ready());
 }

@@ -1,9 +1,14 @@
 // Tests of how events reach standard output, and of texts made fit for a terminal.
 
+#include <csignal>
+#include <cstdio>
+#include <fcntl.h>
 #include <string>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
+#include "program/exit_codes.h"
 #include "program/output.h"
 
 namespace headsetmgmt::program {
@@ -102,6 +107,64 @@ TEST(Output, EachEventIsALineOfItsOwn) {
 
     EXPECT_EQ("{\"format\":1,\"event\":\"a\"}\n{\"format\":1,\"event\":\"b\"}\n",
               testing::internal::GetCapturedStdout());
+}
+
+/// Standard output, led elsewhere for the length of a scope.
+class StandardOutputTo {
+public:
+    explicit StandardOutputTo(int descriptor) {
+        std::fflush(stdout);
+        before = dup(STDOUT_FILENO);
+        dup2(descriptor, STDOUT_FILENO);
+    }
+    ~StandardOutputTo() {
+        std::fflush(stdout);
+        std::clearerr(stdout);
+        dup2(before, STDOUT_FILENO);
+        close(before);
+    }
+
+    StandardOutputTo(const StandardOutputTo&) = delete;
+    StandardOutputTo& operator=(const StandardOutputTo&) = delete;
+
+private:
+    int before;
+};
+
+TEST(Output, WhatCannotBeWrittenIsToldOnceAndMakesASuccessAFailure) {
+    Output output(true, kind_in_words);
+    const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
+    ASSERT_NE(-1, full);
+    testing::internal::CaptureStderr();
+    {
+        const StandardOutputTo nowhere(full);
+        output.tell({{"event", "a"}});
+        output.tell({{"event", "b"}});
+    }
+    close(full);
+
+    EXPECT_EQ("headsetmgmt: standard output cannot be written: No space left on device\n",
+              testing::internal::GetCapturedStderr());
+    EXPECT_EQ(exit_failed, output.exit_code(exit_done));
+    EXPECT_EQ(exit_usage, output.exit_code(exit_usage));
+}
+
+TEST(Output, ReaderThatHasGoneIsNoFailure) {
+    Output output(true, kind_in_words);
+    const auto handler_before = std::signal(SIGPIPE, SIG_IGN);
+    int ends[2] = {-1, -1};
+    ASSERT_EQ(0, pipe2(ends, O_CLOEXEC));
+    close(ends[0]);
+    testing::internal::CaptureStderr();
+    {
+        const StandardOutputTo gone(ends[1]);
+        output.tell({{"event", "a"}});
+    }
+    close(ends[1]);
+    std::signal(SIGPIPE, handler_before);
+
+    EXPECT_EQ("", testing::internal::GetCapturedStderr());
+    EXPECT_EQ(exit_done, output.exit_code(exit_done));
 }
 
 }  // namespace

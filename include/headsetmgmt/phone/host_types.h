@@ -21,9 +21,10 @@ enum HttpRequestType : std::int32_t {
     HTTP_REQUEST_POST = 2,  ///< send a body; no answer is wanted
 };
 
-/// The host's own record of an accessory. The library reads it during the call and never writes it.
+/// The host's own record of an accessory. The library reads it during the call, each text up to its
+/// first NUL, and never writes it.
 struct AccessoryCache {
-    std::string device_id;            ///< names the accessory in every call; holds no NUL
+    std::string device_id;            ///< names the accessory in every call
     std::int32_t accessory_type = 0;  ///< a value of `headsetmgmt::ACCESSORY_TYPE`
     std::int32_t vendor_id = 0;       ///< USB vendor id
     std::string software_version;
