@@ -91,16 +91,17 @@ constexpr std::string AccessoryCache::*texts_of_cache[] = {
 };
 
 bool holds_nul(const AccessoryCache& cache) {
-    return std::any_of(std::begin(texts_of_cache), std::end(texts_of_cache), [&cache](auto text) {
-        return (cache.*text).find('\0') != std::string::npos;
+    return std::any_of(std::begin(texts_of_cache), std::end(texts_of_cache), [&cache](auto member) {
+        return (cache.*member).find('\0') != std::string::npos;
     });
 }
 
 /// Each text up to its first NUL, which is all that the host and a report take of it.
 AccessoryCache cut_at_nul(const AccessoryCache& cache) {
     AccessoryCache cut = cache;
-    for (const auto text : texts_of_cache) {
-        cut.*text = (cache.*text).c_str();
+    for (const auto member : texts_of_cache) {
+        std::string& text = cut.*member;
+        text.resize(std::min(text.find('\0'), text.size()));
     }
     return cut;
 }
