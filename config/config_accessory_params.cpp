@@ -7,16 +7,27 @@
 
 namespace headsetmgmt::config {
 
+namespace {
+
+/// Seconds to wait before a document is requested again.
+unsigned int back_off() {
+    constexpr unsigned int base = 30;
+    constexpr unsigned int spread = 10;
+    return get_seconds_to_wait(base, spread);
+}
+
+}  // namespace
+
 ConfigAccessoryParams::ConfigAccessoryParams(ConfigInterface* object)
     : config(object != nullptr ? object->clone() : nullptr) {
     if (config && config->get_config_retries() >= 1) {
-        back_off();
+        defer_time = back_off();
     }
 }
 
 ConfigAccessoryParams::ConfigAccessoryParams(const ConfigAccessoryParams& other)
     : TaskParametersInterface(other), config(other.config ? other.config->clone() : nullptr),
-      defer_time(other.defer_time), timeout(other.timeout) {}
+      defer_time(other.defer_time), timeout(other.timeout), reserve(other.reserve) {}
 
 TaskParametersInterface* ConfigAccessoryParams::clone() const {
     return new ConfigAccessoryParams(*this);
@@ -48,10 +59,13 @@ unsigned int ConfigAccessoryParams::get_defer_time() const {
     return defer_time;
 }
 
-void ConfigAccessoryParams::back_off() {
-    constexpr unsigned int base = 30;
-    constexpr unsigned int spread = 10;
-    defer_time = get_seconds_to_wait(base, spread);
+void ConfigAccessoryParams::make_reserve() {
+    reserve = true;
+    defer_time = back_off();
+}
+
+bool ConfigAccessoryParams::is_reserve() const {
+    return reserve;
 }
 
 ConfigInterface* ConfigAccessoryParams::get_config() const {

@@ -23,9 +23,10 @@ public:
     unsigned int get_timeout() const override;
     unsigned int get_defer_time() const override;
 
-    /// Makes the task wait 30 to 40 seconds before it is looked at, whatever its object was
-    /// through.
-    void back_off();
+    /// Makes the task one in reserve: it waits 30 to 40 seconds, and then fetches only if nobody
+    /// else is about to.
+    void make_reserve();
+    bool is_reserve() const;
 
     /// The copy; null when there was nothing to copy. Stays with the parameters.
     ConfigInterface* get_config() const;
@@ -34,6 +35,7 @@ private:
     ConfigOwner config;
     unsigned int defer_time = 0;  // seconds
     unsigned int timeout = 60;    // seconds
+    bool reserve = false;
 };
 
 }  // namespace headsetmgmt::config

@@ -98,10 +98,9 @@ private:
     bool is_registered(const std::string& id, const ConfigInterface* config) const;
     void forget(std::map<std::string, ConfigInterface*>::iterator entry);
 
-    /// When a fetch that is queued starts.
-    enum class Start { at_once, after_back_off };
-
-    void queue_fetch(ConfigInterface* config, Start start);
+    void queue_fetch(ConfigInterface* config);
+    void queue_reserve(ConfigInterface* config);
+    bool begin_fetch(bool reserve);
     void request_document(ConfigInterface& config);
     std::vector<std::string> hand_out(const std::string& document);
     void hand_to(ConfigInterface& config, const std::string& document);
@@ -118,11 +117,11 @@ private:
     // All guarded by the registry mutex.
     unsigned int holds = 0;                 // of the registry, by the thread that has it
     std::vector<ConfigInterface*> removed;  // to be deleted when the outermost hold ends
-    unsigned int latest_run = 0;            // number of the run that began last
-    unsigned int fetches_queued = 0;        // of all runs, not begun yet
-    unsigned int requests_made = 0;         // for a document, in that run
-    unsigned int requests_unanswered = 0;   // of all runs
-    bool handing_out = false;               // the document is being handed out
+    unsigned int fetches_queued = 0;        // of all runs, not begun; without the one in reserve
+    bool reserve_queued = false;
+    unsigned int requests_made = 0;        // for a document, in the latest run
+    unsigned int requests_unanswered = 0;  // of all runs
+    bool handing_out = false;              // the document is being handed out
 
     static ConfigManagerImpl* instance_;
 };

@@ -60,10 +60,9 @@ bool ConfigManagerImpl::configure_accessory(const std::string& id, std::string c
         return true;
     }
     set_configure_accessory_pending(true);
-    ++latest_run;
     requests_made = 0;
     try {
-        queue_fetch(config, Start::at_once);
+        queue_fetch(config);
     } catch (...) {
         // No task, no run: or no accessory would ever be configured again.
         set_configure_accessory_pending(false);
@@ -78,15 +77,10 @@ void ConfigManagerImpl::configure_accessory_task(TaskParametersInterface* params
         logger->error() << "configure_accessory_task: no task parameters";
         return;
     }
-    unsigned int run = 0;
-    {
-        const RegistryHold hold(*this);
-        run = latest_run;
-        if (fetches_queued != 0) {
-            --fetches_queued;
-        }
-    }
     auto* fetch = dynamic_cast<ConfigAccessoryParams*>(params);
+    if (!begin_fetch(fetch != nullptr && fetch->is_reserve())) {
+        return;
+    }
     ConfigInterface* config = fetch != nullptr ? fetch->get_config() : nullptr;
     if (config == nullptr) {
         clean_up_pending_config_requests();
@@ -95,11 +89,10 @@ void ConfigManagerImpl::configure_accessory_task(TaskParametersInterface* params
     try {
         request_document(*config);
     } catch (...) {
-        // A run whose request failed like this may get no answer, and would never end. One that the
-        // answer has ended already may have a successor, which is none of this task's business.
+        // A run whose request failed like this may get no answer, and would never end. One that has
+        // another fetch queued or under way, such as one that began meanwhile, will.
         const RegistryHold hold(*this);
-        count_answer();
-        if (is_configure_accessory_pending() && latest_run == run) {
+        if (is_configure_accessory_pending() && fetches_queued == 0 && requests_unanswered == 0) {
             clean_up_pending_config_requests();
         }
         throw;
@@ -127,7 +120,13 @@ void ConfigManagerImpl::request_document(ConfigInterface& config) {
         ++requests_unanswered;
     }
     std::string document;
-    const RequestStatus status = fetch_config(std::move(url), document);
+    RequestStatus status = REQUEST_REFUSED;
+    try {
+        status = fetch_config(std::move(url), document);
+    } catch (...) {
+        count_answer();
+        throw;
+    }
     const ConfigureResponse response(status);
     switch (status) {
     case REQUEST_DONE:
@@ -161,13 +160,11 @@ RequestStatus ConfigManagerImpl::fetch_config(std::string url, std::string& docu
 bool ConfigManagerImpl::on_fetch_config_success(std::string& document) {
     // To the end of the run: an accessory that is attached in between would be lost.
     const RegistryHold hold(*this);
+    count_answer();
     if (!is_awaiting_document()) {
-        count_answer();
         logger->error() << "on_fetch_config_success: no configuration in progress, dropping data";
         return false;
     }
-    // It serves whoever waits, and makes good for answers that the host may have lost.
-    requests_unanswered = 0;
     std::vector<std::string> newcomers;
     handing_out = true;
     try {
@@ -269,11 +266,15 @@ bool ConfigManagerImpl::on_fetch_config_failure(int reason) {
     if (fetches_queued > own_first) {
         return true;
     }
-    // For the same reason a fetch waits while another request, such as an earlier run's, is still
-    // to be answered: that answer then finds it queued. It is made all the same, for a host that
-    // loses an answer.
     try {
-        queue_fetch(config, requests_unanswered == 0 ? Start::at_once : Start::after_back_off);
+        // For the same reason nothing is queued while another request, such as an earlier run's, is
+        // still to be answered: that answer ends the run or queues the fetch. The one in reserve is
+        // for a host that has lost it.
+        if (requests_unanswered == 0) {
+            queue_fetch(config);
+        } else if (!reserve_queued) {
+            queue_reserve(config);
+        }
     } catch (...) {
         clean_up_pending_config_requests();
         throw;
@@ -298,17 +299,39 @@ bool ConfigManagerImpl::count_answer() {
     return true;
 }
 
-/// Queues the fetch for `config`, of which the task gets a copy. The registry is held.
-void ConfigManagerImpl::queue_fetch(ConfigInterface* config, Start start) {
-    ConfigAccessoryParams params(config);
-    if (start == Start::after_back_off) {
-        params.back_off();
+/// Books the beginning of a queued fetch; false when it is the one in reserve, and not needed.
+bool ConfigManagerImpl::begin_fetch(bool reserve) {
+    const RegistryHold hold(*this);
+    if (reserve) {
+        reserve_queued = false;
+        return is_configure_accessory_pending() && fetches_queued == 0;
     }
+    if (fetches_queued != 0) {
+        --fetches_queued;
+    }
+    return true;
+}
+
+/// Queues the fetch for `config`, of which the task gets a copy. The registry is held.
+void ConfigManagerImpl::queue_fetch(ConfigInterface* config) {
+    ConfigAccessoryParams params(config);
     ++fetches_queued;  // the task, which takes it back, waits for the registry
     try {
         globals::plugins.executor->add_task(task_forwarder, this, &params);
     } catch (...) {
         --fetches_queued;
+        throw;
+    }
+}
+
+void ConfigManagerImpl::queue_reserve(ConfigInterface* config) {
+    ConfigAccessoryParams params(config);
+    params.make_reserve();
+    reserve_queued = true;
+    try {
+        globals::plugins.executor->add_task(task_forwarder, this, &params);
+    } catch (...) {
+        reserve_queued = false;
         throw;
     }
 }

@@ -5,9 +5,10 @@
 namespace headsetmgmt::program {
 
 enum ExitCode : int {
-    exit_done = 0,    ///< everything that was asked for happened
-    exit_failed = 1,  ///< something did not; the last line says what
-    exit_usage = 2,   ///< the command line or the bench file is wrong
+    exit_done = 0,  ///< everything that was asked for happened
+    exit_failed =
+        1,  ///< something did not; the last line says what, or standard error if output is lost
+    exit_usage = 2,  ///< the command line or the bench file is wrong
 };
 
 }  // namespace headsetmgmt::program

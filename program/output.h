@@ -21,7 +21,7 @@ std::string escaped(const std::string& text);
 
 /// Tells events to whoever reads standard output: a sentence each, or with `json` one JSON object a
 /// line and nothing else. Both are made from the same event. When they cannot be written, standard
-/// error says so once, unless the reader has closed his end. Any thread.
+/// error says so once, unless the reader has closed its end. Any thread.
 class Output {
 public:
     /// Makes the sentence of an event.

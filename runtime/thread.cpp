@@ -28,8 +28,8 @@ int add_thread_variables(dl_phdr_info* object, std::size_t /*size*/, void* sum) 
     return 0;
 }
 
-/// What the variables that each thread has of its own take, those of the host and of all libraries:
-/// they lie in the thread's stack.
+/// At most what the variables take that each thread has of its own, those of the host and of all
+/// libraries: where they lie in the thread's stack, they must not take the room of its work.
 std::size_t size_of_thread_variables() {
     std::size_t sum = 0;
     dl_iterate_phdr(add_thread_variables, &sum);
@@ -70,7 +70,7 @@ Thread::~Thread() {
 }
 
 bool Thread::run(const char* name, std::uint32_t wanted_flags, std::uint32_t wanted_priority) {
-    // Held until the thread is known to run: its first act is to take this mutex.
+    // Held until the thread is known to run: it takes this mutex before it says that it has ended.
     const StateLock state_lock(state_mutex);
     thread_name = name != nullptr ? name : "workerthread";
     flags = wanted_flags;

@@ -90,7 +90,7 @@ void carry_out_requests() {
             // The library has asked again already: without a pause, the server would be flooded.
             phone_changed.wait_for(lock, std::chrono::seconds(1), [] { return hanging_up; });
         }
-        (fetch ? configured : reported) |= status / 100 == 2;
+        (fetch ? configured : reported) |= fetch ? status == 200 : status / 100 == 2;
         phone_changed.notify_all();
     }
 }

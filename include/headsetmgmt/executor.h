@@ -76,13 +76,7 @@ public:
             if (!deferring_flag || params == nullptr) {
                 return false;
             }
-            const std::time_t now = std::time(nullptr);
-            if (now < deferral_start_time) {
-                // The clock was set back, by hours perhaps: the task waits on as if it had not
-                // been.
-                creation_time -= deferral_start_time - now;
-                deferral_start_time = now;
-            }
+            const std::time_t now = time_after_steps_back();
             const double passed = std::difftime(now, deferral_start_time);
             deferring_flag = std::max(static_cast<double>(params->get_defer_time()), 0.0) > passed;
             return deferring_flag;
@@ -90,7 +84,7 @@ public:
 
         /// Holds the task back from now on, for as long as its parameters say.
         void set_deferring() {
-            deferral_start_time = std::time(nullptr);
+            deferral_start_time = time_after_steps_back();
             deferring_flag = true;
         }
 
@@ -100,6 +94,18 @@ public:
         std::time_t creation_time;
         std::time_t deferral_start_time;
         bool deferring_flag = false;
+
+    private:
+        /// The time. When the clock was set back, by hours perhaps, the task's own times go back
+        /// with it, or it would wait until the clock is where it was.
+        std::time_t time_after_steps_back() {
+            const std::time_t now = std::time(nullptr);
+            if (now < deferral_start_time) {
+                creation_time -= deferral_start_time - now;
+                deferral_start_time = now;
+            }
+            return now;
+        }
     };
 
     /// Queues `functor(context, <clone of params>)`.

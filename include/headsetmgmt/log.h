@@ -64,9 +64,9 @@ public:
     LogStream(const LogStream&) = delete;
     LogStream& operator=(const LogStream&) = delete;
 
-    /// Appends `piece` as a standard stream writes it; `bool` as true or false, and `int`,
-    /// `unsigned int`, `unsigned long` and `double` without the grouping and the decimal point of
-    /// the process's locale. Nothing is put between pieces.
+    /// Appends `piece` as a standard stream writes it; `bool` as true or false, and integers and
+    /// `double` without the grouping and the decimal point of the process's locale. Nothing is put
+    /// between pieces.
     template <typename T>
     LogStream& operator<<(const T& piece) {
         if constexpr (is_text_<T>) {
@@ -110,8 +110,10 @@ private:
         std::is_same_v<T, const char*> || std::is_same_v<T, char*>;
     template <typename T>
     static constexpr bool is_number_ =
-        std::is_same_v<T, int> || std::is_same_v<T, unsigned int> ||
-        std::is_same_v<T, unsigned long> || std::is_same_v<T, double>;
+        std::is_same_v<T, short> || std::is_same_v<T, unsigned short> || std::is_same_v<T, int> ||
+        std::is_same_v<T, unsigned int> || std::is_same_v<T, long> ||
+        std::is_same_v<T, unsigned long> || std::is_same_v<T, long long> ||
+        std::is_same_v<T, unsigned long long> || std::is_same_v<T, double>;
 
     /// What the stream's own insertion of texts comes to where nothing is out of the ordinary.
     /// Once a library, like all that is not inline here, not once a line.
@@ -180,8 +182,8 @@ public:
     LogStream info() const { return {host, LogLevel::info, name, enabled}; }
     LogStream debug() const { return {host, LogLevel::debug, name, enabled}; }
 
-    /// The line that a stream of the one piece `text` makes, for `write`; empty when memory runs
-    /// out.
+    /// The line that a stream makes of the one piece `text`, to be handed to `write`; empty if
+    /// memory runs out.
     std::string line(std::string_view text) const noexcept {
         std::string made;
         try {

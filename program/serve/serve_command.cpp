@@ -3,6 +3,7 @@
 #include "program/serve/serve_command.h"
 
 #include <CLI/CLI.hpp>
+#include <csignal>
 #include <cstdio>
 #include <future>
 #include <memory>
@@ -23,6 +24,7 @@ struct Arguments {
 
 int run_serve(const Arguments& arguments) {
     Output output(arguments.json, serve_event_in_words);
+    std::signal(SIGPIPE, SIG_IGN);  // a reader of the output that goes away is no reason to end
     std::promise<void> asked_to_end;
     const Termination termination([&asked_to_end] { asked_to_end.set_value(); });
     try {

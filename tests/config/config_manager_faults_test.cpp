@@ -133,6 +133,23 @@ TEST(ConfigManagerFaults, OfTheDispatcherPassOnAndEndTheRun) {
     expect_new_runs(bench);
 }
 
+TEST(ConfigManagerFaults, OfAnEarlierRunsFetchLeaveARunItsOwn) {
+    ManagerBench bench;
+    bench.add_fake("a");
+    bench.manager().configure_accessory("a", "");
+    bench.manager().remove_accessory("a");
+    FakeConfig* object = bench.add_fake("a");
+    bench.manager().configure_accessory("a", "");
+    bench.answer_with(REQUEST_PENDING, "");
+    bench.plugins.dispatcher.throw_at(1);
+
+    EXPECT_THROW(bench.plugins.executor.run_next(), std::runtime_error);
+    bench.run_tasks();
+
+    EXPECT_TRUE(bench.succeed("document"));
+    EXPECT_EQ((Lines{"document"}), object->script->documents);
+}
+
 TEST(ConfigManagerFaults, OfAnExhaustedDispatcherPassOnAndEndTheRun) {
     ManagerBench bench;
     bench.add_fake("a");
@@ -157,7 +174,7 @@ TEST(ConfigManagerFaults, OfTheDriverThatIsToldOfARefusedFetchEndTheRun) {
     expect_new_runs(bench);
 }
 
-TEST(ConfigManagerFaults, OfTheDriverThatIsToldOfAPendingFetchEndTheRun) {
+TEST(ConfigManagerFaults, OfTheDriverThatIsToldOfAPendingFetchLeaveTheRunToItsAnswer) {
     ManagerBench bench;
     bench.add_fake("a");
     bench.manager().configure_accessory("a", "");
@@ -166,6 +183,8 @@ TEST(ConfigManagerFaults, OfTheDriverThatIsToldOfAPendingFetchEndTheRun) {
 
     EXPECT_THROW(bench.run_tasks(), std::runtime_error);
 
+    EXPECT_TRUE(bench.manager().is_configure_accessory_pending());
+    EXPECT_TRUE(bench.succeed("document"));
     expect_new_runs(bench);
 }
 

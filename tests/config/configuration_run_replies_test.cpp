@@ -23,6 +23,13 @@ FakeConfig* start_pending_run(ManagerBench& bench) {
     return object;
 }
 
+/// Runs what is queued; how many documents that requests.
+std::size_t requests_of_queued_tasks(ManagerBench& bench) {
+    const std::size_t before = bench.urls().size();
+    bench.run_tasks();
+    return bench.urls().size() - before;
+}
+
 TEST(ConfigurationRunSuccess, IsDroppedWhenNoRunIsUnderWay) {
     ManagerBench bench;
     FakeConfig* object = bench.add_fake("a");
@@ -268,73 +275,88 @@ TEST(ConfigurationRunFailure, OfARequestThatHasItsAnswerIsNotTakenForAnEarlierRu
     EXPECT_EQ(0u, bench.queued());
 }
 
-TEST(ConfigurationRunFailure, BesideAnEarlierRunsRequestBacksOff) {
-    ManagerBench bench;
+/// A run whose accessory left and came back before the answer: two requests are unanswered.
+FakeConfig* start_run_beside_an_earlier_request(ManagerBench& bench) {
     start_pending_run(bench);
     bench.manager().remove_accessory("a");
-    start_pending_run(bench);
+    return start_pending_run(bench);
+}
+
+TEST(ConfigurationRunFailure, BesideAnEarlierRunsRequestLeavesTheRetryToItsAnswer) {
+    ManagerBench bench;
+    start_run_beside_an_earlier_request(bench);
 
     EXPECT_TRUE(bench.manager().on_fetch_config_failure(500));
 
-    ASSERT_EQ(1u, bench.queued());
+    ASSERT_EQ(1u, bench.queued()) << "the one in reserve";
     EXPECT_LE(30u, bench.queued_defer_time());
     EXPECT_GE(40u, bench.queued_defer_time());
 }
 
-TEST(ConfigurationRunFailure, OfTheLastRequestBesideAFetchThatWaitsQueuesNothing) {
+TEST(ConfigurationRunFailure, OfTheLastRequestIsRetriedAtOnce) {
     ManagerBench bench;
-    start_pending_run(bench);
-    bench.manager().remove_accessory("a");
-    start_pending_run(bench);
+    start_run_beside_an_earlier_request(bench);
     bench.manager().on_fetch_config_failure(500);
 
     EXPECT_TRUE(bench.manager().on_fetch_config_failure(500));
 
-    EXPECT_EQ(1u, bench.queued());
+    ASSERT_EQ(2u, bench.queued());
+    EXPECT_EQ(0u, bench.plugins.executor.params(1)->get_defer_time());
 }
 
-TEST(ConfigurationRunFailure, AfterAllRequestsHaveTheirAnswersIsRetriedAtOnceAgain) {
+TEST(ConfigurationRunFailure, IsRetriedFromTheReserveForAHostThatLostAnAnswer) {
     ManagerBench bench;
-    start_pending_run(bench);
-    bench.manager().remove_accessory("a");
-    start_pending_run(bench);
-    bench.manager().on_fetch_config_failure(500);
-    bench.manager().on_fetch_config_failure(500);
-    bench.run_tasks();
-
-    EXPECT_TRUE(bench.manager().on_fetch_config_failure(500));
-
-    ASSERT_EQ(1u, bench.queued());
-    EXPECT_EQ(0u, bench.queued_defer_time());
-}
-
-TEST(ConfigurationRunFailure, IsRetriedAfterTheBackOffForAHostThatLostAnAnswer) {
-    ManagerBench bench;
-    start_pending_run(bench);
-    bench.manager().remove_accessory("a");  // its answer never comes
-    start_pending_run(bench);
+    start_run_beside_an_earlier_request(bench);  // one of the two answers never comes
 
     for (int round = 0; round < 10; ++round) {
         EXPECT_TRUE(bench.manager().on_fetch_config_failure(500));
         ASSERT_EQ(1u, bench.queued());
         EXPECT_LE(30u, bench.queued_defer_time());
-        bench.run_tasks();
+        ASSERT_EQ(1u, requests_of_queued_tasks(bench));
     }
 }
 
-TEST(ConfigurationRunFailure, IsRetriedAtOnceAgainOnceADocumentCameToAHostThatLostAnAnswer) {
+TEST(ConfigurationRunFailure, ReserveIsNotMadeOfARunThatHasEnded) {
+    ManagerBench bench;
+    start_run_beside_an_earlier_request(bench);
+    bench.manager().on_fetch_config_failure(500);
+    bench.succeed("document");
+    bench.take_lines();
+    ASSERT_EQ(1u, bench.queued());
+
+    EXPECT_EQ(0u, requests_of_queued_tasks(bench));
+
+    EXPECT_EQ(Lines{}, bench.take_lines());
+}
+
+TEST(ConfigurationRunFailure, ReserveIsNotMadeBesideAQueuedFetch) {
+    ManagerBench bench;
+    start_run_beside_an_earlier_request(bench);
+    bench.manager().on_fetch_config_failure(500);
+    bench.manager().remove_accessory("a");
+    bench.add_fake("a");
+    bench.manager().configure_accessory("a", "");
+    ASSERT_EQ(2u, bench.queued()) << "the one in reserve first";
+
+    EXPECT_EQ(1u, requests_of_queued_tasks(bench));
+}
+
+TEST(ConfigurationRunFailure, AfterADocumentThatServedAnEarlierRunsRequestStaysOneFetch) {
     ManagerBench bench;
     start_pending_run(bench);
-    bench.manager().remove_accessory("a");  // its answer never comes
+    for (int round = 1; round < 10; ++round) {
+        bench.manager().remove_accessory("a");
+        start_pending_run(bench);
+    }
+    bench.succeed("document");  // nine are still to be answered
+    bench.manager().remove_accessory("a");
     start_pending_run(bench);
-    bench.succeed("document");
-    bench.manager().configure_accessory("a", "");
-    bench.run_tasks();
 
-    bench.manager().on_fetch_config_failure(500);
+    for (int answer = 0; answer < 10; ++answer) {
+        bench.manager().on_fetch_config_failure(500);
+    }
 
-    ASSERT_EQ(1u, bench.queued());
-    EXPECT_EQ(0u, bench.queued_defer_time());
+    EXPECT_EQ(1u, requests_of_queued_tasks(bench));
 }
 
 TEST(ConfigurationRunFailure, OfARequestThatWasRefusedIsNotWaitedFor) {
@@ -369,7 +391,7 @@ TEST(ConfigurationRunFailure,
         for (; outstanding != 0; --outstanding) {
             bench.manager().on_fetch_config_failure(500);
         }
-        outstanding = bench.run_tasks();
+        outstanding = requests_of_queued_tasks(bench);
         ASSERT_LT(outstanding, before);
     }
     EXPECT_EQ(1u, outstanding);
@@ -399,12 +421,11 @@ TEST(ConfigurationRunFailure, LeavesOneFetchHoweverOftenItsAccessoryLeavesAndCom
         for (; outstanding != 0; --outstanding) {
             bench.manager().on_fetch_config_failure(500);
         }
-        ASSERT_EQ(1u, bench.queued());
         bench.manager().remove_accessory("a");
         bench.add_fake("a");
         bench.manager().configure_accessory("a", "");
-        ASSERT_EQ(2u, bench.queued());
-        outstanding = bench.run_tasks();
+        outstanding = requests_of_queued_tasks(bench);
+        ASSERT_EQ(2u, outstanding) << "the retry, and the new run's own first one";
     }
 }
 

@@ -183,12 +183,15 @@ TEST(LogTest, NumbersAreWrittenAlikeInEveryLocale) {
         std::locale::global(std::locale(std::locale::classic(), new Continental));
 
     logger.info() << -1234567 << " " << 4294967295U << " " << 18446744073709551615UL << " " << 2.5
-                  << " " << 1e300 << " " << -0.0;
+                  << " " << 1e300 << " " << -0.0 << " " << -12345L << " " << 123456789012LL << " "
+                  << 1234567890123ULL << " " << short{-1234} << " "
+                  << static_cast<unsigned short>(54321);
 
     std::locale::global(before);
     EXPECT_THAT(sink.lines,
                 ElementsAre(Pair(LogLevel::info, "Component: -1234567 4294967295 "
-                                                 "18446744073709551615 2.5 1e+300 -0")));
+                                                 "18446744073709551615 2.5 1e+300 -0 -12345 "
+                                                 "123456789012 1234567890123 -1234 54321")));
 }
 
 TEST(LogTest, ManipulatorsWorkAsOnAStream) {

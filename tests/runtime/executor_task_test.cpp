@@ -123,6 +123,23 @@ TEST(ExecutorTaskTest, ClockThatIsSetBackPutsNeitherDeferralNorTimeoutOff) {
     EXPECT_TRUE(task.timed_out());
 }
 
+TEST(ExecutorTaskTest, ClockThatIsSetBackBeforeTheFirstDeferralPutsNoTimeoutOff) {
+    VirtualTime time(100000);
+    Watched watched;
+    watched.timeout = 60;
+    watched.defer_time = 6;
+    WatchedParameters params(watched);
+    Task task(do_nothing, nullptr, &params);
+
+    time.advance(-3600s);
+    task.set_deferring();
+
+    time.advance(59s);
+    EXPECT_FALSE(task.timed_out());
+    time.advance(1s);
+    EXPECT_TRUE(task.timed_out());
+}
+
 TEST(ExecutorTaskTest, NewTaskIsNotDeferring) {
     VirtualTime time(1000);
     Watched watched;

@@ -8,14 +8,15 @@
 // while another thread starts or stops the library, and when memory runs out, a function answers
 // false or does nothing.
 //
-// One call at a time works on accessories: a call may wait for the host functions that another
-// thread's call is in. So call nothing here, start, stop and exit included, while you hold a lock
-// that a host function or the log callback takes.
+// Calls that work on accessories run one at a time: a call may wait until another thread's call,
+// and the host function that it is in, returns. So call nothing here, start, stop and exit
+// included, while you hold a lock that a host function or the log callback takes.
 //
-// A thread that is inside must not be cancelled, nor leave by `pthread_exit` or `longjmp`. A forked
-// child calls nothing here; a daemon starts the library after it has forked. Stop the library
-// before the process exits if a host function uses objects that were made after
-// `create_headset_mgmt`, and before unloading it; unload it when no thread is inside any more.
+// A thread that is inside must not be cancelled, nor leave by `pthread_exit` or `longjmp`. A daemon
+// calls `create_headset_mgmt` after it has forked; a forked child calls nothing here. The process
+// may exit without a stop, unless a host function uses objects that were made after
+// `create_headset_mgmt`: then stop the library first. It may be unloaded when no thread of the host
+// is inside.
 
 #pragma once
 
@@ -31,10 +32,11 @@
 HEADSETMGMT_EXPORT bool create_headset_mgmt(HostLogCallback callback);
 
 /// Starts the library and its one thread, which inherits the caller's signal mask and scheduling:
-/// block signals before that you fetch elsewhere. The three texts are not used. True when the
-/// library runs, also when it did so already; false when the thread could not be started (a later
-/// start tries again) or another thread is starting or stopping the library. From inside a host
-/// function or the log callback it does nothing and answers whether the library runs.
+/// before this call, block the signals that other threads are to receive. The three texts are not
+/// used. True when the library runs, also when it did so already; false when the thread could not
+/// be started (a later start tries again) or another thread is starting or stopping the library.
+/// From inside a host function or the log callback it does nothing and answers whether the library
+/// runs.
 HEADSETMGMT_EXPORT bool start_headset_mgmt(const char* phone_model, const char* phone_version,
                                            const char* storage_path);
 
@@ -55,8 +57,8 @@ HEADSETMGMT_EXPORT bool setHeadsetConfigUrl(const char* config_url, const char* 
 
 /// Tells that an accessory was attached, or changed. Its default configuration is fetched and
 /// applied. Without software version or model the fetch waits 60 seconds, also when they are told
-/// meanwhile: attach when they are known, or remove and attach again. Told from inside a host
-/// function that applies this accessory's document, new facts count from the next document on. True
+/// meanwhile: attach when they are known, or remove and attach again. Facts that a host function
+/// tells while this accessory's document is being applied count from the next document on. True
 /// when a configuration run was started or is under way; false for null, for a new accessory that
 /// is neither headset nor camera, for one whose id is empty (it is configured all the same), and
 /// when the library is not started.
@@ -77,10 +79,10 @@ HEADSETMGMT_EXPORT bool retrieve_config(const char* device_id, CONFIG_SETTING_US
                                         int* value);
 
 /// Delivers the answer to a fetch: with status 200, `body` is the document; any other status is a
-/// failure, and the document is requested again at once, or after 30 to 40 seconds when an earlier
-/// request has no answer yet. Answers that nobody waits for are dropped. The document is read and
-/// applied before this returns, on the calling thread: it needs 112 KiB of stack beside what the
-/// host functions take that it calls.
+/// failure, and the document is requested again at once. If another request has no answer yet, or a
+/// fetch is queued already, it is requested again when that answer comes, or by that fetch. Answers
+/// that nobody waits for are dropped. The document is read and applied before this returns, on the
+/// calling thread: it needs 112 KiB of stack beside what the host functions take that it calls.
 HEADSETMGMT_EXPORT void httpResponse(const char* body, int status);
 
 /// Sends all settings of an accessory to it again, the user's included. False when the accessory is

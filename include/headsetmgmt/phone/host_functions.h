@@ -2,18 +2,18 @@
 //
 // The library calls them from its worker thread and from host threads that are inside the flat
 // interface. Texts that go in are valid for the call only; texts that come out are copied at once
-// and never freed, and null counts as empty. A function may call the flat interface again, but that
-// start and stop do nothing there. It must not take a lock that another thread may hold while it
+// and never freed, and null counts as empty. A function may call the flat interface again; start
+// and stop do nothing there. It must not take a lock that another thread may hold while it
 // calls the flat interface: that thread may be waiting for the call that this function is in. A
 // function should return soon: stopping the library waits for the one that is running. It must not
 // end or cancel its thread, nor unload the library. On the worker thread it has 240 KiB of stack,
-// half of them if it calls `httpResponse`.
+// half of that if it calls `httpResponse`.
 
 #pragma once
 
 #include "headsetmgmt/phone/host_types.h"
 
-/// Visible to the library also in a host that hides its symbols.
+/// Keeps a function visible to the library in a host that hides its symbols.
 #define HEADSETMGMT_HOST_FUNCTION [[gnu::visibility("default")]]
 
 /// Starts a request and returns without waiting for its answer. The answer to a fetch is delivered
@@ -42,3 +42,5 @@ HEADSETMGMT_HOST_FUNCTION const char* get_host_os_ver();
 
 /// The version of the phone's software, asked like the serial number.
 HEADSETMGMT_HOST_FUNCTION const char* get_orvik_ver();
+
+#undef HEADSETMGMT_HOST_FUNCTION

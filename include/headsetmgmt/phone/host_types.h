@@ -43,5 +43,6 @@ struct AccessoryCache {
 
 /// Receives every log line: the host's level, which is always 5, and a text that is valid for the
 /// call only. Called from any thread, from several at once. A callback that throws ends the
-/// process. One that calls the library for every line never returns: its calls write lines, too.
+/// process. It is called again for each line that a function writes which it calls: one that calls
+/// such a function for every line overflows the stack.
 using HostLogCallback = void (*)(int level, const char* text);
