@@ -15,8 +15,8 @@
 // A thread that is inside must not be cancelled, nor leave by `pthread_exit` or `longjmp`. A daemon
 // calls `create_headset_mgmt` after it has forked; a forked child calls nothing here. The process
 // may exit without a stop, unless a host function uses objects that were made after
-// `create_headset_mgmt`: then stop the library first. It may be unloaded when no thread of the host
-// is inside.
+// `create_headset_mgmt`: then stop the library first. The library may be unloaded when no thread of
+// the host is inside.
 
 #pragma once
 
