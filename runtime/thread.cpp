@@ -29,11 +29,13 @@ int add_thread_variables(dl_phdr_info* object, std::size_t /*size*/, void* sum) 
 }
 
 /// At most what the variables take that each thread has of its own, those of the host and of all
-/// libraries: where they lie in the thread's stack, they must not take the room of its work.
+/// libraries: where they lie in the thread's stack, they must not take the room of its work. In
+/// whole pages, as some systems want a stack.
 std::size_t size_of_thread_variables() {
+    constexpr std::size_t page_size = 4096;
     std::size_t sum = 0;
     dl_iterate_phdr(add_thread_variables, &sum);
-    return sum;
+    return (sum + page_size - 1) / page_size * page_size;
 }
 
 /// Attributes of a thread to be made, given back at the end of the scope.
