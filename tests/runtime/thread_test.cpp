@@ -302,13 +302,7 @@ TEST(ThreadTest, ThreadHasTheStackThatItNeedsAndNoMore) {
     EXPECT_TRUE(thread.run(nullptr, 0, 0));
 
     EXPECT_TRUE(thread.join());
-#ifdef __SANITIZE_THREAD__
-    // It adds what it needs itself; the system's default would be eight times the limit.
-    EXPECT_GE(size, 262144U);
-    EXPECT_LT(size, 1048576U);
-#else
     EXPECT_EQ(size, 262144U + size_of_thread_variables());
-#endif
 }
 
 /// The detach state of a thread that was run with `flags`.
