@@ -87,8 +87,8 @@ std::optional<int> read_usage_id(const cJSON* item) {
     }
     char* text = cJSON_GetStringValue(item);
     if (text != nullptr && is_number(text)) {
-        // What atoi answers, and defined for more digits than an int holds.
-        return static_cast<int>(std::strtol(text, nullptr, 10));
+        // What atoi answers where a long has 64 bits, and so on all systems.
+        return static_cast<int>(std::strtoll(text, nullptr, 10));
     }
     return std::nullopt;
 }

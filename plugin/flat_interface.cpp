@@ -216,8 +216,8 @@ bool retrieve_config(const char* device_id, CONFIG_SETTING_USAGE_ID usage_id, in
         if (value == nullptr || !plugin_instance->retrieveConfig(device_id, usage_id, text)) {
             return false;
         }
-        // What atoi answers, and defined for more digits than an int holds.
-        *value = static_cast<int>(std::strtol(text.c_str(), nullptr, 10));
+        // What atoi answers where a long has 64 bits, and so on all systems.
+        *value = static_cast<int>(std::strtoll(text.c_str(), nullptr, 10));
         return true;
     });
 }

@@ -168,6 +168,7 @@ TEST(FlatInterfaceTest, RetrieveConfigAnswersTheNumberOfTheNamesBeginning) {
     EXPECT_TRUE(retrieve_config("headset-1", usage(2), &value));
     EXPECT_EQ(value, -12);
     EXPECT_TRUE(retrieve_config("headset-1", usage(3), &value));
+    EXPECT_EQ(value, -1);
     value = 17;
     EXPECT_FALSE(retrieve_config("headset-1", usage(4), &value));
     EXPECT_EQ(value, 17);

@@ -26,7 +26,7 @@ __attribute__((visibility("default"))) int usleep(useconds_t duration) {
     const std::int64_t nanoseconds = duration * nanoseconds_per_microsecond / speed;
     timespec left = {};
     left.tv_sec = nanoseconds / nanoseconds_per_second;
-    left.tv_nsec = nanoseconds % nanoseconds_per_second;
+    left.tv_nsec = static_cast<long>(nanoseconds % nanoseconds_per_second);
     return clock_nanosleep(CLOCK_MONOTONIC, 0, &left, nullptr) == 0 ? 0 : -1;
 }
 

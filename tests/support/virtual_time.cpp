@@ -53,7 +53,7 @@ using ClockLock = std::unique_lock<std::mutex>;
 int sleep_really(useconds_t duration) {
     timespec left = {};
     left.tv_sec = duration / microseconds_per_second;
-    left.tv_nsec = duration % microseconds_per_second * 1000;
+    left.tv_nsec = static_cast<long>(duration % microseconds_per_second * 1000);
     const int error = clock_nanosleep(CLOCK_REALTIME, 0, &left, nullptr);
     if (error != 0) {
         errno = error;
