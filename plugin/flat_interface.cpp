@@ -43,6 +43,9 @@ static_assert(std::is_trivially_destructible_v<std::mutex>, "locked while the pr
 /// look at it while the process exits.
 PhonePluginImpl* plugin_instance = nullptr;
 
+/// The process that the library's threads are in: the one that made it, or started it since.
+std::atomic<pid_t> library_process{0};
+
 /// Ends the library when the process exits, or unloads it, without a stop: as safe as a stop.
 struct EndOfLibrary {
     EndOfLibrary() = default;
@@ -50,13 +53,10 @@ struct EndOfLibrary {
 
     EndOfLibrary(const EndOfLibrary&) = delete;
     EndOfLibrary& operator=(const EndOfLibrary&) = delete;
-
-private:
-    pid_t process = getpid();
 };
 
 EndOfLibrary::~EndOfLibrary() {
-    if (process != getpid()) {
+    if (library_process != getpid()) {
         // A forked child exits: the threads that are inside, and the worker, are its parent's.
         return;
     }
@@ -73,6 +73,7 @@ EndOfLibrary::~EndOfLibrary() {
 
 void make_plugin_instance() {
     plugin_instance = new PhonePluginImpl();
+    library_process = getpid();
     // From here on, and not from when the library was loaded: this ends the library before whatever
     // the host had made by now, and its host functions may use, is destroyed.
     static const EndOfLibrary end_of_library;
@@ -155,6 +156,7 @@ bool start_headset_mgmt(const char* phone_model, const char* phone_version,
             if (plugin_instance == nullptr) {
                 make_plugin_instance();
             }
+            library_process = getpid();
             return plugin_instance->init_headsetmgmt_lib(text_or_empty(phone_model),
                                                          text_or_empty(phone_version),
                                                          text_or_empty(storage_path));

@@ -1,7 +1,9 @@
 // A process that exits without stopping the library, each in a process of its own.
 
 #include <cstdlib>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -79,6 +81,26 @@ TEST_F(ExitDeathTest, CallsAfterTheLibrarysEndAreTurnedAway) {
             std::atexit(use_what_has_ended);  // before the library, so that it is called after it
             start_with(usual_behaviour());
             std::exit(7);
+        },
+        ExitedWithCode(7), "");
+}
+
+TEST_F(ExitDeathTest, ExitOfAForkedChildThatStartedTheLibraryEndsIt) {
+    EXPECT_EXIT(
+        {
+            std::atexit(use_what_has_ended);
+            fresh_fake_host().behave(usual_behaviour());
+            create_headset_mgmt(record_host_log_line);
+            const pid_t child = fork();
+            if (child == 0) {
+                alarm(60);  // ends it otherwise than by exit
+                start_headset_mgmt("", "", "");
+                tell_urls();
+                std::exit(7);
+            }
+            int status = 0;
+            waitpid(child, &status, 0);
+            _exit(WIFEXITED(status) ? WEXITSTATUS(status) : 9);
         },
         ExitedWithCode(7), "");
 }
