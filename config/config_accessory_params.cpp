@@ -18,16 +18,16 @@ unsigned int back_off() {
 
 }  // namespace
 
-ConfigAccessoryParams::ConfigAccessoryParams(ConfigInterface* object)
-    : config(object != nullptr ? object->clone() : nullptr) {
-    if (config && config->get_config_retries() >= 1) {
+ConfigAccessoryParams::ConfigAccessoryParams(ConfigInterface* object, FetchKind fetch_kind)
+    : config(object != nullptr ? object->clone() : nullptr), kind(fetch_kind) {
+    if (kind == FetchKind::reserve || (config && config->get_config_retries() >= 1)) {
         defer_time = back_off();
     }
 }
 
 ConfigAccessoryParams::ConfigAccessoryParams(const ConfigAccessoryParams& other)
     : TaskParametersInterface(other), config(other.config ? other.config->clone() : nullptr),
-      defer_time(other.defer_time), timeout(other.timeout), reserve(other.reserve) {}
+      defer_time(other.defer_time), timeout(other.timeout), kind(other.kind) {}
 
 TaskParametersInterface* ConfigAccessoryParams::clone() const {
     return new ConfigAccessoryParams(*this);
@@ -59,13 +59,8 @@ unsigned int ConfigAccessoryParams::get_defer_time() const {
     return defer_time;
 }
 
-void ConfigAccessoryParams::make_reserve() {
-    reserve = true;
-    defer_time = back_off();
-}
-
-bool ConfigAccessoryParams::is_reserve() const {
-    return reserve;
+FetchKind ConfigAccessoryParams::get_kind() const {
+    return kind;
 }
 
 ConfigInterface* ConfigAccessoryParams::get_config() const {

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <array>
 #include <map>
 #include <set>
 #include <string>
@@ -12,6 +13,7 @@
 #include "headsetmgmt/executor.h"
 #include "headsetmgmt/types.h"
 
+#include "config/config_accessory_params.h"
 #include "core/owners.h"
 
 namespace headsetmgmt::config {
@@ -98,14 +100,16 @@ private:
     bool is_registered(const std::string& id, const ConfigInterface* config) const;
     void forget(std::map<std::string, ConfigInterface*>::iterator entry);
 
-    void queue_fetch(ConfigInterface* config);
-    void queue_reserve(ConfigInterface* config);
-    bool begin_fetch(bool reserve);
+    unsigned int& queued(FetchKind kind);
+    void queue_fetch(ConfigInterface* config, FetchKind kind);
+    void keep_in_reserve(ConfigInterface* config);
+    bool begin_fetch(FetchKind kind, ConfigInterface* config);
     void request_document(ConfigInterface& config);
     std::vector<std::string> hand_out(const std::string& document);
     void hand_to(ConfigInterface& config, const std::string& document);
     bool is_awaiting_document();
-    bool count_answer();
+    void count_answer();
+    void end_run_without_fetch(ConfigInterface* config);
 
     LoggerOwner logger;
     std::map<std::string, ConfigInterface*> registry;  // owned
@@ -117,11 +121,12 @@ private:
     // All guarded by the registry mutex.
     unsigned int holds = 0;                 // of the registry, by the thread that has it
     std::vector<ConfigInterface*> removed;  // to be deleted when the outermost hold ends
-    unsigned int fetches_queued = 0;        // of all runs, not begun; without the one in reserve
-    bool reserve_queued = false;
-    unsigned int requests_made = 0;        // for a document, in the latest run
-    unsigned int requests_unanswered = 0;  // of all runs
-    bool handing_out = false;              // the document is being handed out
+    bool handing_out = false;               // the document is being handed out
+
+    // Of all runs, and guarded by the registry mutex too.
+    std::array<unsigned int, 3> fetches_queued = {};  // of each kind, that have not begun
+    unsigned int requests_unanswered = 0;
+    bool reserve_wanted = false;  // no answer has come since it was queued
 
     static ConfigManagerImpl* instance_;
 };

@@ -60,12 +60,14 @@ bool ConfigManagerImpl::configure_accessory(const std::string& id, std::string c
         return true;
     }
     set_configure_accessory_pending(true);
-    requests_made = 0;
+    reserve_wanted = false;
     try {
-        queue_fetch(config);
+        queue_fetch(config, FetchKind::first);
     } catch (...) {
         // No task, no run: or no accessory would ever be configured again.
-        set_configure_accessory_pending(false);
+        if (queued(FetchKind::first) == 0) {
+            set_configure_accessory_pending(false);
+        }
         throw;
     }
     logger->notice() << "configure_accessory: added async task";
@@ -78,10 +80,10 @@ void ConfigManagerImpl::configure_accessory_task(TaskParametersInterface* params
         return;
     }
     auto* fetch = dynamic_cast<ConfigAccessoryParams*>(params);
-    if (!begin_fetch(fetch != nullptr && fetch->is_reserve())) {
+    ConfigInterface* config = fetch != nullptr ? fetch->get_config() : nullptr;
+    if (!begin_fetch(fetch != nullptr ? fetch->get_kind() : FetchKind::first, config)) {
         return;
     }
-    ConfigInterface* config = fetch != nullptr ? fetch->get_config() : nullptr;
     if (config == nullptr) {
         clean_up_pending_config_requests();
         return;
@@ -89,12 +91,7 @@ void ConfigManagerImpl::configure_accessory_task(TaskParametersInterface* params
     try {
         request_document(*config);
     } catch (...) {
-        // A run whose request failed like this may get no answer, and would never end. One that has
-        // another fetch queued or under way, such as one that began meanwhile, will.
-        const RegistryHold hold(*this);
-        if (is_configure_accessory_pending() && fetches_queued == 0 && requests_unanswered == 0) {
-            clean_up_pending_config_requests();
-        }
+        end_run_without_fetch(config);
         throw;
     }
 }
@@ -116,7 +113,6 @@ void ConfigManagerImpl::request_document(ConfigInterface& config) {
     {
         // Before the request, which may be answered before it returns.
         const RegistryHold hold(*this);
-        ++requests_made;
         ++requests_unanswered;
     }
     std::string document;
@@ -237,7 +233,7 @@ void ConfigManagerImpl::hand_to(ConfigInterface& config, const std::string& docu
 
 bool ConfigManagerImpl::on_fetch_config_failure(int reason) {
     const RegistryHold hold(*this);
-    const bool asked_for = count_answer();
+    count_answer();
     logger->notice() << "on_fetch_config_failure reason code: " << reason;
     if (!is_awaiting_document()) {
         logger->error() << "on_fetch_config_failure: no configuration in progress, dropping data";
@@ -254,29 +250,14 @@ bool ConfigManagerImpl::on_fetch_config_failure(int reason) {
         clean_up_pending_config_requests();
         return false;
     }
-    if (requests_made != 0 && !asked_for) {
-        // A second answer to one request: if each were a reason to fetch again, there would be ever
-        // more fetches for as long as the server fails.
-        return true;
-    }
-    // Beside the run's own first fetch, any that is queued, by a run whose accessories have left,
-    // serves this one too. With a retry beside it, each accessory that leaves and comes back would
-    // leave one fetch more for as long as the server fails.
-    const unsigned int own_first = requests_made == 0 ? 1 : 0;
-    if (fetches_queued > own_first) {
-        return true;
+    constexpr unsigned int most_retries_queued = 100;
+    if (queued(FetchKind::retry) >= most_retries_queued) {
+        return true;  // a host tells of failures faster than the worker can look at them
     }
     try {
-        // For the same reason nothing is queued while another request, such as an earlier run's, is
-        // still to be answered: that answer ends the run or queues the fetch. The one in reserve is
-        // for a host that has lost it.
-        if (requests_unanswered == 0) {
-            queue_fetch(config);
-        } else if (!reserve_queued) {
-            queue_reserve(config);
-        }
+        queue_fetch(config, FetchKind::retry);
     } catch (...) {
-        clean_up_pending_config_requests();
+        end_run_without_fetch(config);
         throw;
     }
     return true;
@@ -288,51 +269,84 @@ bool ConfigManagerImpl::is_awaiting_document() {
     return is_configure_accessory_pending() && !handing_out;
 }
 
-/// Books an answer on a request that has none yet; false when there is no such request. Answers do
-/// not say which request they are for.
-bool ConfigManagerImpl::count_answer() {
+/// Books an answer. It does not say which request it is for, and may be a second one.
+void ConfigManagerImpl::count_answer() {
     const RegistryHold hold(*this);
+    reserve_wanted = false;
+    if (requests_unanswered != 0) {
+        --requests_unanswered;
+    }
+}
+
+/// Books the beginning of a queued fetch; false when it is not to be made.
+///
+/// A retry is made only when nothing else goes on with the run: neither another retry nor an answer
+/// that is still to come. Were each failure to lead to a request, there would be one more, for as
+/// long as the server fails, with each request that is answered twice, and with each accessory that
+/// leaves and comes back before its answer.
+bool ConfigManagerImpl::begin_fetch(FetchKind kind, ConfigInterface* config) {
+    const RegistryHold hold(*this);
+    if (queued(kind) != 0) {
+        --queued(kind);
+    }
+    const bool is_retry_queued = queued(FetchKind::retry) != 0;
+    switch (kind) {
+    case FetchKind::retry:
+        if (!is_retry_queued && requests_unanswered != 0) {
+            keep_in_reserve(config);
+            return false;
+        }
+        return !is_retry_queued;
+    case FetchKind::reserve:
+        return std::exchange(reserve_wanted, false) && is_configure_accessory_pending() &&
+               !is_retry_queued && queued(FetchKind::first) == 0;
+    default:
+        return true;
+    }
+}
+
+/// Ends the run when neither a fetch nor an answer can go on with it, after a fetch that came to
+/// nothing.
+void ConfigManagerImpl::end_run_without_fetch(ConfigInterface* config) {
+    const RegistryHold hold(*this);
+    if (!is_configure_accessory_pending() || queued(FetchKind::first) != 0 ||
+        queued(FetchKind::retry) != 0) {
+        return;
+    }
     if (requests_unanswered == 0) {
-        return false;
+        clean_up_pending_config_requests();
+        return;
     }
-    --requests_unanswered;
-    return true;
+    try {
+        keep_in_reserve(config);
+    } catch (...) {
+        // The answer itself has to come.
+    }
 }
 
-/// Books the beginning of a queued fetch; false when it is the one in reserve, and not needed.
-bool ConfigManagerImpl::begin_fetch(bool reserve) {
-    const RegistryHold hold(*this);
-    if (reserve) {
-        reserve_queued = false;
-        return is_configure_accessory_pending() && fetches_queued == 0;
-    }
-    if (fetches_queued != 0) {
-        --fetches_queued;
-    }
-    return true;
+/// Fetches that have not begun. The registry is held.
+unsigned int& ConfigManagerImpl::queued(FetchKind kind) {
+    return fetches_queued.at(static_cast<std::size_t>(kind));
 }
 
-/// Queues the fetch for `config`, of which the task gets a copy. The registry is held.
-void ConfigManagerImpl::queue_fetch(ConfigInterface* config) {
-    ConfigAccessoryParams params(config);
-    ++fetches_queued;  // the task, which takes it back, waits for the registry
+/// Queues a fetch for `config`, of which the task gets a copy. The registry is held.
+void ConfigManagerImpl::queue_fetch(ConfigInterface* config, FetchKind kind) {
+    ConfigAccessoryParams params(config, kind);
+    ++queued(kind);  // the task, which takes it back, waits for the registry
     try {
         globals::plugins.executor->add_task(task_forwarder, this, &params);
     } catch (...) {
-        --fetches_queued;
+        --queued(kind);
         throw;
     }
 }
 
-void ConfigManagerImpl::queue_reserve(ConfigInterface* config) {
-    ConfigAccessoryParams params(config);
-    params.make_reserve();
-    reserve_queued = true;
-    try {
-        globals::plugins.executor->add_task(task_forwarder, this, &params);
-    } catch (...) {
-        reserve_queued = false;
-        throw;
+/// Sees to it that the run goes on if the host has lost the answer that it waits for: with one
+/// fetch later, unless an answer comes before. The registry is held.
+void ConfigManagerImpl::keep_in_reserve(ConfigInterface* config) {
+    reserve_wanted = true;
+    if (queued(FetchKind::reserve) == 0) {
+        queue_fetch(config, FetchKind::reserve);
     }
 }
 

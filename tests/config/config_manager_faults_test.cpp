@@ -3,6 +3,7 @@
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -79,16 +80,110 @@ TEST(ConfigManagerFaults, OfCloningAtTheStartOfARunPassOnAndLeaveNoRunOpen) {
     expect_new_runs(bench);
 }
 
-TEST(ConfigManagerFaults, OfCloningAtARetryPassOnAndEndTheRun) {
-    ManagerBench bench;
+/// A run of `a` whose request is unanswered.
+FakeConfig* start_pending_run(ManagerBench& bench) {
     FakeConfig* object = bench.add_fake("a");
     bench.manager().configure_accessory("a", "");
+    bench.answer_with(REQUEST_PENDING, "");
+    bench.run_tasks();
+    return object;
+}
+
+TEST(ConfigManagerFaults, OfCloningAtARetryPassOnAndEndTheRun) {
+    ManagerBench bench;
+    FakeConfig* object = start_pending_run(bench);
     object->script->on_clone = [] { throw std::bad_alloc(); };
 
     EXPECT_THROW(bench.manager().on_fetch_config_failure(500), std::bad_alloc);
 
     object->script->on_clone = nullptr;
     expect_new_runs(bench);
+}
+
+TEST(ConfigManagerFaults, OfARetryLeaveTheRunToItsQueuedFetch) {
+    ManagerBench bench;
+    FakeConfig* object = bench.add_fake("a");
+    bench.manager().configure_accessory("a", "");
+    bench.plugins.executor.throw_at(1);
+
+    EXPECT_THROW(bench.manager().on_fetch_config_failure(500), std::runtime_error);
+
+    bench.answer_with(REQUEST_DONE, "document");
+    bench.run_tasks();
+    EXPECT_EQ((Lines{"document"}), object->script->documents);
+}
+
+TEST(ConfigManagerFaults, OfARetryLeaveTheRunToTheRetryBeforeIt) {
+    ManagerBench bench;
+    FakeConfig* object = start_pending_run(bench);
+    bench.manager().on_fetch_config_failure(500);
+    bench.plugins.executor.throw_at(1);
+
+    EXPECT_THROW(bench.manager().on_fetch_config_failure(500), std::runtime_error);
+
+    bench.answer_with(REQUEST_DONE, "document");
+    bench.run_tasks();
+    EXPECT_EQ((Lines{"document"}), object->script->documents);
+}
+
+TEST(ConfigManagerFaults, OfARetryLeaveTheRunToAnAnswerThatIsStillToCome) {
+    for (const bool exhausted : {false, true}) {
+        ManagerBench bench;
+        start_pending_run(bench);
+        bench.manager().remove_accessory("a");
+        FakeConfig* object = start_pending_run(bench);
+        if (exhausted) {
+            object->script->on_clone = [] { throw std::bad_alloc(); };
+        } else {
+            bench.plugins.executor.throw_at(1);
+        }
+
+        EXPECT_ANY_THROW(bench.manager().on_fetch_config_failure(500));
+
+        EXPECT_EQ(exhausted ? 0u : 1u, bench.queued()) << "the one in reserve";
+        EXPECT_TRUE(bench.succeed("document"));
+        EXPECT_EQ((Lines{"document"}), object->script->documents);
+    }
+}
+
+TEST(ConfigManagerFaults, OfAFetchOfAHostThatLostAnAnswerLeaveTheRunToTheReserve) {
+    ManagerBench bench;
+    start_pending_run(bench);  // its answer never comes
+    bench.manager().remove_accessory("a");
+    FakeConfig* object = bench.add_fake("a");
+    bench.manager().configure_accessory("a", "");
+    bench.plugins.dispatcher.throw_at(1);
+
+    EXPECT_THROW(bench.run_tasks(), std::runtime_error);
+
+    ASSERT_EQ(1u, bench.queued());
+    EXPECT_LE(30u, bench.queued_defer_time());
+    bench.answer_with(REQUEST_DONE, "document");
+    bench.run_tasks();
+    EXPECT_EQ((Lines{"document"}), object->script->documents);
+}
+
+TEST(ConfigManagerFaults, OfAStartLeaveARunThatTheLogCallbackBeganMeanwhile) {
+    ManagerBench bench;
+    bench.add_fake("a");
+    FakeConfig* other = nullptr;
+    bool hooked = false;
+    bench.plugins.executor.hook = [&] {
+        if (std::exchange(hooked, true)) {
+            return;
+        }
+        bench.manager().remove_accessory("a");
+        other = bench.add_fake("a");
+        bench.manager().configure_accessory("a", "");
+        throw std::runtime_error("no room");
+    };
+
+    EXPECT_THROW(bench.manager().configure_accessory("a", ""), std::runtime_error);
+
+    EXPECT_TRUE(bench.manager().is_configure_accessory_pending());
+    bench.answer_with(REQUEST_DONE, "document");
+    bench.run_tasks();
+    EXPECT_EQ((Lines{"document"}), other->script->documents);
 }
 
 TEST(ConfigManagerFaults, OfAnyCloneOfTheFactsDuringAnAttachLeakNothing) {

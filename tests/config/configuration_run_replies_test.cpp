@@ -234,15 +234,56 @@ TEST(ConfigurationRunFailure, GivesTheRunUpWhenTheRegisteredCounterIsPastTheLimi
     EXPECT_EQ(0, object->get_config_retries());
 }
 
-TEST(ConfigurationRunFailure, OfARequestThatHasItsAnswerAlreadyQueuesNothing) {
+TEST(ConfigurationRunFailure, IsQueuedAgainAtOnceHoweverOftenItIsTold) {
     ManagerBench bench;
     start_pending_run(bench);
+
+    for (std::size_t told = 1; told <= 100; ++told) {
+        ASSERT_TRUE(bench.manager().on_fetch_config_failure(500));
+        ASSERT_EQ(told, bench.queued());
+        ASSERT_EQ(0u, bench.plugins.executor.params(told - 1)->get_defer_time());
+    }
+    EXPECT_TRUE(bench.manager().is_configure_accessory_pending());
+}
+
+TEST(ConfigurationRunFailure, ToldFasterThanTheWorkerLooksAtThemFillNoQueue) {
+    ManagerBench bench;
+    start_pending_run(bench);
+
+    for (int told = 0; told < 1000; ++told) {
+        ASSERT_TRUE(bench.manager().on_fetch_config_failure(500));
+    }
+
+    EXPECT_EQ(100u, bench.queued());
+    EXPECT_TRUE(bench.manager().is_configure_accessory_pending());
+}
+
+TEST(ConfigurationRunFailure, ToldAgainAndAgainLeadsToOneRequest) {
+    ManagerBench bench;
+    start_pending_run(bench);
+
+    for (int round = 0; round < 100; ++round) {
+        bench.manager().on_fetch_config_failure(500);
+        bench.manager().on_fetch_config_failure(500);
+        bench.manager().on_fetch_config_failure(500);
+        ASSERT_EQ(1u, requests_of_queued_tasks(bench));
+        ASSERT_EQ(0u, bench.queued());
+    }
+}
+
+TEST(ConfigurationRunFailure, ToldFromInsideTheRequestTwiceLeadsToOneRequestAPass) {
+    ManagerBench bench;
+    start_pending_run(bench);
+    bench.plugins.dispatcher.hook = [&bench](const DispatchedRequest&) {
+        bench.manager().on_fetch_config_failure(500);
+        bench.manager().on_fetch_config_failure(500);
+    };
     bench.manager().on_fetch_config_failure(500);
 
-    EXPECT_TRUE(bench.manager().on_fetch_config_failure(500));
-
-    EXPECT_EQ(1u, bench.queued()) << "two fetches for one request would be four the next time";
-    EXPECT_TRUE(bench.manager().is_configure_accessory_pending());
+    for (int pass = 0; pass < 100; ++pass) {
+        ASSERT_EQ(1u, requests_of_queued_tasks(bench));
+        ASSERT_EQ(2u, bench.queued());
+    }
 }
 
 TEST(ConfigurationRunFailure, OfAnEarlierRunsRequestQueuesAFetchBesideTheFirst) {
@@ -257,24 +298,6 @@ TEST(ConfigurationRunFailure, OfAnEarlierRunsRequestQueuesAFetchBesideTheFirst) 
     EXPECT_EQ(2u, bench.queued());
 }
 
-TEST(ConfigurationRunFailure, OfARequestThatHasItsAnswerIsNotTakenForAnEarlierRuns) {
-    ManagerBench bench;
-    start_pending_run(bench);
-    bench.manager().remove_accessory("a");
-    bench.manager().on_fetch_config_failure(500);  // dropped, but an answer
-    start_pending_run(bench);
-    bench.manager().on_fetch_config_failure(500);
-    bench.plugins.log.hook = [&bench](const LogLine& line) {
-        if (line.text == "Lib::ConfigManagerImpl: configure_accessory_task id:a") {
-            bench.manager().on_fetch_config_failure(500);  // before the retry's request is made
-        }
-    };
-
-    bench.plugins.executor.run_next();
-
-    EXPECT_EQ(0u, bench.queued());
-}
-
 /// A run whose accessory left and came back before the answer: two requests are unanswered.
 FakeConfig* start_run_beside_an_earlier_request(ManagerBench& bench) {
     start_pending_run(bench);
@@ -282,26 +305,38 @@ FakeConfig* start_run_beside_an_earlier_request(ManagerBench& bench) {
     return start_pending_run(bench);
 }
 
-TEST(ConfigurationRunFailure, BesideAnEarlierRunsRequestLeavesTheRetryToItsAnswer) {
+TEST(ConfigurationRunFailure, BesideAnEarlierRunsRequestLeavesTheNextOneToItsAnswer) {
     ManagerBench bench;
     start_run_beside_an_earlier_request(bench);
 
     EXPECT_TRUE(bench.manager().on_fetch_config_failure(500));
 
+    EXPECT_EQ(0u, requests_of_queued_tasks(bench));
     ASSERT_EQ(1u, bench.queued()) << "the one in reserve";
     EXPECT_LE(30u, bench.queued_defer_time());
     EXPECT_GE(40u, bench.queued_defer_time());
 }
 
-TEST(ConfigurationRunFailure, OfTheLastRequestIsRetriedAtOnce) {
+TEST(ConfigurationRunFailure, OfTheLastRequestIsFollowedByOneRequest) {
     ManagerBench bench;
     start_run_beside_an_earlier_request(bench);
     bench.manager().on_fetch_config_failure(500);
+    bench.run_tasks();
 
     EXPECT_TRUE(bench.manager().on_fetch_config_failure(500));
 
-    ASSERT_EQ(2u, bench.queued());
-    EXPECT_EQ(0u, bench.plugins.executor.params(1)->get_defer_time());
+    EXPECT_EQ(1u, requests_of_queued_tasks(bench)) << "and none of the reserve";
+    EXPECT_EQ(0u, bench.queued());
+}
+
+TEST(ConfigurationRunFailure, OfAllRequestsBeforeTheWorkerLooksIsFollowedByOneRequest) {
+    ManagerBench bench;
+    start_run_beside_an_earlier_request(bench);
+    bench.manager().on_fetch_config_failure(500);
+    bench.manager().on_fetch_config_failure(500);
+
+    EXPECT_EQ(1u, requests_of_queued_tasks(bench));
+    EXPECT_EQ(0u, bench.queued());
 }
 
 TEST(ConfigurationRunFailure, IsRetriedFromTheReserveForAHostThatLostAnAnswer) {
@@ -310,6 +345,7 @@ TEST(ConfigurationRunFailure, IsRetriedFromTheReserveForAHostThatLostAnAnswer) {
 
     for (int round = 0; round < 10; ++round) {
         EXPECT_TRUE(bench.manager().on_fetch_config_failure(500));
+        ASSERT_EQ(0u, requests_of_queued_tasks(bench));
         ASSERT_EQ(1u, bench.queued());
         EXPECT_LE(30u, bench.queued_defer_time());
         ASSERT_EQ(1u, requests_of_queued_tasks(bench));
@@ -320,7 +356,8 @@ TEST(ConfigurationRunFailure, ReserveIsNotMadeOfARunThatHasEnded) {
     ManagerBench bench;
     start_run_beside_an_earlier_request(bench);
     bench.manager().on_fetch_config_failure(500);
-    bench.succeed("document");
+    bench.run_tasks();
+    bench.manager().remove_accessory("a");
     bench.take_lines();
     ASSERT_EQ(1u, bench.queued());
 
@@ -329,16 +366,73 @@ TEST(ConfigurationRunFailure, ReserveIsNotMadeOfARunThatHasEnded) {
     EXPECT_EQ(Lines{}, bench.take_lines());
 }
 
-TEST(ConfigurationRunFailure, ReserveIsNotMadeBesideAQueuedFetch) {
-    ManagerBench bench;
+/// The second of two requests is still unanswered, and one fetch is in reserve.
+void start_run_with_a_reserve(ManagerBench& bench) {
     start_run_beside_an_earlier_request(bench);
     bench.manager().on_fetch_config_failure(500);
+    bench.run_tasks();
+    ASSERT_EQ(1u, bench.queued());
+}
+
+TEST(ConfigurationRunFailure, ReserveOfARunIsNotMadeInTheNext) {
+    ManagerBench bench;
+    start_run_with_a_reserve(bench);
     bench.manager().remove_accessory("a");
     bench.add_fake("a");
     bench.manager().configure_accessory("a", "");
-    ASSERT_EQ(2u, bench.queued()) << "the one in reserve first";
+    bench.plugins.executor.run_next(1);  // the one in reserve is held back
 
+    EXPECT_EQ(0u, requests_of_queued_tasks(bench));
+}
+
+TEST(ConfigurationRunFailure, ReserveIsNotMadeOnceAnAnswerHasCome) {
+    ManagerBench bench;
+    start_run_with_a_reserve(bench);
+    bench.manager().on_fetch_config_failure(500);
+    bench.plugins.executor.run_next(1);
+
+    EXPECT_EQ(0u, requests_of_queued_tasks(bench)) << "the retry's own request is unanswered";
+}
+
+TEST(ConfigurationRunFailure, ReserveIsNotMadeBesideAQueuedRetry) {
+    ManagerBench bench;
+    start_run_with_a_reserve(bench);
+    bench.manager().on_fetch_config_failure(500);
+    const std::size_t before = bench.urls().size();
+
+    bench.plugins.executor.run_next();
+
+    EXPECT_EQ(before, bench.urls().size());
     EXPECT_EQ(1u, requests_of_queued_tasks(bench));
+}
+
+TEST(ConfigurationRunFailure, ReserveIsNotMadeBesideAQueuedFirstFetch) {
+    ManagerBench bench;
+    start_run_beside_an_earlier_request(bench);
+    bench.manager().remove_accessory("a");
+    bench.add_fake("a");
+    bench.manager().configure_accessory("a", "");
+    bench.manager().on_fetch_config_failure(500);
+    bench.plugins.executor.run_next(1);
+    ASSERT_EQ(2u, bench.queued()) << "the one in reserve last";
+    const std::size_t before = bench.urls().size();
+
+    bench.plugins.executor.run_next(1);
+
+    EXPECT_EQ(before, bench.urls().size());
+    EXPECT_EQ(1u, requests_of_queued_tasks(bench));
+}
+
+TEST(ConfigurationRunFailure, LeavesOneFetchInReserveHoweverManyRequestsAreUnanswered) {
+    ManagerBench bench;
+    start_pending_run(bench);
+    bench.manager().remove_accessory("a");
+    start_run_with_a_reserve(bench);
+
+    bench.manager().on_fetch_config_failure(500);
+    bench.plugins.executor.run_next(1);
+
+    EXPECT_EQ(1u, bench.queued());
 }
 
 TEST(ConfigurationRunFailure, AfterADocumentThatServedAnEarlierRunsRequestStaysOneFetch) {
@@ -371,8 +465,7 @@ TEST(ConfigurationRunFailure, OfARequestThatWasRefusedIsNotWaitedFor) {
 
         bench.manager().on_fetch_config_failure(500);
 
-        ASSERT_EQ(1u, bench.queued());
-        EXPECT_EQ(0u, bench.queued_defer_time());
+        EXPECT_EQ(1u, requests_of_queued_tasks(bench));
     }
 }
 
@@ -395,21 +488,6 @@ TEST(ConfigurationRunFailure,
         ASSERT_LT(outstanding, before);
     }
     EXPECT_EQ(1u, outstanding);
-}
-
-TEST(ConfigurationRunFailure, OfEachRequestQueuesOneFetchHoweverOftenItIsTold) {
-    ManagerBench bench;
-    start_pending_run(bench);
-
-    for (int round = 0; round < 100; ++round) {
-        bench.manager().on_fetch_config_failure(500);
-        bench.manager().on_fetch_config_failure(500);
-        ASSERT_EQ(1u, bench.queued());
-        bench.run_tasks();
-        bench.manager().on_fetch_config_failure(500);
-        ASSERT_EQ(1u, bench.queued());
-        bench.run_tasks();
-    }
 }
 
 TEST(ConfigurationRunFailure, LeavesOneFetchHoweverOftenItsAccessoryLeavesAndComesBack) {

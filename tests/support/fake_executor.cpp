@@ -17,6 +17,9 @@ void FakeExecutor::add_task(task_functor functor, void* context, TaskParametersI
     if (fault.is_now()) {
         throw std::runtime_error("fake executor");
     }
+    if (hook) {
+        hook();
+    }
     if (rejecting) {
         return;
     }
@@ -43,15 +46,16 @@ void* FakeExecutor::context(std::size_t index) const {
     return index < queue.size() ? queue[index].context : nullptr;
 }
 
-bool FakeExecutor::run_next() {
+bool FakeExecutor::run_next(std::size_t index) {
     Queued task;
     {
         const Lock lock(mutex);
-        if (queue.empty()) {
+        if (index >= queue.size()) {
             return false;
         }
-        task = std::move(queue.front());
-        queue.pop_front();
+        const auto place = queue.begin() + static_cast<std::ptrdiff_t>(index);
+        task = std::move(*place);
+        queue.erase(place);
     }
     task.functor(task.context, task.params.get());
     return true;

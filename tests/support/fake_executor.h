@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <mutex>
 
@@ -21,6 +22,9 @@ public:
     FakeExecutor() = default;
     FakeExecutor(const FakeExecutor&) = delete;
     FakeExecutor& operator=(const FakeExecutor&) = delete;
+
+    /// Called in each `add_task` before anything is queued; may throw.
+    std::function<void()> hook;
 
     /// Adds nothing any more, as an executor that is being deleted.
     bool rejecting = false;
@@ -41,9 +45,9 @@ public:
     /// The context of a queued task; null for an index past the last.
     void* context(std::size_t index = 0) const;
 
-    /// Takes the oldest task off the queue, runs it and deletes its parameters, also when it
-    /// throws, which passes on. False when there is none.
-    bool run_next();
+    /// Takes a task off the queue, the oldest at 0, runs it and deletes its parameters, also when
+    /// it throws, which passes on. False when there is none.
+    bool run_next(std::size_t index = 0);
 
     /// Runs as many tasks as there are now; what these add stays queued. Answers how many ran.
     std::size_t run_all();
