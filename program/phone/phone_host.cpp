@@ -12,6 +12,7 @@
 
 #include "program/exit_codes.h"
 #include "program/phone/answer_judgement.h"
+#include "program/phone/document_events.h"
 
 namespace headsetmgmt::program {
 
@@ -89,6 +90,9 @@ int PhoneHost::run() {
                     {"notConfigured", not_configured},
                     {"reportsAccepted", reports_accepted},
                     {"reportsFailed", reports_failed}};
+    if (passed_over != 0) {
+        result["settingsPassedOver"] = passed_over;
+    }
     if (!reason.empty()) {
         result["reason"] = reason;
     }
@@ -281,22 +285,15 @@ void PhoneHost::deliver(const std::string& document) {
         output.tell({{"event", "note"},
                      {"text", "the document has a NUL byte: the library reads it up to there"}});
     }
-    AnswerJudgement judged;
+    AnswerJudgement judged(document);
     judgement = &judged;
     httpResponse(document.c_str(), status_ok);
     judgement = nullptr;
 
-    for (const std::string& decision : judged.firmware_decisions()) {
-        output.tell({{"event", "firmware"}, {"decision", decision}});
+    for (const Event& event : firmware_events(judged, options.bench.accessories)) {
+        output.tell(event);
     }
-    Event told = {
-        {"event", "document"}, {"taken", judged.taken()}, {"failed", judged.failures().size()}};
-    if (judged.was_dropped()) {
-        told["dropped"] = true;
-    }
-    if (!judged.failures().empty()) {
-        told["reasons"] = judged.failures();
-    }
+    const Event told = document_event(judged, options.bench.accessories);
     output.tell(told);
 
     const Lock lock(state_mutex);
@@ -304,9 +301,11 @@ void PhoneHost::deliver(const std::string& document) {
     const int failed = static_cast<int>(judged.failures().size());
     configured += judged.taken();
     not_configured += failed;
+    passed_over += static_cast<int>(judged.passed_over().size());
     if (failed != 0) {
         note_reason(std::to_string(failed) + " of " + std::to_string(judged.taken() + failed) +
-                    " accessories could not use the document: " + judged.failures().front());
+                    " accessories could not use the document: " +
+                    told["reasons"].front().get<std::string>());
     }
 }
 

@@ -90,6 +90,7 @@ private:
     int attempt = 0;  // fetches since the last document
     int configured = 0;
     int not_configured = 0;
+    int passed_over = 0;  // settings that could not be read, of each document
     int attached = 0;
     int reports_wanted = 0;
     int reports_accepted = 0;

@@ -43,6 +43,48 @@ std::string attached(const Event& event) {
     return text;
 }
 
+/// "1 setting", "2 settings".
+std::string settings(const Event& event, const char* member) {
+    return said(event, member) + (event.value(member, 0) == 1 ? " setting" : " settings");
+}
+
+/// Whose firmware, what is decided, and from which version to which.
+std::string firmware(const Event& event) {
+    std::string text = "firmware";
+    if (event.contains("model")) {
+        text += " of " + said(event, "model");
+    }
+    if (event.contains("dongleModel")) {
+        text += event.contains("model") ? "'s dongle " : " of the dongle ";
+        text += said(event, "dongleModel");
+    }
+    const std::string decision = said(event, "decision");
+    if (event.contains("reported") && decision == "upgrade requested to " + said(event, "wanted")) {
+        // Which of the two is the newer one, nobody knows.
+        return text + ": change from " + said(event, "reported") + " to " + said(event, "wanted") +
+               " requested";
+    }
+    return text + ": " + decision;
+}
+
+std::string not_sent(const Event& unsent) {
+    std::string text = "kept but not sent: " + settings(unsent, "settings");
+    if (unsent.contains("model")) {
+        text += " of " + said(unsent, "model");
+    }
+    return text + ": " + said(unsent, "reason");
+}
+
+std::string passed_over(const Event& setting) {
+    std::string text = "passed over: ";
+    text += setting.contains("name") ? said(setting, "name") : "a setting";
+    text += ": " + said(setting, "reason") + " (" + said(setting, "list");
+    const Event accessories = setting.value("accessories", Event::array());
+    const bool is_of_a_model = said(setting, "list") != "commonSettings" && !accessories.empty() &&
+                               accessories.front().contains("model");
+    return text + (is_of_a_model ? " of " + said(accessories.front(), "model") + ")" : ")");
+}
+
 std::string document(const Event& event) {
     if (event.value("dropped", false)) {
         return "document dropped: nobody was waiting for it";
@@ -51,6 +93,12 @@ std::string document(const Event& event) {
         "document taken by " + said(event, "taken") + ", failed for " + said(event, "failed");
     for (const Event& reason : event.value("reasons", Event::array())) {
         text += "\n  " + escaped(reason.get<std::string>());
+    }
+    for (const Event& unsent : event.value("notSent", Event::array())) {
+        text += "\n  " + not_sent(unsent);
+    }
+    for (const Event& setting : event.value("passedOver", Event::array())) {
+        text += "\n  " + passed_over(setting);
     }
     return text;
 }
@@ -65,7 +113,10 @@ std::string device(const Event& event) {
 }
 
 std::string result(const Event& event) {
-    const std::string counts = said(event, "configured") + " configured, " +
+    const std::string gaps = event.contains("settingsPassedOver")
+                                 ? " (" + settings(event, "settingsPassedOver") + " passed over)"
+                                 : "";
+    const std::string counts = said(event, "configured") + " configured" + gaps + ", " +
                                said(event, "notConfigured") + " not configured, " +
                                said(event, "reportsAccepted") + " reports accepted, " +
                                said(event, "reportsFailed") + " failed";
@@ -92,7 +143,7 @@ std::string phone_event_in_words(const Event& event) {
                said(event, "usageId") + ") = " + said(event, "value");
     }
     if (kind == "firmware") {
-        return "firmware: " + said(event, "decision");
+        return firmware(event);
     }
     if (kind == "upgrade") {
         return "upgrade " + said(event, "id") + " to " + said(event, "version") + " with " +

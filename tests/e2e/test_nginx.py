@@ -13,7 +13,7 @@ GOOD_RUN = [
     "set desk-headset: Audio Bandwidth (usage id 36) = 2",
     "set desk-headset: Bluetooth (usage id 39) = off",
     "upgrade desk-headset to 2-1-0 with varos-k30-2-1-0.img",
-    "firmware: upgrade requested to 2-1-0",
+    "firmware of Varos K20: change from 2-0-4 to 2-1-0 requested",
     "document taken by 1, failed for 0",
     "report to SERVER/inventory: accepted: status 204, 545 bytes, # ms",
     "device desk-headset has",

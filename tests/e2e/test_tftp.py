@@ -15,7 +15,7 @@ GOOD_RUN = [
     "set desk: Equalizer (usage id 35) = warm",
     "set desk: Audio Bandwidth (usage id 36) = 2",
     "set desk: Bluetooth (usage id 39) = off",
-    "firmware: no upgrade required",
+    "firmware of Varos K30: no upgrade required",
     "document taken by 1, failed for 0",
     "device desk has",
     "  34 Sidetone = medium",

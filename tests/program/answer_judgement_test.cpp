@@ -1,6 +1,7 @@
 // Tests of what a host reads from the library's log lines about a document that it handed in.
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -16,21 +17,37 @@ constexpr char unable[] =
     "Lib::ConfigManagerImpl: on_fetch_config_success: unable to update config "
     "retrieved from server in library";
 
-AnswerJudgement judge(const Texts& lines) {
-    AnswerJudgement judgement;
+AnswerJudgement judge(const Texts& lines, std::string_view document = "") {
+    AnswerJudgement judgement(document);
     for (const std::string& line : lines) {
         judgement.on_line(line);
     }
     return judgement;
 }
 
+Texts reasons(const AnswerJudgement& judged) {
+    Texts texts;
+    for (const DocumentFailure& failure : judged.failures()) {
+        texts.push_back(failure.reason);
+    }
+    return texts;
+}
+
+Texts decisions(const AnswerJudgement& judged) {
+    Texts texts;
+    for (const FirmwareDecision& firmware : judged.firmware_decisions()) {
+        texts.push_back(firmware.decision);
+    }
+    return texts;
+}
+
 TEST(AnswerJudgement, NoLinesAreNoVerdict) {
     const AnswerJudgement judged = judge({});
 
     EXPECT_EQ(0, judged.taken());
-    EXPECT_EQ(Texts{}, judged.failures());
+    EXPECT_EQ(Texts{}, reasons(judged));
     EXPECT_FALSE(judged.was_dropped());
-    EXPECT_EQ(Texts{}, judged.firmware_decisions());
+    EXPECT_EQ(Texts{}, decisions(judged));
 }
 
 TEST(AnswerJudgement, DocumentWithAnUpgradeIsTaken) {
@@ -58,9 +75,9 @@ TEST(AnswerJudgement, DocumentWithAnUpgradeIsTaken) {
     });
 
     EXPECT_EQ(1, judged.taken());
-    EXPECT_EQ(Texts{}, judged.failures());
+    EXPECT_EQ(Texts{}, reasons(judged));
     EXPECT_FALSE(judged.was_dropped());
-    EXPECT_EQ((Texts{"upgrade requested to 2-1-0"}), judged.firmware_decisions());
+    EXPECT_EQ((Texts{"upgrade requested to 2-1-0"}), decisions(judged));
 }
 
 TEST(AnswerJudgement, CameraTakesADocumentToo) {
@@ -71,7 +88,7 @@ TEST(AnswerJudgement, CameraTakesADocumentToo) {
     });
 
     EXPECT_EQ(1, judged.taken());
-    EXPECT_EQ((Texts{"upgrade requested to 3-0-2"}), judged.firmware_decisions());
+    EXPECT_EQ((Texts{"upgrade requested to 3-0-2"}), decisions(judged));
 }
 
 TEST(AnswerJudgement, AnswerThatNobodyAwaitsIsDropped) {
@@ -82,34 +99,40 @@ TEST(AnswerJudgement, AnswerThatNobodyAwaitsIsDropped) {
 
     EXPECT_TRUE(judged.was_dropped());
     EXPECT_EQ(0, judged.taken());
-    EXPECT_EQ(Texts{}, judged.failures());
+    EXPECT_EQ(Texts{}, reasons(judged));
 }
 
-TEST(AnswerJudgement, EmptyDocumentFailsAsNothingToParse) {
+TEST(AnswerJudgement, EmptyDocumentFailsAsEmpty) {
     const AnswerJudgement judged =
         judge({"HeadsetConfigImpl: update_from_server: Nothing to parse", unable});
 
     EXPECT_EQ(0, judged.taken());
-    EXPECT_EQ((Texts{"Nothing to parse"}), judged.failures());
+    EXPECT_EQ((Texts{"the document is empty (0 bytes)"}), reasons(judged));
 }
 
-TEST(AnswerJudgement, UnparsableDocumentFailsWithTheTextFromTheErrorOn) {
-    const AnswerJudgement judged =
-        judge({"HeadsetConfigImpl: update_from_server: <html>502: no</html>", unable});
+// What is told of a text that cannot be parsed is the text itself.
+TEST(AnswerJudgement, UnparsableDocumentThatReadsNothingToParseIsNotEmpty) {
+    const AnswerJudgement judged = judge(
+        {"HeadsetConfigImpl: update_from_server: Nothing to parse", unable}, "Nothing to parse");
+
+    EXPECT_EQ((Texts{"no JSON: line 1, column 1: \"Nothing to parse\""}), reasons(judged));
+}
+
+TEST(AnswerJudgement, UnparsableDocumentFailsWithThePlaceOfTheError) {
+    const AnswerJudgement judged = judge(
+        {"HeadsetConfigImpl: update_from_server: 502: no</html>", unable}, "[1,\n  502: no</html>");
 
     EXPECT_EQ(0, judged.taken());
-    EXPECT_EQ((Texts{"no JSON at: <html>502: no</html>"}), judged.failures());
+    EXPECT_EQ((Texts{"no JSON: line 2, column 3: \"502: no</html>\""}), reasons(judged));
 }
 
-TEST(AnswerJudgement, LongUnparsableDocumentIsToldByItsFirstSixtyCharacters) {
-    const AnswerJudgement judged =
-        judge({"HeadsetConfigImpl: update_from_server: "
-               "0123456789012345678901234567890123456789012345678901234567890",
-               unable});
+TEST(AnswerJudgement, UnparsableDocumentFailsForEachAccessoryAlike) {
+    const AnswerJudgement judged = judge({"HeadsetConfigImpl: update_from_server: oops", unable,
+                                          "CameraConfigImpl: update_from_server: oops", unable},
+                                         "oops");
 
-    EXPECT_EQ(
-        (Texts{"no JSON at: 012345678901234567890123456789012345678901234567890123456789..."}),
-        judged.failures());
+    EXPECT_EQ((Texts{"no JSON: line 1, column 1: \"oops\"", "no JSON: line 1, column 1: \"oops\""}),
+              reasons(judged));
 }
 
 TEST(AnswerJudgement, WhatTheLibraryThrewIsTheReason) {
@@ -118,16 +141,16 @@ TEST(AnswerJudgement, WhatTheLibraryThrewIsTheReason) {
                "Lib::ConfigManagerImpl: on_fetch_config_success: std::bad_alloc", unable});
 
     EXPECT_EQ(0, judged.taken());
-    EXPECT_EQ((Texts{"std::bad_alloc"}), judged.failures());
+    EXPECT_EQ((Texts{"std::bad_alloc"}), reasons(judged));
 }
 
 // What is told of a text that cannot be parsed is the text itself.
 TEST(AnswerJudgement, UnparsableDocumentThatReadsSuccessIsNotTaken) {
     const AnswerJudgement judged =
-        judge({"HeadsetConfigImpl: update_from_server: success", unable});
+        judge({"HeadsetConfigImpl: update_from_server: success", unable}, "success");
 
     EXPECT_EQ(0, judged.taken());
-    EXPECT_EQ((Texts{"no JSON at: success"}), judged.failures());
+    EXPECT_EQ((Texts{"no JSON: line 1, column 1: \"success\""}), reasons(judged));
 }
 
 TEST(AnswerJudgement, DocumentWithoutATemplateFailsWithTheFirstOfItsTwoLines) {
@@ -138,7 +161,7 @@ TEST(AnswerJudgement, DocumentWithoutATemplateFailsWithTheFirstOfItsTwoLines) {
         unable,
     });
 
-    EXPECT_EQ((Texts{"No template config found."}), judged.failures());
+    EXPECT_EQ((Texts{"No template config found."}), reasons(judged));
 }
 
 TEST(AnswerJudgement, DocumentWithoutFirmwareForTheModelFails) {
@@ -151,8 +174,8 @@ TEST(AnswerJudgement, DocumentWithoutFirmwareForTheModelFails) {
         unable,
     });
 
-    EXPECT_EQ((Texts{"Model_firmware_settings do not exist"}), judged.failures());
-    EXPECT_EQ(Texts{}, judged.firmware_decisions());
+    EXPECT_EQ((Texts{"Model_firmware_settings do not exist"}), reasons(judged));
+    EXPECT_EQ(Texts{}, decisions(judged));
 }
 
 TEST(AnswerJudgement, FirmwareIsTheReasonOfADocumentThatHasNoSettingsEither) {
@@ -165,7 +188,7 @@ TEST(AnswerJudgement, FirmwareIsTheReasonOfADocumentThatHasNoSettingsEither) {
         unable,
     });
 
-    EXPECT_EQ((Texts{"Model_firmware_settings do not exist"}), judged.failures());
+    EXPECT_EQ((Texts{"Model_firmware_settings do not exist"}), reasons(judged));
 }
 
 TEST(AnswerJudgement, FirmwareWithoutANameFails) {
@@ -178,13 +201,13 @@ TEST(AnswerJudgement, FirmwareWithoutANameFails) {
         unable,
     });
 
-    EXPECT_EQ((Texts{"no/null firmare name in JSON"}), judged.failures());
+    EXPECT_EQ((Texts{"its modelFirmware has no entries"}), reasons(judged));
 }
 
 TEST(AnswerJudgement, FailureThatNoLineExplainsIsSaidToBeUnexplained) {
     const AnswerJudgement judged = judge({unable});
 
-    EXPECT_EQ((Texts{"not said"}), judged.failures());
+    EXPECT_EQ((Texts{"not said"}), reasons(judged));
 }
 
 TEST(AnswerJudgement, EqualVersionsNeedNoUpgrade) {
@@ -194,7 +217,7 @@ TEST(AnswerJudgement, EqualVersionsNeedNoUpgrade) {
         "been applied.",
     });
 
-    EXPECT_EQ((Texts{"no upgrade required"}), judged.firmware_decisions());
+    EXPECT_EQ((Texts{"no upgrade required"}), decisions(judged));
 }
 
 TEST(AnswerJudgement, RefusedDowngradeIsADecision) {
@@ -202,7 +225,7 @@ TEST(AnswerJudgement, RefusedDowngradeIsADecision) {
         "HeadsetConfigImpl: upgrade_firmware: No support for firmware downgrade. Exiting.",
     });
 
-    EXPECT_EQ((Texts{"downgrade refused"}), judged.firmware_decisions());
+    EXPECT_EQ((Texts{"downgrade refused"}), decisions(judged));
 }
 
 // The line has no separator.
@@ -210,8 +233,7 @@ TEST(AnswerJudgement, CurrentVersionStays) {
     const AnswerJudgement judged =
         judge({"HeadsetConfigImpl: upgrade_firmwarestay on current version, skip upgrade"});
 
-    EXPECT_EQ((Texts{"stays on the current version, as the document says"}),
-              judged.firmware_decisions());
+    EXPECT_EQ((Texts{"stays on the current version, as the document says"}), decisions(judged));
 }
 
 TEST(AnswerJudgement, LatestFirmwareIsLeftToThePhone) {
@@ -219,15 +241,14 @@ TEST(AnswerJudgement, LatestFirmwareIsLeftToThePhone) {
         "HeadsetConfigImpl: upgrade_firmware: Legacy Flow - delegate upgrade to config driver",
     });
 
-    EXPECT_EQ((Texts{"left to the phone"}), judged.firmware_decisions());
+    EXPECT_EQ((Texts{"left to the phone"}), decisions(judged));
 }
 
 TEST(AnswerJudgement, VersionThatNobodyTellsIsNoDecision) {
     const AnswerJudgement judged =
         judge({"HeadsetConfigImpl: check_firmware_upgrade: firmware version is empty"});
 
-    EXPECT_EQ((Texts{"none: the document or the accessory tells no version"}),
-              judged.firmware_decisions());
+    EXPECT_EQ((Texts{"none: the document or the accessory tells no version"}), decisions(judged));
 }
 
 TEST(AnswerJudgement, TwoAccessoriesThatTakeADocumentBothCount) {
@@ -241,10 +262,10 @@ TEST(AnswerJudgement, TwoAccessoriesThatTakeADocumentBothCount) {
     });
 
     EXPECT_EQ(2, judged.taken());
-    EXPECT_EQ(Texts{}, judged.failures());
+    EXPECT_EQ(Texts{}, reasons(judged));
     EXPECT_EQ(
         (Texts{"upgrade requested to 2-1-0", "stays on the current version, as the document says"}),
-        judged.firmware_decisions());
+        decisions(judged));
 }
 
 TEST(AnswerJudgement, AccessoriesMayFareDifferentlyWithOneDocument) {
@@ -259,7 +280,7 @@ TEST(AnswerJudgement, AccessoriesMayFareDifferentlyWithOneDocument) {
     });
 
     EXPECT_EQ(1, judged.taken());
-    EXPECT_EQ((Texts{"Model_firmware_settings do not exist"}), judged.failures());
+    EXPECT_EQ((Texts{"Model_firmware_settings do not exist"}), reasons(judged));
 }
 
 TEST(AnswerJudgement, EachFailureHasTheReasonOfItsOwnAccessory) {
@@ -276,8 +297,9 @@ TEST(AnswerJudgement, EachFailureHasTheReasonOfItsOwnAccessory) {
     });
 
     EXPECT_EQ(
-        (Texts{"no/null firmare name in JSON", "Model_firmware_settings do not exist", "not said"}),
-        judged.failures());
+        (Texts{"the first entry of its modelFirmware has no firmwareName, or one that is no text",
+               "Model_firmware_settings do not exist", "not said"}),
+        reasons(judged));
 }
 
 TEST(AnswerJudgement, AccessoryThatLacksSettingsButTookTheDocumentLeavesNoReason) {
@@ -290,7 +312,7 @@ TEST(AnswerJudgement, AccessoryThatLacksSettingsButTookTheDocumentLeavesNoReason
     });
 
     EXPECT_EQ(1, judged.taken());
-    EXPECT_EQ((Texts{"not said"}), judged.failures());
+    EXPECT_EQ((Texts{"not said"}), reasons(judged));
 }
 
 TEST(AnswerJudgement, LinesOfOtherComponentsSayNothing) {
@@ -305,9 +327,9 @@ TEST(AnswerJudgement, LinesOfOtherComponentsSayNothing) {
     });
 
     EXPECT_EQ(0, judged.taken());
-    EXPECT_EQ(Texts{}, judged.failures());
+    EXPECT_EQ(Texts{}, reasons(judged));
     EXPECT_FALSE(judged.was_dropped());
-    EXPECT_EQ(Texts{}, judged.firmware_decisions());
+    EXPECT_EQ(Texts{}, decisions(judged));
 }
 
 }  // namespace

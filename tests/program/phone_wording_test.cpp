@@ -70,6 +70,33 @@ TEST(PhoneWording, FirmwareDecision) {
               phone_event_in_words({{"event", "firmware"}, {"decision", "no upgrade required"}}));
 }
 
+TEST(PhoneWording, FirmwareDecisionOfAnAccessory) {
+    EXPECT_EQ("firmware of Varos K20: left to the phone",
+              phone_event_in_words({{"event", "firmware"},
+                                    {"model", "Varos K20"},
+                                    {"id", "desk-headset"},
+                                    {"decision", "left to the phone"}}));
+}
+
+TEST(PhoneWording, RequestedFirmwareIsToldWithBothVersions) {
+    EXPECT_EQ("firmware of Varos K30's dongle Varos Link: change from 2-0-4 to 1-0-0 requested",
+              phone_event_in_words({{"event", "firmware"},
+                                    {"model", "Varos K30"},
+                                    {"dongleModel", "Varos Link"},
+                                    {"decision", "upgrade requested to 1-0-0"},
+                                    {"reported", "2-0-4"},
+                                    {"wanted", "1-0-0"}}));
+}
+
+TEST(PhoneWording, FirmwareThatIsNotRequestedIsToldByItsDecision) {
+    EXPECT_EQ("firmware of Varos K20: no upgrade required",
+              phone_event_in_words({{"event", "firmware"},
+                                    {"model", "Varos K20"},
+                                    {"decision", "no upgrade required"},
+                                    {"reported", "2-0-4"},
+                                    {"wanted", "2-0-4"}}));
+}
+
 TEST(PhoneWording, Upgrade) {
     EXPECT_EQ("upgrade desk-headset to 2-1-0 with k30.bin",
               phone_event_in_words({{"event", "upgrade"},
@@ -91,6 +118,31 @@ TEST(PhoneWording, DocumentThatFailedHasAReasonALine) {
                                     {"taken", 1},
                                     {"failed", 2},
                                     {"reasons", {"Nothing to parse", "<html>\n\x1b[31m"}}}));
+}
+
+TEST(PhoneWording, DocumentWithSettingsThatReachedNoDevice) {
+    EXPECT_EQ("document taken by 1, failed for 0\n"
+              "  kept but not sent: 1 setting of Varos K20: its modelFirmware has no "
+              "firmwareParams\n"
+              "  passed over: T\\x07: its value is missing or null (commonSettings)\n"
+              "  passed over: a setting: its name is missing, empty or no text (firmwareParams of "
+              "Varos K20)",
+              phone_event_in_words(
+                  {{"event", "document"},
+                   {"taken", 1},
+                   {"failed", 0},
+                   {"notSent", Event::array({{{"model", "Varos K20"},
+                                              {"settings", 1},
+                                              {"reason", "its modelFirmware has no "
+                                                         "firmwareParams"}}})},
+                   {"passedOver",
+                    Event::array({{{"list", "commonSettings"},
+                                   {"name", "T\x07"},
+                                   {"reason", "its value is missing or null"},
+                                   {"accessories", Event::array({{{"model", "Varos K20"}}})}},
+                                  {{"list", "firmwareParams"},
+                                   {"reason", "its name is missing, empty or no text"},
+                                   {"accessories", Event::array({{{"model", "Varos K20"}}})}}})}}));
 }
 
 TEST(PhoneWording, DocumentThatWasDropped) {
@@ -133,6 +185,18 @@ TEST(PhoneWording, ReportWithoutAnAnswer) {
                                     {"accepted", false},
                                     {"milliseconds", 30000},
                                     {"error", "time-out"}}));
+}
+
+TEST(PhoneWording, ResultSaysHowManySettingsWerePassedOver) {
+    EXPECT_EQ("done: 1 configured (5 settings passed over), 0 not configured, 1 reports accepted, "
+              "0 failed",
+              phone_event_in_words({{"event", "result"},
+                                    {"ok", true},
+                                    {"configured", 1},
+                                    {"notConfigured", 0},
+                                    {"reportsAccepted", 1},
+                                    {"reportsFailed", 0},
+                                    {"settingsPassedOver", 5}}));
 }
 
 TEST(PhoneWording, DeviceTellsASettingALine) {
