@@ -2,16 +2,45 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
 #include <functional>
+#include <iostream>
+#include <sstream>
 #include <string>
+#include <system_error>
+#include <unistd.h>
 
 #include "program/exit_codes.h"
 #include "program/output.h"
 #include "program/phone/phone_command.h"
 #include "program/serve/serve_command.h"
 
+namespace {
+
+/// A standard descriptor that the caller has closed would be the number of the next file or socket
+/// that is opened, and the output would be written into that. For reading alone, so that writing to
+/// it fails, and is told.
+bool fill_closed_descriptors() {
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(descriptor, F_GETFD) == -1 && errno == EBADF &&
+            open("/dev/null", O_RDONLY | O_CLOEXEC) == -1) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
 int main(int argc, char* argv[]) {
     using namespace headsetmgmt::program;
+    if (!fill_closed_descriptors()) {
+        std::fprintf(stderr, "headsetmgmt: /dev/null cannot be opened: %s\n",
+                     std::generic_category().message(errno).c_str());
+        return exit_failed;
+    }
     CLI::App program("Accessory management for desk IP phones", "headsetmgmt");
     program.require_subcommand(1);
     program.set_version_flag("--version", HEADSETMGMT_VERSION);
@@ -21,8 +50,9 @@ int main(int argc, char* argv[]) {
     try {
         program.parse(argc, argv);
     } catch (const CLI::Success& answer) {
-        program.exit(answer);  // help or version
-        return exit_done;
+        std::ostringstream text;
+        program.exit(answer, text, std::cerr);  // help or version
+        return print(text.str()) ? exit_done : exit_failed;
     } catch (const CLI::ParseError& error) {
         if (std::count(argv, argv + argc, std::string("--json")) != 0) {
             Output(true, nullptr).tell({{"event", "error"}, {"message", error.what()}});

@@ -53,6 +53,22 @@ bool is_control(const std::string& text, std::size_t place, std::size_t length) 
     return length == 2 && first == 0xc2 && static_cast<unsigned char>(text[place + 1]) < 0xa0;
 }
 
+/// Writes to standard output and leaves nothing in its buffer; 0 or the number of the error.
+int write_out(const std::string& text) {
+    const bool written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+    return written && std::fflush(stdout) == 0 ? 0 : errno;
+}
+
+/// A reader that has gone wants no more, which is no failure.
+bool is_loss(int error) {
+    return error != 0 && error != EPIPE;
+}
+
+void tell_loss(int error) {
+    std::fprintf(stderr, "headsetmgmt: standard output cannot be written: %s\n",
+                 std::generic_category().message(error).c_str());
+}
+
 }  // namespace
 
 std::string escaped(const std::string& text) {
@@ -83,6 +99,14 @@ std::string escaped(const std::string& text) {
     return result;
 }
 
+bool print(const std::string& text) {
+    const int error = write_out(text);
+    if (is_loss(error)) {
+        tell_loss(error);
+    }
+    return !is_loss(error);
+}
+
 Output::Output(bool json, Wording wording) : as_json(json), in_words(std::move(wording)) {}
 
 void Output::tell(const Event& event) {
@@ -97,23 +121,14 @@ void Output::tell(const Event& event) {
     }
     line += '\n';
     const std::lock_guard<std::mutex> line_lock(line_mutex);
-    if (std::fwrite(line.data(), 1, line.size(), stdout) != line.size() ||
-        std::fflush(stdout) != 0) {
-        note_loss();
+    const int error = write_out(line);
+    if (is_loss(error) && !lost.exchange(true)) {
+        tell_loss(error);
     }
 }
 
 int Output::exit_code(int code) const {
     return code == exit_done && lost ? exit_failed : code;
-}
-
-/// A reader that has gone wants no more, which is no failure.
-void Output::note_loss() {
-    const int error = errno;
-    if (error != EPIPE && !lost.exchange(true)) {
-        std::fprintf(stderr, "headsetmgmt: standard output cannot be written: %s\n",
-                     std::generic_category().message(error).c_str());
-    }
 }
 
 }  // namespace headsetmgmt::program

@@ -19,6 +19,10 @@ inline constexpr int output_format = 1;
 /// backslash as two.
 std::string escaped(const std::string& text);
 
+/// Writes `text` to standard output, as it is. When it cannot be written, standard error says so,
+/// unless the reader has closed its end, and the answer is false.
+bool print(const std::string& text);
+
 /// Tells events to whoever reads standard output: a sentence each, or with `json` one JSON object a
 /// line and nothing else. Both are made from the same event. When they cannot be written, standard
 /// error says so once, unless the reader has closed its end. Any thread.
@@ -37,8 +41,6 @@ public:
     int exit_code(int code) const;
 
 private:
-    void note_loss();
-
     bool as_json;
     Wording in_words;
     std::mutex line_mutex;  // one line at a time
