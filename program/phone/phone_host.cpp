@@ -46,6 +46,11 @@ std::chrono::milliseconds wait_before(int next_attempt, std::mt19937& random) {
         static_cast<long>(static_cast<double>(wait.count()) * share(random)));
 }
 
+/// Why an answer does not count.
+std::string failure_of(const TransferResult& result) {
+    return result.error.empty() ? "status " + std::to_string(result.status) : result.error;
+}
+
 bool is_bare_name(const std::string& url) {
     return url.find("://") == std::string::npos;
 }
@@ -83,21 +88,24 @@ int PhoneHost::run() {
 
     tell_devices();
     const Lock lock(state_mutex);
-    const std::string reason = verdict();
+    const std::vector<std::string> all_reasons = verdict();
     Event result = {{"event", "result"},
-                    {"ok", reason.empty()},
+                    {"ok", all_reasons.empty()},
+                    {"attached", attached},
                     {"configured", configured},
                     {"notConfigured", not_configured},
+                    {"reportsWanted", reports_wanted},
                     {"reportsAccepted", reports_accepted},
                     {"reportsFailed", reports_failed}};
     if (passed_over != 0) {
         result["settingsPassedOver"] = passed_over;
     }
-    if (!reason.empty()) {
-        result["reason"] = reason;
+    if (!all_reasons.empty()) {
+        result["reason"] = all_reasons.front();
+        result["reasons"] = all_reasons;
     }
     output.tell(result);
-    return reason.empty() ? exit_done : exit_failed;
+    return all_reasons.empty() ? exit_done : exit_failed;
 }
 
 /// Starts the library and attaches the accessories; false when it could not be started.
@@ -149,7 +157,13 @@ bool PhoneHost::bring_up() {
 void PhoneHost::interrupt() {
     {
         const Lock lock(state_mutex);
+        if (stopping || interrupted) {
+            return;  // all has ended already
+        }
         interrupted = true;
+        interrupted_while =
+            interruption({under_way, attempt, held_back.has_value(),
+                          !gave_up && configured + not_configured < attached, last_fetch_failure});
         changed.notify_all();
     }
     transfers.interrupt();
@@ -186,13 +200,14 @@ void PhoneHost::log_line(const char* text) {
         judgement->on_line(text);
     }
     const std::string line = text;
-    constexpr char not_built[] = "send_task: building metrics failed";
-    if (line.find(not_built) != std::string::npos) {
-        // There will be no request to tell how the report fared.
+    {
         const Lock lock(state_mutex);
-        ++reports_failed;
-        note_reason("a report could not be built: an accessory without a serial number");
-        changed.notify_all();
+        if (const std::optional<std::string> cause = report_lines.on_line(line)) {
+            // There will be no request to tell how the report fared.
+            ++reports_failed;
+            note_reason("a report could not be built: " + *cause);
+            changed.notify_all();
+        }
     }
     if (options.verbose) {
         output.tell({{"event", "log"}, {"text", line}});
@@ -212,9 +227,13 @@ void PhoneHost::work_on_requests() {
         } else if (!requests.empty()) {
             const TransferRequest request = std::move(requests.front());
             requests.pop_front();
+            attempt += request.is_post ? 0 : 1;
+            under_way =
+                request.is_post ? RunProgress::UnderWay::report : RunProgress::UnderWay::fetch;
             lock.unlock();
             request.is_post ? post(request) : fetch(request);
             lock.lock();
+            under_way = RunProgress::UnderWay::nothing;
             changed.notify_all();
         } else if (held_back) {
             changed.wait_until(lock, held_back->due);
@@ -228,7 +247,7 @@ void PhoneHost::fetch(const TransferRequest& wanted) {
     int this_attempt = 0;
     {
         const Lock lock(state_mutex);
-        this_attempt = ++attempt;
+        this_attempt = attempt;
     }
     TransferRequest request = wanted;
     Event told = {{"event", "fetch"}, {"attempt", this_attempt}, {"url", request.url}};
@@ -238,6 +257,7 @@ void PhoneHost::fetch(const TransferRequest& wanted) {
                 "a file name without a server, and there is no TFTP server to look it up "
                 "on: set urls.config or servers.tftp";
             output.tell(told);
+            end_fetch(told["error"]);
             fail_fetch(0, true);
             return;
         }
@@ -264,11 +284,19 @@ void PhoneHost::fetch(const TransferRequest& wanted) {
     if (result.interrupted) {
         return;
     }
+    end_fetch(result.status == status_ok ? "" : failure_of(result));
     if (result.status != status_ok) {
         fail_fetch(result.status, false);
         return;
     }
     deliver(result.body);
+}
+
+/// `failure` is empty when there is a document.
+void PhoneHost::end_fetch(const std::string& failure) {
+    const Lock lock(state_mutex);
+    under_way = RunProgress::UnderWay::nothing;
+    last_fetch_failure = failure;
 }
 
 /// Hands the document in and reads from the log lines of this very call what became of it.
@@ -317,8 +345,7 @@ void PhoneHost::fail_fetch(int status, bool for_good) {
         const Lock lock(state_mutex);
         if (for_good || (options.give_up_after != 0 && attempt >= options.give_up_after)) {
             gave_up = true;
-            note_reason("no document after " + std::to_string(attempt) +
-                        (attempt == 1 ? " attempt" : " attempts"));
+            note_reason(no_document(attempt, last_fetch_failure));
             return;
         }
         next_attempt = attempt + 1;
@@ -350,14 +377,13 @@ void PhoneHost::post(const TransferRequest& request) {
         return;
     }
     ++reports_failed;
-    note_reason("a report was not accepted: " +
-                (result.error.empty() ? "status " + std::to_string(result.status) : result.error));
+    note_reason("a report was not accepted: " + failure_of(result));
 }
 
-/// The first thing that goes wrong is the reason. The state is held.
+/// The state is held.
 void PhoneHost::note_reason(const std::string& reason) {
-    if (first_reason.empty()) {
-        first_reason = reason;
+    if (std::find(reasons.begin(), reasons.end(), reason) == reasons.end()) {
+        reasons.push_back(reason);
     }
 }
 
@@ -368,12 +394,14 @@ bool PhoneHost::is_over() const {
     return interrupted || (all_reported && (all_configured || gave_up));
 }
 
-/// Why the run did not go well; empty when it did. The state is held.
-std::string PhoneHost::verdict() const {
+/// Why the run did not go well: the interruption, then what went wrong before it. Empty when it
+/// went well. The state is held.
+std::vector<std::string> PhoneHost::verdict() const {
+    std::vector<std::string> all = reasons;
     if (interrupted) {
-        return "interrupted";
+        all.insert(all.begin(), interrupted_while);
     }
-    return first_reason;
+    return all;
 }
 
 void PhoneHost::tell_devices() {

@@ -11,11 +11,14 @@
 #include <random>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "headsetmgmt/phone/host_types.h"
 
 #include "program/output.h"
 #include "program/phone/bench.h"
+#include "program/phone/report_judgement.h"
+#include "program/phone/run_end.h"
 #include "program/phone/transfer.h"
 
 namespace headsetmgmt::program {
@@ -71,10 +74,11 @@ private:
     void fetch(const TransferRequest& wanted);
     void post(const TransferRequest& request);
     void deliver(const std::string& document);
+    void end_fetch(const std::string& failure);
     void fail_fetch(int status, bool for_good);
     void note_reason(const std::string& reason);
     bool is_over() const;
-    std::string verdict() const;
+    std::vector<std::string> verdict() const;
     void tell_devices();
 
     PhoneOptions options;
@@ -87,7 +91,10 @@ private:
     std::optional<HeldBackFailure> held_back;
     std::map<std::string, std::map<int, Setting>> devices;  // what each was given, by usage id
     std::mt19937 jitter;
-    int attempt = 0;  // fetches since the last document
+    RunProgress::UnderWay under_way = RunProgress::UnderWay::nothing;
+    int attempt = 0;                 // fetches since the last document
+    std::string last_fetch_failure;  // empty when the last fetch brought a document
+    ReportJudgement report_lines;
     int configured = 0;
     int not_configured = 0;
     int passed_over = 0;  // settings that could not be read, of each document
@@ -95,7 +102,8 @@ private:
     int reports_wanted = 0;
     int reports_accepted = 0;
     int reports_failed = 0;
-    std::string first_reason;  // why the run will not end well; empty while it may
+    std::vector<std::string> reasons;  // why the run will not end well, each once
+    std::string interrupted_while;     // what was going on then
     bool gave_up = false;
     bool interrupted = false;
     bool stopping = false;

@@ -112,16 +112,54 @@ std::string device(const Event& event) {
     return text;
 }
 
+struct Counts {
+    int all;
+    int good;
+    int failed;
+};
+
+/// "1 of 3 configured, 1 failed, 1 without a document": what there is none of is left out.
+std::string share(const Counts& counts, const std::string& good, const std::string& left) {
+    std::string text =
+        std::to_string(counts.good) + " of " + std::to_string(counts.all) + " " + good;
+    if (counts.failed != 0) {
+        text += ", " + std::to_string(counts.failed) + " failed";
+    }
+    const int open = counts.all - counts.good - counts.failed;
+    return open > 0 ? text + ", " + std::to_string(open) + " " + left : text;
+}
+
 std::string result(const Event& event) {
     const std::string gaps = event.contains("settingsPassedOver")
                                  ? " (" + settings(event, "settingsPassedOver") + " passed over)"
                                  : "";
-    const std::string counts = said(event, "configured") + " configured" + gaps + ", " +
-                               said(event, "notConfigured") + " not configured, " +
-                               said(event, "reportsAccepted") + " reports accepted, " +
-                               said(event, "reportsFailed") + " failed";
-    return event.value("ok", false) ? "done: " + counts
-                                    : counts + "\nfailed: " + said(event, "reason");
+    const std::string counts =
+        share({event.value("attached", 0), event.value("configured", 0),
+               event.value("notConfigured", 0)},
+              "configured" + gaps, "without a document") +
+        "; " +
+        (event.value("reportsWanted", 0) == 0
+             ? "no reports wanted"
+             : share({event.value("reportsWanted", 0), event.value("reportsAccepted", 0),
+                      event.value("reportsFailed", 0)},
+                     "reports accepted", "without an answer"));
+    if (event.value("ok", false)) {
+        return "done: " + counts;
+    }
+    std::string text = counts;
+    for (const Event& reason : event.value("reasons", Event::array())) {
+        text += "\nfailed: " + escaped(reason.get<std::string>());
+    }
+    return text;
+}
+
+/// Many of the library's lines end in a line feed, which says nothing here.
+std::string log_line(const Event& event) {
+    std::string text = event.value("text", "");
+    if (!text.empty() && text.back() == '\n') {
+        text.pop_back();
+    }
+    return escaped(text);
 }
 
 }  // namespace
@@ -165,7 +203,10 @@ std::string phone_event_in_words(const Event& event) {
     if (kind == "result") {
         return result(event);
     }
-    return said(event, kind == "log" || kind == "note" ? "text" : "message");
+    if (kind == "log") {
+        return log_line(event);
+    }
+    return said(event, kind == "note" ? "text" : "message");
 }
 
 }  // namespace headsetmgmt::program

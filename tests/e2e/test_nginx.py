@@ -21,7 +21,7 @@ GOOD_RUN = [
     "  35 Equalizer = warm",
     "  36 Audio Bandwidth = 2",
     "  39 Bluetooth = off",
-    "done: 1 configured, 0 not configured, 1 reports accepted, 0 failed",
+    "done: 1 of 1 configured; 1 of 1 reports accepted",
 ]
 
 
@@ -57,7 +57,7 @@ def test_missing_document_over_http(program, benches, documents, tmp_path):
     with Nginx(documents, tmp_path) as nginx:
         code, lines = run(program, benches, nginx.url, "missing.json")
     assert lines[1].startswith("fetch, attempt 1: SERVER/missing.json: status 404, ")
-    assert lines[-1] == "failed: no document after 1 attempt"
+    assert lines[-1] == "failed: no document after 1 attempt: status 404"
     assert nginx.requests == ["GET /missing.json 404", "POST /inventory 204"]
     assert code == 1
 
@@ -76,7 +76,11 @@ def test_document_and_report_over_https(program, benches, documents, authority, 
 def expect_distrust(code, lines, nginx, error):
     assert f"fetch, attempt 1: SERVER/good.json: {error}" in lines
     assert f"report to SERVER/inventory: not accepted: {error}" in lines
-    assert lines[-2] == "0 configured, 0 not configured, 0 reports accepted, 1 failed"
+    assert lines[-3:] == [
+        "0 of 1 configured, 1 without a document; 0 of 1 reports accepted, 1 failed",
+        f"failed: no document after 1 attempt: {error}",
+        f"failed: a report was not accepted: {error}",
+    ]
     assert not any(line.startswith("set ") for line in lines)
     assert nginx.requests == []
     assert code == 1

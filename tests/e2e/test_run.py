@@ -57,8 +57,8 @@ def test_stopped_in_the_middle_of_a_fetch(number, answer, program, benches, docu
     assert [comparable(line, server.url) for line in phone.lines] == [
         "attached desk-headset: Varos K30, firmware 2-0-4",
         "fetch, attempt 1: SERVER/config.json: interrupted",
-        "0 configured, 0 not configured, 0 reports accepted, 0 failed",
-        "failed: interrupted",
+        "0 of 1 configured, 1 without a document; 0 of 1 reports accepted, 1 without an answer",
+        "failed: interrupted during attempt 1",
     ]
     assert phone.errors == []
     assert code == 1
@@ -75,7 +75,10 @@ def test_stopped_while_it_waits_for_the_next_attempt(
             phone.signal(signal.SIGTERM)
             code = phone.finish()
             duration = time.monotonic() - begin
-    assert phone.lines[-1] == "failed: interrupted"
+    assert phone.lines[-2:] == [
+        "0 of 1 configured, 1 without a document; 1 of 1 reports accepted",
+        "failed: interrupted while waiting for attempt 3; the last: status 404",
+    ]
     assert code == 1
     assert duration < 1 * slowness
 
@@ -126,8 +129,8 @@ def test_json_lines_of_a_good_run(program, benches, documents, tmp_path):
             {"usageId": 35, "name": "Equalizer", "value": "warm"},
             {"usageId": 36, "name": "Audio Bandwidth", "value": "2"},
             {"usageId": 39, "name": "Bluetooth", "value": "off"}]},
-        {"format": 1, "event": "result", "ok": True, "configured": 1, "notConfigured": 0,
-         "reportsAccepted": 1, "reportsFailed": 0},
+        {"format": 1, "event": "result", "ok": True, "attached": 1, "configured": 1,
+         "notConfigured": 0, "reportsWanted": 1, "reportsAccepted": 1, "reportsFailed": 0},
     ]
     logs = [event for event in events if event["event"] == "log"]
     assert {"format": 1, "event": "log", "text": "stop headset mgmt\n"} in logs
@@ -145,11 +148,14 @@ def test_json_lines_of_a_failed_run(program, benches, documents, tmp_path):
         "format": 1,
         "event": "result",
         "ok": False,
+        "attached": 1,
         "configured": 0,
         "notConfigured": 0,
+        "reportsWanted": 1,
         "reportsAccepted": 1,
         "reportsFailed": 0,
-        "reason": "no document after 1 attempt",
+        "reason": "no document after 1 attempt: status 404",
+        "reasons": ["no document after 1 attempt: status 404"],
     }
     assert phone.errors == []
     assert code == 1
@@ -163,7 +169,7 @@ def test_json_lines_of_an_interrupted_run(program, benches, documents):
             phone.signal(signal.SIGTERM)
             code = phone.finish()
     result = json_lines(phone)[-1]
-    assert (result["event"], result["reason"]) == ("result", "interrupted")
+    assert (result["event"], result["reason"]) == ("result", "interrupted during attempt 1")
     assert code == 1
 
 

@@ -22,7 +22,7 @@ GOOD_RUN = [
     "  35 Equalizer = warm",
     "  36 Audio Bandwidth = 2",
     "  39 Bluetooth = off",
-    "done: 1 configured, 0 not configured, 0 reports accepted, 0 failed",
+    "done: 1 of 1 configured; no reports wanted",
 ]
 NO_REPORTS = ["no inventory URL: no reports are sent"]
 
@@ -52,8 +52,8 @@ def test_missing_document(program, tftp):
     expected = [
         "attached desk: Varos K30, firmware 2-1-0",
         "fetch, attempt 1: SERVER/missing.json: the TFTP server has no such file",
-        "0 configured, 0 not configured, 0 reports accepted, 0 failed",
-        "failed: no document after 1 attempt",
+        "0 of 1 configured, 1 without a document; no reports wanted",
+        "failed: no document after 1 attempt: the TFTP server has no such file",
     ]
     assert is_interleaving(lines, [expected, NO_REPORTS]), lines
     assert code == 1
@@ -71,7 +71,7 @@ def test_document_over_the_limit(program, tftp):
     code, lines = run(program, tftp.url, "good.json", "--limit", "1766")
     error = "the answer is larger than the limit of 1766 bytes"
     assert f"fetch, attempt 1: SERVER/good.json: {error}" in lines
-    assert lines[-1] == "failed: no document after 1 attempt"
+    assert lines[-1] == f"failed: no document after 1 attempt: {error}"
     assert code == 1
 
 
@@ -89,5 +89,5 @@ def test_no_server_is_a_failure_after_the_time_limit(program, documents, tmp_pat
     fetches = [line for line in lines if line.startswith("fetch, ")]
     assert len(fetches) == 1
     assert "status" not in fetches[0]
-    assert lines[-1] == "failed: no document after 1 attempt"
+    assert lines[-1].startswith("failed: no document after 1 attempt: ")
     assert code == 1

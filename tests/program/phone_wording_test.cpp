@@ -211,31 +211,50 @@ TEST(PhoneWording, DeviceTellsASettingALine) {
 }
 
 TEST(PhoneWording, GoodResult) {
-    EXPECT_EQ("done: 2 configured, 0 not configured, 2 reports accepted, 0 failed",
+    EXPECT_EQ("done: 2 of 2 configured; 2 of 2 reports accepted",
               phone_event_in_words({{"event", "result"},
                                     {"ok", true},
+                                    {"attached", 2},
                                     {"configured", 2},
                                     {"notConfigured", 0},
+                                    {"reportsWanted", 2},
                                     {"reportsAccepted", 2},
                                     {"reportsFailed", 0}}));
 }
 
-TEST(PhoneWording, FailedResultHasTheReasonLast) {
-    EXPECT_EQ("1 configured, 1 not configured, 2 reports accepted, 0 failed\n"
+TEST(PhoneWording, FailedResultCountsWhatFailedAndWhatWasNeverReached) {
+    EXPECT_EQ("1 of 4 configured, 1 failed, 2 without a document; "
+              "1 of 6 reports accepted, 2 failed, 3 without an answer\n"
               "failed: interrupted",
               phone_event_in_words({{"event", "result"},
                                     {"ok", false},
+                                    {"attached", 4},
                                     {"configured", 1},
                                     {"notConfigured", 1},
-                                    {"reportsAccepted", 2},
-                                    {"reportsFailed", 0},
-                                    {"reason", "interrupted"}}));
+                                    {"reportsWanted", 6},
+                                    {"reportsAccepted", 1},
+                                    {"reportsFailed", 2},
+                                    {"reason", "interrupted"},
+                                    {"reasons", {"interrupted"}}}));
 }
 
-TEST(PhoneWording, LogLineIsEscaped) {
-    EXPECT_EQ("HeadsetConfigImpl: update_from_server: <html>\\n",
-              phone_event_in_words(
-                  {{"event", "log"}, {"text", "HeadsetConfigImpl: update_from_server: <html>\n"}}));
+TEST(PhoneWording, FailedResultHasALineForEachReason) {
+    EXPECT_EQ("0 of 0 configured; no reports wanted\n"
+              "failed: first\n"
+              "failed: second\\x07",
+              phone_event_in_words({{"event", "result"},
+                                    {"ok", false},
+                                    {"reason", "first"},
+                                    {"reasons", {"first", "second\a"}}}));
+}
+
+TEST(PhoneWording, LogLineIsEscapedWithoutTheLineFeedAtItsEnd) {
+    EXPECT_EQ("HeadsetConfigImpl: update_from_server:\\n<html>",
+              phone_event_in_words({{"event", "log"},
+                                    {"text", "HeadsetConfigImpl: update_from_server:\n<html>\n"}}));
+    EXPECT_EQ("Accessory Info:\\n",
+              phone_event_in_words({{"event", "log"}, {"text", "Accessory Info:\n\n"}}));
+    EXPECT_EQ("plain", phone_event_in_words({{"event", "log"}, {"text", "plain"}}));
 }
 
 TEST(PhoneWording, Note) {
