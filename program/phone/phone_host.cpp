@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <memory>
 #include <utility>
 
@@ -29,6 +30,10 @@ PhoneHost* current_host = nullptr;
 /// Set on the thread that delivers a document, while it does.
 thread_local AnswerJudgement* judgement = nullptr;
 
+/// Set on the thread that attaches an accessory, while it does: whether the fetch that this queued
+/// is the accessory's own, and not one that was on its way already.
+thread_local bool* queued_fetch = nullptr;
+
 void on_log_line(int /*level*/, const char* text) {
     current_host->log_line(text);
 }
@@ -49,6 +54,14 @@ std::chrono::milliseconds wait_before(int next_attempt, std::mt19937& random) {
 /// Why an answer does not count.
 std::string failure_of(const TransferResult& result) {
     return result.error.empty() ? "status " + std::to_string(result.status) : result.error;
+}
+
+/// What the library waits for before it fetches the document for an accessory; empty: it does not.
+std::string missing_members(const AccessoryCache& facts) {
+    if (facts.software_version.empty() && facts.model.empty()) {
+        return "softwareVersion, model";
+    }
+    return facts.software_version.empty() ? "softwareVersion" : facts.model.empty() ? "model" : "";
 }
 
 bool is_bare_name(const std::string& url) {
@@ -139,11 +152,7 @@ bool PhoneHost::bring_up() {
             reports_wanted += bench.inventory_url.empty() ? 0 : 1;
         }
         const auto accessory = std::make_shared<AccessoryCache>(facts);
-        if (!configure_headset(accessory)) {
-            const Lock lock(state_mutex);
-            ++not_configured;
-            note_reason("the library does not configure " + facts.device_id);
-        }
+        configure(accessory);
         if (!bench.inventory_url.empty()) {
             send_inventory(accessory);
         }
@@ -152,6 +161,26 @@ bool PhoneHost::bring_up() {
         output.tell({{"event", "note"}, {"text", "no inventory URL: no reports are sent"}});
     }
     return true;
+}
+
+void PhoneHost::configure(const std::shared_ptr<AccessoryCache>& accessory) {
+    bool is_fetch_queued = false;
+    queued_fetch = &is_fetch_queued;
+    const bool is_taken = configure_headset(accessory);
+    queued_fetch = nullptr;
+    const std::string missing = missing_members(*accessory);
+    if (!is_taken) {
+        const Lock lock(state_mutex);
+        ++not_configured;
+        note_reason("the library does not configure " + accessory->device_id);
+    } else if (is_fetch_queued && !missing.empty()) {
+        // The library gives the device that long to tell them, and then does without.
+        output.tell(
+            {{"event", "note"},
+             {"text", "the document is fetched in 60 s: until then the library waits for what "
+                      "the bench does not tell of " +
+                          accessory->device_id + ": " + missing}});
+    }
 }
 
 void PhoneHost::interrupt() {
@@ -198,6 +227,10 @@ void PhoneHost::upgrade(const char* device_id, const char* version, const char* 
 void PhoneHost::log_line(const char* text) {
     if (judgement != nullptr) {
         judgement->on_line(text);
+    }
+    constexpr char queued[] = "Lib::ConfigManagerImpl: configure_accessory: added async task";
+    if (queued_fetch != nullptr && std::strcmp(text, queued) == 0) {
+        *queued_fetch = true;
     }
     const std::string line = text;
     {

@@ -6,6 +6,7 @@
 #include <condition_variable>
 #include <deque>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <random>
@@ -70,6 +71,7 @@ private:
     };
 
     bool bring_up();
+    void configure(const std::shared_ptr<AccessoryCache>& accessory);
     void work_on_requests();
     void fetch(const TransferRequest& wanted);
     void post(const TransferRequest& request);

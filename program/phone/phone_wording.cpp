@@ -33,12 +33,19 @@ std::string outcome(const Event& event) {
     return text + ", " + said(event, "milliseconds") + " ms";
 }
 
+/// "firmware 2-0-4", or that its version is not told.
+std::string firmware(const Event& event, const char* member) {
+    const std::string version = said(event, member);
+    return version.empty() ? "firmware not told" : "firmware " + version;
+}
+
 std::string attached(const Event& event) {
-    std::string text = "attached " + said(event, "id") + ": " + said(event, "model") +
-                       ", firmware " + said(event, "softwareVersion");
+    const std::string model = said(event, "model");
+    std::string text = "attached " + said(event, "id") + ": " +
+                       (model.empty() ? "model not told" : model) + ", " +
+                       firmware(event, "softwareVersion");
     if (!event.value("dongleModel", "").empty()) {
-        text +=
-            ", dongle " + said(event, "dongleModel") + ", firmware " + said(event, "dongleVersion");
+        text += ", dongle " + said(event, "dongleModel") + ", " + firmware(event, "dongleVersion");
     }
     return text;
 }

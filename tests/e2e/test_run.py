@@ -83,6 +83,52 @@ def test_stopped_while_it_waits_for_the_next_attempt(
     assert duration < 1 * slowness
 
 
+@pytest.mark.parametrize(
+    ("members", "attached", "missing"),
+    [
+        ("model=Varos K30", "Varos K30, firmware not told", "softwareVersion"),
+        ("softwareVersion=2-1-0", "model not told, firmware 2-1-0", "model"),
+        ("serialNumber=A1", "model not told, firmware not told", "softwareVersion, model"),
+    ],
+)
+def test_fetch_that_the_library_holds_back_is_announced(
+    members, attached, missing, program, documents
+):
+    with Scripted(documents, [["stall"]]) as server:
+        arguments = ["--accessory", f"id=desk,type=headset,vendorId=61525,{members}"]
+        with Phone(program, [*arguments, "--config-url", f"{server.url}/config.json"]) as phone:
+            phone.wait_for_line("no inventory URL: ")
+            phone.signal(signal.SIGTERM)
+            code = phone.finish()
+    assert phone.lines == [
+        f"attached desk: {attached}",
+        "the document is fetched in 60 s: until then the library waits for what the bench does not"
+        f" tell of desk: {missing}",
+        "no inventory URL: no reports are sent",
+        "0 of 1 configured, 1 without a document; no reports wanted",
+        "failed: interrupted before the library asked for a document",
+    ]
+    assert server.requests == []
+    assert code == 1
+
+
+def test_fetch_that_is_under_way_already_is_not_announced(program, documents):
+    first = "id=desk,type=headset,vendorId=61525,model=Varos K30,softwareVersion=2-1-0"
+    second = "id=other,type=headset,vendorId=61525"
+    with Scripted(documents, [["stall"]]) as server:
+        arguments = ["--accessory", first, "--accessory", second]
+        with Phone(program, [*arguments, "--config-url", f"{server.url}/config.json"]) as phone:
+            server.wait_for_request()
+            phone.wait_for_line("no inventory URL: ")
+            phone.signal(signal.SIGTERM)
+            phone.finish()
+    assert phone.lines[:3] == [
+        "attached desk: Varos K30, firmware 2-1-0",
+        "attached other: model not told, firmware not told",
+        "no inventory URL: no reports are sent",
+    ]
+
+
 def json_lines(phone):
     """The phone's lines as objects: every line is one, of the format that is promised."""
     events = [json.loads(line) for line in phone.lines]

@@ -30,6 +30,23 @@ TEST(PhoneWording, AttachedAccessoryWithoutADongle) {
                                     {"dongleVersion", ""}}));
 }
 
+TEST(PhoneWording, AttachedAccessoryOfWhichNothingIsTold) {
+    EXPECT_EQ("attached desk: model not told, firmware not told",
+              phone_event_in_words({{"event", "attached"},
+                                    {"id", "desk"},
+                                    {"model", ""},
+                                    {"softwareVersion", ""},
+                                    {"dongleModel", ""},
+                                    {"dongleVersion", ""}}));
+    EXPECT_EQ("attached desk: Varos K30, firmware 2-1-0, dongle Varos Link, firmware not told",
+              phone_event_in_words({{"event", "attached"},
+                                    {"id", "desk"},
+                                    {"model", "Varos K30"},
+                                    {"softwareVersion", "2-1-0"},
+                                    {"dongleModel", "Varos Link"},
+                                    {"dongleVersion", ""}}));
+}
+
 TEST(PhoneWording, FetchThatWasAnswered) {
     EXPECT_EQ("fetch, attempt 1: http://127.0.0.1:8080/c.json: status 404, 9 bytes, 12 ms",
               phone_event_in_words({{"event", "fetch"},
