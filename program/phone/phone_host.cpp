@@ -51,9 +51,20 @@ std::chrono::milliseconds wait_before(int next_attempt, std::mt19937& random) {
         static_cast<long>(static_cast<double>(wait.count()) * share(random)));
 }
 
-/// Why an answer does not count.
-std::string failure_of(const TransferResult& result) {
-    return result.error.empty() ? "status " + std::to_string(result.status) : result.error;
+/// Adds how a request ended to the event that tells it.
+void add_outcome(Event& told, const TransferResult& result, bool is_good) {
+    if (!result.final_url.empty()) {
+        told["finalUrl"] = result.final_url;
+    }
+    if (!result.error.empty()) {
+        told["error"] = result.error;
+        return;
+    }
+    told["status"] = result.status;
+    const std::string remark = is_good ? "" : remark_on(result.status);
+    if (!remark.empty()) {
+        told["message"] = remark;
+    }
 }
 
 /// What the library waits for before it fetches the document for an accessory; empty: it does not.
@@ -307,10 +318,8 @@ void PhoneHost::fetch(const TransferRequest& wanted) {
     }
     const TransferResult result = transfers.perform(request);
     told["milliseconds"] = result.duration.count();
-    if (!result.error.empty()) {
-        told["error"] = result.error;
-    } else {
-        told["status"] = result.status;
+    add_outcome(told, result, result.status == status_ok);
+    if (result.error.empty()) {
         told["bytes"] = result.body.size();
     }
     output.tell(told);
@@ -398,11 +407,7 @@ void PhoneHost::post(const TransferRequest& request) {
                   {"bytes", request.body.size()},
                   {"accepted", accepted},
                   {"milliseconds", result.duration.count()}};
-    if (result.error.empty()) {
-        told["status"] = result.status;
-    } else {
-        told["error"] = result.error;
-    }
+    add_outcome(told, result, accepted);
     output.tell(told);
     const Lock lock(state_mutex);
     if (accepted) {

@@ -1,5 +1,6 @@
 // What a phone's events are called in words.
 
+#include <map>
 #include <string>
 
 #include "program/phone/phone_host.h"
@@ -24,13 +25,44 @@ std::string seconds(const Event& event) {
     return text + " s";
 }
 
-/// How a request ended.
-std::string outcome(const Event& event) {
+/// The status, with its name when it is one of those that stand for a failure.
+std::string status(const Event& event) {
+    static const std::map<int, const char*> names = {
+        {400, "Bad Request"},
+        {401, "Unauthorized"},
+        {403, "Forbidden"},
+        {404, "Not Found"},
+        {405, "Method Not Allowed"},
+        {408, "Request Timeout"},
+        {410, "Gone"},
+        {413, "Content Too Large"},
+        {429, "Too Many Requests"},
+        {500, "Internal Server Error"},
+        {501, "Not Implemented"},
+        {502, "Bad Gateway"},
+        {503, "Service Unavailable"},
+        {504, "Gateway Timeout"},
+    };
+    const auto name = names.find(event.value("status", 0));
+    const std::string number = "status " + said(event, "status");
+    return name == names.end() ? number : number + " (" + name->second + ")";
+}
+
+/// How a request ended; `bytes` names what was counted.
+std::string outcome(const Event& event, const std::string& bytes) {
     if (event.contains("error")) {
         return said(event, "error");
     }
-    std::string text = "status " + said(event, "status") + ", " + said(event, "bytes") + " bytes";
-    return text + ", " + said(event, "milliseconds") + " ms";
+    const std::string text = status(event) + ", " + said(event, "bytes") + " " + bytes + ", " +
+                             said(event, "milliseconds") + " ms";
+    return event.contains("message") ? text + ": " + said(event, "message") : text;
+}
+
+/// The URL that was asked for, and the one that answered when it is another.
+std::string url(const Event& event) {
+    return event.contains("finalUrl")
+               ? said(event, "url") + " redirected to " + said(event, "finalUrl")
+               : said(event, "url");
 }
 
 /// "firmware 2-0-4", or that its version is not told.
@@ -177,8 +209,8 @@ std::string phone_event_in_words(const Event& event) {
         return attached(event);
     }
     if (kind == "fetch") {
-        return "fetch, attempt " + said(event, "attempt") + ": " + said(event, "url") + ": " +
-               outcome(event);
+        return "fetch, attempt " + said(event, "attempt") + ": " + url(event) + ": " +
+               outcome(event, "bytes");
     }
     if (kind == "wait") {
         return "next attempt (" + said(event, "attempt") + ") in " + seconds(event);
@@ -201,8 +233,9 @@ std::string phone_event_in_words(const Event& event) {
         return "detached " + said(event, "id");
     }
     if (kind == "report") {
-        return "report to " + said(event, "url") + ": " +
-               (event.value("accepted", false) ? "accepted: " : "not accepted: ") + outcome(event);
+        return "report to " + url(event) + ": " +
+               (event.value("accepted", false) ? "accepted: " : "not accepted: ") +
+               outcome(event, "bytes sent");
     }
     if (kind == "device") {
         return device(event);

@@ -2,6 +2,8 @@
 
 #include "program/phone/transfer.h"
 
+#include <cstring>
+#include <sstream>
 #include <strings.h>
 #include <utility>
 
@@ -55,12 +57,77 @@ std::size_t take_bytes(char* bytes, std::size_t size, std::size_t count, void* c
     return length;
 }
 
-/// What the result code means. For TFTP, libcurl's own text of a failed transfer is wrong.
-std::string explain(CURLcode code, const Sink& sink, const char* detail) {
-    if (sink.too_large) {
-        return "the answer is larger than the limit of " + std::to_string(sink.limit) + " bytes";
+/// A transfer that libcurl has ended, and what was asked of it.
+struct EndedTransfer {
+    CURL* handle;
+    CURLcode code;
+    const char* detail;  // libcurl's own words; may be empty
+    const TransferRequest& request;
+    const TransferLimits& limits;
+    std::chrono::milliseconds duration;
+};
+
+std::string in_seconds(std::chrono::milliseconds time) {
+    std::ostringstream text;
+    text << std::chrono::duration<double>(time).count() << " s";
+    return text.str();
+}
+
+/// Where redirects led; empty without one.
+std::string final_url_of(CURL* handle) {
+    long redirects = 0;
+    const char* url = nullptr;
+    curl_easy_getinfo(handle, CURLINFO_REDIRECT_COUNT, &redirects);
+    curl_easy_getinfo(handle, CURLINFO_EFFECTIVE_URL, &url);
+    return redirects != 0 && url != nullptr ? url : "";
+}
+
+/// Which limit was reached. libcurl has one code for all; the stall alone has words of its own, and
+/// of the others the one for the whole request is reached no earlier than its time.
+std::string time_out(const EndedTransfer& ended) {
+    constexpr char stalled[] = "Operation too slow";
+    if (std::strncmp(ended.detail, stalled, sizeof(stalled) - 1) == 0) {
+        return "nothing arrived for " + in_seconds(ended.limits.stall) + " (--stall)";
     }
-    switch (code) {
+    curl_off_t connected_after = 0;
+    curl_easy_getinfo(ended.handle, CURLINFO_CONNECT_TIME_T, &connected_after);
+    const bool is_tftp = is_tftp_url(ended.request.url);
+    // libcurl's milliseconds may be rounded up.
+    constexpr std::chrono::milliseconds rounding{1};
+    if (ended.duration + rounding < ended.limits.total) {
+        // TFTP has no connections: its first answer is what the limit is for.
+        const std::string what = is_tftp ? "no answer" : "no connection";
+        return what + " after " + in_seconds(ended.limits.connect);
+    }
+    const std::string what = is_tftp || connected_after != 0 ? "not complete" : "no connection";
+    return what + " after " + in_seconds(ended.limits.total) + " (--timeout)";
+}
+
+/// The refusal of the URL's protocol; empty when it is not the protocol that was refused.
+std::string refused_protocol(const EndedTransfer& ended) {
+    const std::string final_url = final_url_of(ended.handle);
+    const std::string& url = final_url.empty() ? ended.request.url : final_url;
+    const std::string protocol = url.substr(0, url.find(':'));
+    if (strcasecmp(protocol.c_str(), "http") == 0 || strcasecmp(protocol.c_str(), "https") == 0) {
+        return "";  // what the server speaks is none
+    }
+    const std::string refusal = "protocol \"" + protocol + "\" is refused: ";
+    if (!final_url.empty()) {
+        return refusal + "a redirect is followed to http and https only";
+    }
+    return refusal + (ended.request.is_post ? "a report is posted by http or https"
+                                            : "a document is fetched by http, https or tftp");
+}
+
+/// What the result code means. For TFTP, libcurl's own text of a failed transfer is wrong.
+std::string explain(const EndedTransfer& ended, const Sink& sink) {
+    if (sink.too_large) {
+        return "the answer is larger than the limit of " + std::to_string(sink.limit) +
+               " bytes (--limit)";
+    }
+    const std::string libcurls_own =
+        *ended.detail != '\0' ? ended.detail : curl_easy_strerror(ended.code);
+    switch (ended.code) {
     case CURLE_TFTP_NOTFOUND:
         return "the TFTP server has no such file";
     case CURLE_TFTP_PERM:
@@ -68,15 +135,41 @@ std::string explain(CURLcode code, const Sink& sink, const char* detail) {
     case CURLE_TFTP_ILLEGAL:
         return "the TFTP server refused the request";
     case CURLE_OPERATION_TIMEDOUT:
-        return "time-out";
+        return time_out(ended);
+    case CURLE_UNSUPPORTED_PROTOCOL: {
+        const std::string refusal = refused_protocol(ended);
+        return refusal.empty() ? libcurls_own : refusal;
+    }
     case CURLE_TOO_MANY_REDIRECTS:
         return "more than " + std::to_string(redirects_at_most) + " redirects";
     default:
-        return *detail != '\0' ? detail : curl_easy_strerror(code);
+        return libcurls_own;
     }
 }
 
 }  // namespace
+
+std::string remark_on(int status) {
+    constexpr int no_content = 204;
+    constexpr int not_modified = 304;
+    constexpr int first_redirect = 300;
+    constexpr int first_error = 400;
+    if (status == no_content) {
+        return "no document in the answer";
+    }
+    // One with a Location would have been followed.
+    const bool is_redirect =
+        status >= first_redirect && status < first_error && status != not_modified;
+    return is_redirect ? "a redirect without Location" : "";
+}
+
+std::string failure_of(const TransferResult& result) {
+    if (!result.error.empty()) {
+        return result.error;
+    }
+    const std::string remark = remark_on(result.status);
+    return "status " + std::to_string(result.status) + (remark.empty() ? "" : ", " + remark);
+}
 
 bool is_tftp_url(const std::string& url) {
     constexpr char prefix[] = "tftp://";
@@ -145,6 +238,8 @@ TransferResult Transfers::perform(const TransferRequest& request) {
             curl_multi_poll(multi.get(), nullptr, 0, poll_milliseconds, nullptr);
         }
     }
+    result.duration = std::chrono::duration_cast<std::chrono::milliseconds>(
+        std::chrono::steady_clock::now() - start);
     if (message == nullptr) {
         result.interrupted = true;
         result.error = "interrupted";
@@ -157,11 +252,11 @@ TransferResult Transfers::perform(const TransferRequest& request) {
         result.status = is_tftp_url(request.url) ? status_ok : static_cast<int>(status);
         result.body = std::move(sink.body);
     } else {
-        result.error = explain(message->data.result, sink, detail);
+        result.error =
+            explain({handle, message->data.result, detail, request, limits, result.duration}, sink);
     }
+    result.final_url = final_url_of(handle);
     curl_multi_remove_handle(multi.get(), handle);
-    result.duration = std::chrono::duration_cast<std::chrono::milliseconds>(
-        std::chrono::steady_clock::now() - start);
     return result;
 }
 

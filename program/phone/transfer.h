@@ -31,7 +31,8 @@ struct TransferRequest {
 struct TransferResult {
     int status = 0;  ///< the server's; 200 for a TFTP success; 0 without a complete answer
     std::string body;
-    std::string error;  ///< what went wrong below HTTP, for people
+    std::string error;      ///< what went wrong below HTTP, for people
+    std::string final_url;  ///< where redirects led; empty without one
     bool interrupted = false;
     std::chrono::milliseconds duration{0};
 };
@@ -57,6 +58,12 @@ private:
     std::atomic<bool> is_interrupted{false};
     std::unique_ptr<CURLM, MultiDeleter> multi;
 };
+
+/// What an HTTP status says of a request that did not succeed, beyond its name; may be empty.
+std::string remark_on(int status);
+
+/// Why a request did not succeed, in a few words.
+std::string failure_of(const TransferResult& result);
 
 /// Whether the URL is one for TFTP.
 bool is_tftp_url(const std::string& url);

@@ -15,7 +15,7 @@ GOOD_RUN = [
     "upgrade desk-headset to 2-1-0 with varos-k30-2-1-0.img",
     "firmware of Varos K20: change from 2-0-4 to 2-1-0 requested",
     "document taken by 1, failed for 0",
-    "report to SERVER/inventory: accepted: status 204, 545 bytes, # ms",
+    "report to SERVER/inventory: accepted: status 204, 545 bytes sent, # ms",
     "device desk-headset has",
     "  34 Sidetone = medium",
     "  35 Equalizer = warm",
@@ -56,7 +56,7 @@ def test_document_and_report_over_http(program, benches, documents, tmp_path):
 def test_missing_document_over_http(program, benches, documents, tmp_path):
     with Nginx(documents, tmp_path) as nginx:
         code, lines = run(program, benches, nginx.url, "missing.json")
-    assert lines[1].startswith("fetch, attempt 1: SERVER/missing.json: status 404, ")
+    assert lines[1].startswith("fetch, attempt 1: SERVER/missing.json: status 404 (Not Found), ")
     assert lines[-1] == "failed: no document after 1 attempt: status 404"
     assert nginx.requests == ["GET /missing.json 404", "POST /inventory 204"]
     assert code == 1

@@ -69,7 +69,7 @@ def test_query_is_dropped_and_the_phone_says_so(program, tftp):
 
 def test_document_over_the_limit(program, tftp):
     code, lines = run(program, tftp.url, "good.json", "--limit", "1766")
-    error = "the answer is larger than the limit of 1766 bytes"
+    error = "the answer is larger than the limit of 1766 bytes (--limit)"
     assert f"fetch, attempt 1: SERVER/good.json: {error}" in lines
     assert lines[-1] == f"failed: no document after 1 attempt: {error}"
     assert code == 1

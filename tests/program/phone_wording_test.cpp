@@ -48,22 +48,47 @@ TEST(PhoneWording, AttachedAccessoryOfWhichNothingIsTold) {
 }
 
 TEST(PhoneWording, FetchThatWasAnswered) {
-    EXPECT_EQ("fetch, attempt 1: http://127.0.0.1:8080/c.json: status 404, 9 bytes, 12 ms",
+    EXPECT_EQ(
+        "fetch, attempt 1: http://127.0.0.1:8080/c.json: status 404 (Not Found), 9 bytes, 12 ms",
+        phone_event_in_words({{"event", "fetch"},
+                              {"attempt", 1},
+                              {"url", "http://127.0.0.1:8080/c.json"},
+                              {"milliseconds", 12},
+                              {"status", 404},
+                              {"bytes", 9}}));
+}
+
+TEST(PhoneWording, FetchThatWasSentElsewhereTellsWhere) {
+    EXPECT_EQ("fetch, attempt 1: http://127.0.0.1:8080/c.json redirected to "
+              "http://127.0.0.1:8080/d\\x07.json: status 200, 9 bytes, 12 ms",
               phone_event_in_words({{"event", "fetch"},
                                     {"attempt", 1},
                                     {"url", "http://127.0.0.1:8080/c.json"},
                                     {"milliseconds", 12},
-                                    {"status", 404},
+                                    {"finalUrl", "http://127.0.0.1:8080/d\a.json"},
+                                    {"status", 200},
                                     {"bytes", 9}}));
 }
 
+TEST(PhoneWording, FetchWithAnAnswerThatLacksSomethingTellsWhat) {
+    EXPECT_EQ("fetch, attempt 1: http://127.0.0.1:8080/c.json: status 204, 0 bytes, 12 ms: "
+              "no document in the answer",
+              phone_event_in_words({{"event", "fetch"},
+                                    {"attempt", 1},
+                                    {"url", "http://127.0.0.1:8080/c.json"},
+                                    {"milliseconds", 12},
+                                    {"status", 204},
+                                    {"message", "no document in the answer"},
+                                    {"bytes", 0}}));
+}
+
 TEST(PhoneWording, FetchWithoutAnAnswer) {
-    EXPECT_EQ("fetch, attempt 3: tftp://10.0.0.1/c.json: time-out",
+    EXPECT_EQ("fetch, attempt 3: tftp://10.0.0.1/c.json: not complete after 30 s (--timeout)",
               phone_event_in_words({{"event", "fetch"},
                                     {"attempt", 3},
                                     {"url", "tftp://10.0.0.1/c.json"},
                                     {"milliseconds", 30000},
-                                    {"error", "time-out"}}));
+                                    {"error", "not complete after 30 s (--timeout)"}}));
 }
 
 TEST(PhoneWording, WaitIsInTenthsOfASecond) {
@@ -174,34 +199,36 @@ TEST(PhoneWording, Detached) {
 }
 
 TEST(PhoneWording, ReportThatWasAccepted) {
-    EXPECT_EQ("report to http://127.0.0.1:8080/inventory: accepted: status 202, 714 bytes, 3 ms",
-              phone_event_in_words({{"event", "report"},
-                                    {"url", "http://127.0.0.1:8080/inventory"},
-                                    {"bytes", 714},
-                                    {"accepted", true},
-                                    {"milliseconds", 3},
-                                    {"status", 202}}));
-}
-
-TEST(PhoneWording, ReportThatWasNotAccepted) {
     EXPECT_EQ(
-        "report to http://127.0.0.1:8080/inventory: not accepted: status 503, 714 bytes, 3 ms",
+        "report to http://127.0.0.1:8080/inventory: accepted: status 202, 714 bytes sent, 3 ms",
         phone_event_in_words({{"event", "report"},
                               {"url", "http://127.0.0.1:8080/inventory"},
                               {"bytes", 714},
-                              {"accepted", false},
+                              {"accepted", true},
                               {"milliseconds", 3},
-                              {"status", 503}}));
+                              {"status", 202}}));
+}
+
+TEST(PhoneWording, ReportThatWasNotAccepted) {
+    EXPECT_EQ("report to http://127.0.0.1:8080/inventory: not accepted: status 503 (Service "
+              "Unavailable), 714 bytes sent, 3 ms",
+              phone_event_in_words({{"event", "report"},
+                                    {"url", "http://127.0.0.1:8080/inventory"},
+                                    {"bytes", 714},
+                                    {"accepted", false},
+                                    {"milliseconds", 3},
+                                    {"status", 503}}));
 }
 
 TEST(PhoneWording, ReportWithoutAnAnswer) {
-    EXPECT_EQ("report to http://127.0.0.1:8080/inventory: not accepted: time-out",
+    EXPECT_EQ("report to http://127.0.0.1:8080/inventory: not accepted: not complete after 30 s "
+              "(--timeout)",
               phone_event_in_words({{"event", "report"},
                                     {"url", "http://127.0.0.1:8080/inventory"},
                                     {"bytes", 714},
                                     {"accepted", false},
                                     {"milliseconds", 30000},
-                                    {"error", "time-out"}}));
+                                    {"error", "not complete after 30 s (--timeout)"}}));
 }
 
 TEST(PhoneWording, ResultSaysHowManySettingsWerePassedOver) {

@@ -50,6 +50,14 @@ TEST(TransferRedirects, FiveAreFollowed) {
     EXPECT_THAT(server.requests()[5], StartsWith("GET /next HTTP/1.1\r\n"));
 }
 
+TEST(TransferRedirects, UrlThatAnsweredIsTold) {
+    const ScriptedServer server({redirect("/a/b?c"), good_answer(), good_answer()});
+    Transfers transfers{TransferLimits()};
+
+    EXPECT_EQ(server.url("/a/b?c"), get(transfers, server.url("/first")).final_url);
+    EXPECT_EQ("", get(transfers, server.url("/first")).final_url);
+}
+
 TEST(TransferRedirects, SixAreTooMany) {
     const ScriptedServer server(good_answer_after(6));
     Transfers transfers{TransferLimits()};
@@ -82,11 +90,15 @@ TEST(TransferRedirects, OtherProtocolsAreRefused) {
 
     EXPECT_EQ(0, file.status);
     EXPECT_EQ("", file.body);
-    EXPECT_EQ("Protocol \"file\" not supported or disabled in libcurl", file.error);
+    EXPECT_EQ("file:///etc/hostname", file.final_url);
+    EXPECT_EQ("protocol \"file\" is refused: a redirect is followed to http and https only",
+              file.error);
     EXPECT_EQ(0, ftp.status);
-    EXPECT_EQ("Protocol \"ftp\" not supported or disabled in libcurl", ftp.error);
+    EXPECT_EQ("protocol \"ftp\" is refused: a redirect is followed to http and https only",
+              ftp.error);
     EXPECT_EQ(0, tftp.status);
-    EXPECT_EQ("Protocol \"tftp\" not supported or disabled in libcurl", tftp.error);
+    EXPECT_EQ("protocol \"tftp\" is refused: a redirect is followed to http and https only",
+              tftp.error);
 }
 
 TEST(TransferRedirects, ReportIsPostedWhereItIsSentTo) {
@@ -112,6 +124,7 @@ TEST(TransferRedirects, RedirectWithoutALocationIsTheAnswer) {
 
     EXPECT_EQ(302, result.status);
     EXPECT_EQ("", result.error);
+    EXPECT_EQ("", result.final_url);
 }
 
 }  // namespace

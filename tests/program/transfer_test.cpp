@@ -1,9 +1,13 @@
 // Tests of single requests: answers, limits, servers that fail, time-outs and interruptions.
 
+#include <array>
 #include <chrono>
 #include <cstddef>
+#include <netinet/in.h>
 #include <string>
+#include <sys/socket.h>
 #include <thread>
+#include <unistd.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -30,6 +34,43 @@ TransferLimits limits_of(std::size_t bytes) {
     limits.bytes = bytes;
     return limits;
 }
+
+/// A listener whose queue of connections is full, so that the system leaves further ones
+/// unanswered.
+class FullListener {
+public:
+    FullListener() : listener(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+        sockaddr_in address = {};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t length = sizeof address;
+        auto* generic = reinterpret_cast<sockaddr*>(&address);
+        bind(listener, generic, length);
+        listen(listener, 0);
+        getsockname(listener, generic, &length);
+        port = ntohs(address.sin_port);
+        for (int& client : clients) {
+            client = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+            connect(client, generic, length);
+        }
+    }
+    ~FullListener() {
+        for (const int client : clients) {
+            close(client);
+        }
+        close(listener);
+    }
+
+    FullListener(const FullListener&) = delete;
+    FullListener& operator=(const FullListener&) = delete;
+
+    std::string url() const { return "http://127.0.0.1:" + std::to_string(port) + "/"; }
+
+private:
+    int listener;
+    std::array<int, 8> clients = {};
+    unsigned int port = 0;
+};
 
 TransferLimits patient_limits() {
     TransferLimits limits;
@@ -117,7 +158,7 @@ TEST(Transfers, AnswerAboveTheLimitIsRefused) {
 
     EXPECT_EQ(0, result.status);
     EXPECT_EQ("", result.body);
-    EXPECT_EQ("the answer is larger than the limit of 10 bytes", result.error);
+    EXPECT_EQ("the answer is larger than the limit of 10 bytes (--limit)", result.error);
     EXPECT_FALSE(result.interrupted);
 }
 
@@ -125,7 +166,7 @@ TEST(Transfers, LimitHoldsWithoutALength) {
     const ScriptedServer server({{"HTTP/1.0 200 OK\r\n\r\n0123456789a"}});
     Transfers transfers{limits_of(10)};
 
-    EXPECT_EQ("the answer is larger than the limit of 10 bytes",
+    EXPECT_EQ("the answer is larger than the limit of 10 bytes (--limit)",
               get(transfers, server.url()).error);
 }
 
@@ -134,7 +175,7 @@ TEST(Transfers, LimitHoldsForAllChunksTogether) {
                                   "6\r\n012345\r\n5\r\n6789a\r\n0\r\n\r\n"}});
     Transfers transfers{limits_of(10)};
 
-    EXPECT_EQ("the answer is larger than the limit of 10 bytes",
+    EXPECT_EQ("the answer is larger than the limit of 10 bytes (--limit)",
               get(transfers, server.url()).error);
 }
 
@@ -198,7 +239,7 @@ TEST(Transfers, ServerThatSaysNothingTimesOut) {
     const TransferResult result = get(transfers, server.url());
 
     EXPECT_EQ(0, result.status);
-    EXPECT_EQ("time-out", result.error);
+    EXPECT_EQ("not complete after 0.1 s (--timeout)", result.error);
     EXPECT_FALSE(result.interrupted);
     EXPECT_GE(result.duration, milliseconds(100));
 }
@@ -214,7 +255,29 @@ TEST(Transfers, ServerThatStopsHalfWayTimesOut) {
 
     EXPECT_EQ(0, result.status);
     EXPECT_EQ("", result.body);
-    EXPECT_EQ("time-out", result.error);
+    EXPECT_EQ("not complete after 0.2 s (--timeout)", result.error);
+}
+
+TEST(Transfers, ServerThatTakesNoConnectionIsLeftAfterTheLimitForThat) {
+    const FullListener listener;
+    TransferLimits limits = patient_limits();
+    limits.connect = milliseconds(100);
+    Transfers transfers{limits};
+
+    const TransferResult result = get(transfers, listener.url());
+
+    EXPECT_EQ(0, result.status);
+    EXPECT_EQ("no connection after 0.1 s", result.error);
+}
+
+TEST(Transfers, ConnectionThatTheWholeTimeDoesNotSufficeForIsNamed) {
+    const FullListener listener;
+    TransferLimits limits = patient_limits();
+    limits.total = milliseconds(100);
+    limits.connect = milliseconds(100);
+    Transfers transfers{limits};
+
+    EXPECT_EQ("no connection after 0.1 s (--timeout)", get(transfers, listener.url()).error);
 }
 
 TEST(Transfers, InterruptionEndsARequestThatIsUnderWay) {
@@ -263,15 +326,15 @@ TEST(Transfers, ReportsAreNotPostedByTftp) {
     const TransferResult result = transfers.perform({"tftp://127.0.0.1/inventory", true, "{}"});
 
     EXPECT_EQ(0, result.status);
-    EXPECT_EQ("Protocol \"tftp\" not supported or disabled in libcurl", result.error);
+    EXPECT_EQ("protocol \"tftp\" is refused: a report is posted by http or https", result.error);
 }
 
 TEST(Transfers, OtherProtocolsAreRefused) {
     Transfers transfers{TransferLimits()};
 
-    EXPECT_EQ("Protocol \"file\" not supported or disabled in libcurl",
+    EXPECT_EQ("protocol \"file\" is refused: a document is fetched by http, https or tftp",
               get(transfers, "file:///etc/hostname").error);
-    EXPECT_EQ("Protocol \"ftp\" not supported or disabled in libcurl",
+    EXPECT_EQ("protocol \"ftp\" is refused: a document is fetched by http, https or tftp",
               get(transfers, "ftp://127.0.0.1/c.json").error);
 }
 
@@ -294,7 +357,27 @@ TEST(Transfers, TftpServerThatIsNotThereDoesNotOutlastTheLimit) {
         get(transfers, "tftp://127.0.0.1:" + std::to_string(closed_port()) + "/c.json");
 
     EXPECT_EQ(0, result.status);
-    EXPECT_EQ("time-out", result.error);
+    EXPECT_EQ("not complete after 0.1 s (--timeout)", result.error);
+}
+
+TEST(RemarkOn, TellsWhatAStatusLacks) {
+    EXPECT_EQ("no document in the answer", remark_on(204));
+    EXPECT_EQ("a redirect without Location", remark_on(300));
+    EXPECT_EQ("a redirect without Location", remark_on(399));
+    EXPECT_EQ("", remark_on(304));
+    EXPECT_EQ("", remark_on(299));
+    EXPECT_EQ("", remark_on(404));
+}
+
+TEST(FailureOf, IsTheErrorOrTheStatusWithItsRemark) {
+    TransferResult result;
+    result.error = "Empty reply from server";
+    EXPECT_EQ("Empty reply from server", failure_of(result));
+    result.error = "";
+    result.status = 404;
+    EXPECT_EQ("status 404", failure_of(result));
+    result.status = 204;
+    EXPECT_EQ("status 204, no document in the answer", failure_of(result));
 }
 
 TEST(IsTftpUrl, AnswersByTheProtocolInAnyCase) {
