@@ -130,6 +130,9 @@ OpenedDocument Documents::open(const std::string& target) const {
     if (path->empty() || path->front() != '/' || path->find('\0') != std::string::npos) {
         return not_opened("the path is none of a document");
     }
+    if (*path == "/") {
+        return not_opened("no document is named: put its name behind the /");
+    }
     if (climbs(*path)) {
         return not_opened("the path leads out of the documents folder");
     }
@@ -141,6 +144,9 @@ OpenedDocument Documents::open(const std::string& target) const {
     struct stat facts = {};
     if (fstat(file.get(), &facts) != 0) {
         return not_opened(errno);
+    }
+    if (S_ISDIR(facts.st_mode)) {
+        return not_opened("it is a folder, not a document");
     }
     if (!S_ISREG(facts.st_mode)) {
         return not_opened("no regular file");

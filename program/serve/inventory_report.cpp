@@ -42,6 +42,9 @@ const Event& object_of(const Event& object, const std::string& path, const char*
 }
 
 Event parse(const std::string& body) {
+    if (body.empty()) {
+        throw ReportRefusal("", "a JSON object", "nothing: the body is empty");
+    }
     std::size_t members = 0;
     const auto keep_within_bounds = [&members](int depth, Event::parse_event_t event,
                                                Event& /*value*/) {

@@ -5,8 +5,10 @@
 #include <CLI/CLI.hpp>
 #include <csignal>
 #include <cstdio>
+#include <filesystem>
 #include <future>
 #include <memory>
+#include <system_error>
 
 #include "program/exit_codes.h"
 #include "program/output.h"
@@ -29,6 +31,11 @@ int run_serve(const Arguments& arguments) {
     const Termination termination([&asked_to_end] { asked_to_end.set_value(); });
     try {
         Server server(arguments.options, [&output](const Event& event) { output.tell(event); });
+        std::error_code unknown;
+        if (std::filesystem::is_empty(arguments.options.documents, unknown)) {
+            output.tell({{"event", "note"},
+                         {"text", "the documents folder is empty: there is nothing to fetch yet"}});
+        }
         asked_to_end.get_future().wait();
         server.stop();
     } catch (const ServerError& error) {

@@ -1,5 +1,7 @@
 // What a server's events are called in words.
 
+#include <arpa/inet.h>
+#include <netinet/in.h>
 #include <string>
 
 #include "program/serve/server.h"
@@ -19,11 +21,23 @@ std::string said(const Event& object, const char* member) {
     return escaped(value->is_string() ? value->get<std::string>() : value->dump());
 }
 
+/// "every IPv4 address" or "every address" for one that stands for them; empty for any other.
+std::string all_of(const std::string& address) {
+    in6_addr v6 = {};
+    if (inet_pton(AF_INET6, address.c_str(), &v6) == 1 && IN6_IS_ADDR_UNSPECIFIED(&v6)) {
+        return "every address";
+    }
+    return address == "0.0.0.0" ? "every IPv4 address" : "";
+}
+
 std::string listening(const Event& event) {
     const std::string address = said(event, "address");
+    const std::string all = all_of(address);
     const std::string host = address.find(':') == std::string::npos ? address : "[" + address + "]";
-    return "listening on http://" + host + ":" + said(event, "port") + "/, documents from " +
-           said(event, "documents");
+    return "listening on " +
+           (all.empty() ? "http://" + host + ":" + said(event, "port") + "/"
+                        : "port " + said(event, "port") + " of " + all) +
+           ", documents from " + said(event, "documents");
 }
 
 std::string request(const Event& event) {
@@ -63,6 +77,9 @@ std::string serve_event_in_words(const Event& event) {
     if (kind == "request") {
         return request(event);
     }
+    if (kind == "connection") {
+        return said(event, "client") + ": " + said(event, "error");
+    }
     if (kind == "report") {
         return report(event);
     }
@@ -70,7 +87,7 @@ std::string serve_event_in_words(const Event& event) {
         return "stopped: requests " + said(event, "requests") + ", reports " +
                said(event, "reports");
     }
-    return said(event, "message");
+    return said(event, kind == "note" ? "text" : "message");
 }
 
 }  // namespace headsetmgmt::program

@@ -39,7 +39,6 @@ struct Request {
 namespace {
 
 constexpr unsigned int most_connections = 64;
-constexpr unsigned int most_connections_of_a_client = 32;
 constexpr std::size_t memory_of_a_connection = 32UL * 1024;
 constexpr std::size_t largest_report = 1024UL * 1024;
 // A client reads its answer only after it has sent its body, so some more is
@@ -126,22 +125,11 @@ std::uint16_t port_of(const FileHandle& listener) {
     return static_cast<std::uint16_t>(std::strtoul(port.data(), nullptr, 10));
 }
 
-std::string client_of(MHD_Connection* connection) {
+/// Null when it is not known.
+const sockaddr* address_of(MHD_Connection* connection) {
     const MHD_ConnectionInfo* info =
         MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CLIENT_ADDRESS);
-    if (info == nullptr || info->client_addr == nullptr) {
-        return "unknown";
-    }
-    const bool is_v6 = info->client_addr->sa_family == AF_INET6;
-    std::array<char, NI_MAXHOST> host = {};
-    std::array<char, NI_MAXSERV> port = {};
-    if (getnameinfo(info->client_addr, is_v6 ? sizeof(sockaddr_in6) : sizeof(sockaddr_in),
-                    host.data(), host.size(), port.data(), port.size(),
-                    NI_NUMERICHOST | NI_NUMERICSERV) != 0) {
-        return "unknown";
-    }
-    const std::string name = is_v6 ? "[" + std::string(host.data()) + "]" : host.data();
-    return name + ":" + port.data();
+    return info == nullptr ? nullptr : info->client_addr;
 }
 
 /// What the client says about its body's length; 0 when it says nothing.
@@ -223,11 +211,43 @@ std::string ending(const Request& request, MHD_RequestTerminationCode how, unsig
 
 // From here on: what the HTTP library calls. No exception may pass through it.
 
+MHD_Result on_connecting(void* connections, const sockaddr* address, socklen_t /*length*/) {
+    try {
+        return static_cast<Connections*>(connections)->admit(address) ? MHD_YES : MHD_NO;
+    } catch (const std::exception& /*out of memory*/) {
+        return MHD_NO;
+    }
+}
+
+void on_connection(void* connections, MHD_Connection* connection, void** context,
+                   MHD_ConnectionNotificationCode what) {
+    auto* all = static_cast<Connections*>(connections);
+    try {
+        if (what == MHD_CONNECTION_NOTIFY_STARTED) {
+            *context = new Connections::Connection(all->begin(address_of(connection)));
+            return;
+        }
+        const std::unique_ptr<Connections::Connection> ended(
+            static_cast<Connections::Connection*>(*context));
+        *context = nullptr;
+        if (ended != nullptr) {
+            all->end(*ended);
+        }
+    } catch (const std::exception& /*out of memory*/) {
+        // The connection goes on untold.
+    }
+}
+
 void* on_first_line(void* /*server*/, const char* target, MHD_Connection* connection) {
     try {
+        const MHD_ConnectionInfo* info =
+            MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT);
+        if (info != nullptr && info->socket_context != nullptr) {
+            static_cast<Connections::Connection*>(info->socket_context)->has_request = true;
+        }
         auto request = std::make_unique<Request>();
         request->target = target;
-        request->client = client_of(connection);
+        request->client = client_name(address_of(connection));
         return request.release();
     } catch (const std::exception& /*out of memory*/) {
         return nullptr;
@@ -307,12 +327,12 @@ Server::Server(const ServerOptions& options, Tell teller)
     // With poll: the library's epoll does not hear of a client that closes right after it has sent.
     // clang-format off
     daemon.reset(MHD_start_daemon(
-        MHD_USE_POLL_INTERNAL_THREAD | MHD_USE_ITC, 0, nullptr, nullptr, on_request, this,
+        MHD_USE_POLL_INTERNAL_THREAD | MHD_USE_ITC, 0, on_connecting, &connections, on_request, this,
         MHD_OPTION_LISTEN_SOCKET, listener.get(),
         MHD_OPTION_URI_LOG_CALLBACK, on_first_line, this,
         MHD_OPTION_NOTIFY_COMPLETED, on_completed, this,
         MHD_OPTION_CONNECTION_LIMIT, most_connections,
-        MHD_OPTION_PER_IP_CONNECTION_LIMIT, most_connections_of_a_client,
+        MHD_OPTION_NOTIFY_CONNECTION, on_connection, &connections,
         MHD_OPTION_CONNECTION_TIMEOUT, patience_seconds,
         MHD_OPTION_CONNECTION_MEMORY_LIMIT, memory_of_a_connection,
         MHD_OPTION_END));

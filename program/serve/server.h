@@ -14,6 +14,7 @@
 
 #include "program/exit_codes.h"
 #include "program/output.h"
+#include "program/serve/connections.h"
 #include "program/serve/documents.h"
 
 namespace headsetmgmt::program {
@@ -41,8 +42,10 @@ struct Request;
 /// knowing who asks.
 ///
 /// Tells of itself by events: "listening" first, one "request" for every
-/// request at its end, however it ends, a "report" for each report taken,
-/// "stopped" last.
+/// request whose first line could be read at its end, however it ends, a
+/// "report" for each report taken, a "connection" for one that is refused or
+/// ends without such a request, "stopped" last. What a client sends after its
+/// first request on a connection and cannot be read is not told.
 class Server {
 public:
     using Tell = std::function<void(const Event&)>;
@@ -78,6 +81,7 @@ private:
 
     Documents documents;
     Tell tell;
+    Connections connections{tell};
     unsigned int patience_seconds;
     std::uint16_t listening_port = 0;
     std::atomic<std::uint64_t> requests{0};

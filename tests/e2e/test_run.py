@@ -245,6 +245,21 @@ def test_verbose_lines_have_their_control_characters_escaped(program, benches, d
     assert all(character.isprintable() for line in phone.lines for character in line)
 
 
+def test_server_of_an_empty_folder_says_so(program, tmp_path):
+    folder = tmp_path / "documents"
+    folder.mkdir()
+    with Serve(program, folder, tmp_path) as server:
+        assert server.stop() == 0
+        notes = [event["text"] for event in server.events("note")]
+    assert notes == ["the documents folder is empty: there is nothing to fetch yet"]
+
+
+def test_server_of_documents_has_nothing_to_note(program, documents, tmp_path):
+    with Serve(program, documents, tmp_path) as server:
+        assert server.stop() == 0
+        assert server.events("note") == []
+
+
 def test_server_stops_while_a_phone_is_connected(program, benches, documents, tmp_path):
     with Serve(program, documents, tmp_path) as server:
         arguments = arguments_for(benches, server.url, "missing.json")

@@ -63,6 +63,28 @@ TEST(ServerWordingTest, ListeningIsToldAsAUrl) {
               "listening on http://[::1]:80/, documents from d");
 }
 
+TEST(ServerWordingTest, ListeningOnAllAddressesIsNoUrl) {
+    EXPECT_EQ(
+        serve_event_in_words(
+            {{"event", "listening"}, {"address", "0.0.0.0"}, {"port", 80}, {"documents", "d"}}),
+        "listening on port 80 of every IPv4 address, documents from d");
+    EXPECT_EQ(serve_event_in_words(
+                  {{"event", "listening"}, {"address", "0::0"}, {"port", 80}, {"documents", "d"}}),
+              "listening on port 80 of every address, documents from d");
+}
+
+TEST(ServerWordingTest, ConnectionIsALine) {
+    EXPECT_EQ(serve_event_in_words({{"event", "connection"},
+                                    {"client", "127.0.0.1:4711"},
+                                    {"error", "no request: nothing was sent"}}),
+              "127.0.0.1:4711: no request: nothing was sent");
+}
+
+TEST(ServerWordingTest, NoteIsItsText) {
+    EXPECT_EQ(serve_event_in_words({{"event", "note"}, {"text", "the folder is empty"}}),
+              "the folder is empty");
+}
+
 TEST(ServerWordingTest, RequestIsALine) {
     EXPECT_EQ(serve_event_in_words({{"event", "request"},
                                     {"method", "GET"},

@@ -1,7 +1,9 @@
 // The server: what it answers over HTTP, what it gives away and takes, and what it tells of it.
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <filesystem>
 #include <string>
 #include <sys/stat.h>
@@ -147,9 +149,16 @@ TEST_F(ServerTest, FoldersAndPipesAreNoDocuments) {
     folder.write("sub/config.json", "{}");
     ASSERT_EQ(mkfifo((folder.path / "pipe").c_str(), 0600), 0);
 
-    EXPECT_EQ(ask(url("/sub")).status, 404);
-    EXPECT_EQ(ask(url("/")).status, 404);
-    EXPECT_EQ(ask(url("/pipe")).status, 404);
+    const Answer sub = ask(url("/sub"));
+    const Answer root = ask(url("/"));
+    const Answer pipe = ask(url("/pipe"));
+
+    EXPECT_EQ(sub.status, 404);
+    EXPECT_EQ(Event::parse(sub.body)["error"], "it is a folder, not a document");
+    EXPECT_EQ(root.status, 404);
+    EXPECT_EQ(Event::parse(root.body)["error"], "no document is named: put its name behind the /");
+    EXPECT_EQ(pipe.status, 404);
+    EXPECT_EQ(Event::parse(pipe.body)["error"], "no regular file");
 }
 
 TEST_F(ServerTest, OtherMethodsAreRefusedWithTheAllowedOnes) {
@@ -191,7 +200,7 @@ TEST_F(ServerTest, RefusalNamesTheMemberAndWhatWasExpected) {
     const std::string keys = R"("headsetInventory" or "cameraInventory")";
     const std::vector<RefusedReport> reports = {
         {"nope", "", "a JSON object", "no JSON: error at byte 2 of 4"},
-        {"", "", "a JSON object", "no JSON: error at byte 1 of 0"},
+        {"", "", "a JSON object", "nothing: the body is empty"},
         {"[]", "", "a JSON object", "a value of type array"},
         {"{}", "time", "a number", "nothing"},
         {R"({"time":"1"})", "time", "a number", R"("1")"},
@@ -260,6 +269,57 @@ TEST_F(ServerTest, ReportThatIsBrokenOffIsTold) {
     EXPECT_EQ(event.value("path", ""), "/r");
     EXPECT_EQ(event.value("status", -1), 0);
     EXPECT_EQ(event.value("error", ""), "broken off by the client");
+}
+
+TEST_F(ServerTest, ConnectionWithoutARequestThatCanBeReadIsTold) {
+    for (const std::string& text : {std::string("garbage\r\n\r\n"),
+                                    "GET /" + std::string(40000, 'a') + " HTTP/1.1\r\n\r\n"}) {
+        Told told_now;
+        Server fresh({folder.path.string(), "127.0.0.1", 0},
+                     [&told_now](const Event& event) { told_now.add(event); });
+        const RawClient client(fresh.port(), text);
+        while (!client.read_some().empty()) {
+        }
+
+        Event event = told_now.wait_for("connection");
+
+        EXPECT_EQ(event["client"].get<std::string>().substr(0, 10), "127.0.0.1:");
+        EXPECT_EQ(event["error"],
+                  "no request: nothing was sent, or its first line is malformed or too long");
+        fresh.stop();
+        EXPECT_EQ(told_now.kinds(),
+                  (std::vector<std::string>{"listening", "connection", "stopped"}));
+    }
+}
+
+TEST_F(ServerTest, ConnectionOverTheLimitOfAClientIsTold) {
+    const RawClient first(server.port(), "GET /x HTTP/1.1\r\nHost: x\r\n\r\n");
+    ASSERT_NE(first.read_some(), "");
+    std::deque<RawClient> others;
+    for (int i = 0; i < 31; ++i) {
+        others.emplace_back(server.port(), "");
+    }
+    const RawClient one_more(server.port(), "");
+
+    EXPECT_EQ(one_more.read_some(), "");
+    EXPECT_EQ(told.wait_for("connection").value("error", ""),
+              "refused: this client has 32 connections open, and may have 32");
+}
+
+TEST_F(ServerTest, EndedConnectionsDoNotCountForTheLimit) {
+    for (int i = 0; i < 40; ++i) {
+        const RawClient client(server.port(),
+                               "GET /x HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n");
+        while (!client.read_some().empty()) {
+        }
+    }
+    EXPECT_EQ(ask(url("/x")).status, 404);
+
+    server.stop();
+
+    const std::vector<std::string> kinds = told.kinds();
+    EXPECT_EQ(std::count(kinds.begin(), kinds.end(), "connection"), 0);
+    EXPECT_EQ(std::count(kinds.begin(), kinds.end(), "request"), 41);
 }
 
 TEST_F(ServerTest, AnswerThatIsBrokenOffIsTold) {
