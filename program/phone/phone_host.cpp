@@ -99,7 +99,7 @@ int PhoneHost::run() {
     std::thread network([this] { work_on_requests(); });
     if (bring_up()) {
         Lock lock(state_mutex);
-        changed.wait(lock, [this] { return is_over(); });
+        changed.wait(lock, [this] { return interrupted || is_complete(); });
     }
     {
         const Lock lock(state_mutex);
@@ -197,9 +197,6 @@ void PhoneHost::configure(const std::shared_ptr<AccessoryCache>& accessory) {
 void PhoneHost::interrupt() {
     {
         const Lock lock(state_mutex);
-        if (stopping || interrupted) {
-            return;  // all has ended already
-        }
         interrupted = true;
         interrupted_while =
             interruption({under_way, attempt, held_back.has_value(),
@@ -409,6 +406,9 @@ void PhoneHost::post(const TransferRequest& request) {
                   {"milliseconds", result.duration.count()}};
     add_outcome(told, result, accepted);
     output.tell(told);
+    if (result.interrupted) {
+        return;
+    }
     const Lock lock(state_mutex);
     if (accepted) {
         ++reports_accepted;
@@ -425,18 +425,18 @@ void PhoneHost::note_reason(const std::string& reason) {
     }
 }
 
-/// Whether everything that was begun has ended. The state is held.
-bool PhoneHost::is_over() const {
+/// Whether everything that was begun has come to its end. The state is held.
+bool PhoneHost::is_complete() const {
     const bool all_configured = configured + not_configured >= attached;
     const bool all_reported = reports_accepted + reports_failed >= reports_wanted;
-    return interrupted || (all_reported && (all_configured || gave_up));
+    return all_reported && (all_configured || gave_up);
 }
 
 /// Why the run did not go well: the interruption, then what went wrong before it. Empty when it
 /// went well. The state is held.
 std::vector<std::string> PhoneHost::verdict() const {
     std::vector<std::string> all = reasons;
-    if (interrupted) {
+    if (interrupted && !is_complete()) {
         all.insert(all.begin(), interrupted_while);
     }
     return all;

@@ -79,7 +79,7 @@ private:
     void end_fetch(const std::string& failure);
     void fail_fetch(int status, bool for_good);
     void note_reason(const std::string& reason);
-    bool is_over() const;
+    bool is_complete() const;
     std::vector<std::string> verdict() const;
     void tell_devices();
 

@@ -9,7 +9,7 @@ import time
 import pytest
 
 from phone import Phone, comparable, is_interleaving
-from servers import PATIENCE, Scripted, Serve
+from servers import PATIENCE, Scripted, Serve, wait_until
 
 TRANSCRIPT = pathlib.Path(__file__).resolve().parent / "transcripts/good-document.json"
 
@@ -127,6 +127,22 @@ def test_fetch_that_is_under_way_already_is_not_announced(program, documents):
         "attached other: model not told, firmware not told",
         "no inventory URL: no reports are sent",
     ]
+
+
+def test_stopped_while_a_report_is_on_its_way(program, benches, documents):
+    with Scripted(documents, [[{"document": "good.json"}]], [["stall"]]) as server:
+        with Phone(program, arguments_for(benches, server.url, "config.json")) as phone:
+            wait_until(lambda: "POST /inventory" in server.requests, "a report")
+            phone.signal(signal.SIGTERM)
+            code = phone.finish()
+    assert "report to SERVER/inventory: not accepted: interrupted" in [
+        comparable(line, server.url) for line in phone.lines
+    ]
+    assert phone.lines[-2:] == [
+        "1 of 1 configured; 0 of 1 reports accepted, 1 without an answer",
+        "failed: interrupted while a report was on its way",
+    ]
+    assert code == 1
 
 
 def json_lines(phone):
