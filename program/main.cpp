@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
@@ -23,13 +24,12 @@ namespace {
 /// that is opened, and the output would be written into that. For reading alone, so that writing to
 /// it fails, and is told.
 bool fill_closed_descriptors() {
-    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        if (fcntl(descriptor, F_GETFD) == -1 && errno == EBADF &&
-            open("/dev/null", O_RDONLY | O_CLOEXEC) == -1) {
-            return false;
-        }
-    }
-    return true;
+    // In this order: what is opened gets the lowest number that is free.
+    constexpr std::array<int, 3> standard = {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO};
+    return std::all_of(standard.begin(), standard.end(), [](int descriptor) {
+        const bool is_closed = fcntl(descriptor, F_GETFD) == -1 && errno == EBADF;
+        return !is_closed || open("/dev/null", O_RDONLY | O_CLOEXEC) != -1;
+    });
 }
 
 }  // namespace

@@ -125,7 +125,7 @@ std::string explain(const EndedTransfer& ended, const Sink& sink) {
         return "the answer is larger than the limit of " + std::to_string(sink.limit) +
                " bytes (--limit)";
     }
-    const std::string libcurls_own =
+    std::string libcurls_own =
         *ended.detail != '\0' ? ended.detail : curl_easy_strerror(ended.code);
     switch (ended.code) {
     case CURLE_TFTP_NOTFOUND:
@@ -137,7 +137,7 @@ std::string explain(const EndedTransfer& ended, const Sink& sink) {
     case CURLE_OPERATION_TIMEDOUT:
         return time_out(ended);
     case CURLE_UNSUPPORTED_PROTOCOL: {
-        const std::string refusal = refused_protocol(ended);
+        std::string refusal = refused_protocol(ended);
         return refusal.empty() ? libcurls_own : refusal;
     }
     case CURLE_TOO_MANY_REDIRECTS:
