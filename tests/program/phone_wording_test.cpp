@@ -232,13 +232,15 @@ TEST(PhoneWording, ReportWithoutAnAnswer) {
 }
 
 TEST(PhoneWording, ResultSaysHowManySettingsWerePassedOver) {
-    EXPECT_EQ("done: 1 configured (5 settings passed over), 0 not configured, 1 reports accepted, "
-              "0 failed",
+    EXPECT_EQ("done: 1 of 2 configured (5 settings passed over), 1 without a document; no reports "
+              "wanted",
               phone_event_in_words({{"event", "result"},
                                     {"ok", true},
+                                    {"attached", 2},
                                     {"configured", 1},
                                     {"notConfigured", 0},
-                                    {"reportsAccepted", 1},
+                                    {"reportsWanted", 0},
+                                    {"reportsAccepted", 0},
                                     {"reportsFailed", 0},
                                     {"settingsPassedOver", 5}}));
 }
