@@ -16,6 +16,7 @@
 #include "program/exit_codes.h"
 #include "program/output.h"
 #include "program/phone/phone_host.h"
+#include "program/phone/url_check.h"
 #include "program/termination.h"
 
 namespace headsetmgmt::program {
@@ -99,6 +100,7 @@ int run_phone(Arguments& arguments) {
     PhoneOptions& options = arguments.options;
     try {
         options.bench = bench_of(arguments);
+        check_urls(options.bench);
     } catch (const BenchError& error) {
         if (arguments.json) {
             output.tell({{"event", "error"}, {"message", error.what()}});

@@ -103,6 +103,31 @@ WRONG_COMMAND_LINES = {
     "no-timeout": (["phone", *HEADSET, "--timeout", "0"], "--timeout"),
     "no-stall": (["phone", *HEADSET, "--stall", "0"], "--stall"),
     "no-such-ca-file": (["phone", *HEADSET, "--ca-file", "/no/such/file"], "--ca-file"),
+    "config-url-of-another-protocol": (
+        ["phone", *HEADSET, "--config-url", "file:///etc/passwd"],
+        'headsetmgmt phone: config URL "file:///etc/passwd": expected a URL of http, https, tftp,'
+        ' found "file://"\n',
+    ),
+    "inventory-url-of-another-protocol": (
+        ["phone", *HEADSET, "--inventory-url", "tftp://127.0.0.1/inventory"],
+        'headsetmgmt phone: inventory URL "tftp://127.0.0.1/inventory": expected a URL of http,'
+        ' https, found "tftp://"\n',
+    ),
+    "placeholder-without-a-server": (
+        ["phone", *HEADSET, "--config-url", "http://{tftp}/x.json"],
+        'headsetmgmt phone: config URL "http://{tftp}/x.json": {tftp} has no server to stand for:'
+        " give servers.tftp or --tftp-server\n",
+    ),
+    "server-with-a-port": (
+        ["phone", *HEADSET, "--config-url", "http://{tftp}/x.json", "--tftp-server", "h:18080"],
+        'headsetmgmt phone: TFTP server "h:18080": no port here; write it into the config URL:'
+        " http://{tftp}:18080/x.json\n",
+    ),
+    "control-character-in-a-url": (
+        ["phone", *HEADSET, "--config-url", "http://h/\x1b[2J"],
+        'headsetmgmt phone: config URL "http://h/\\x1b[2J": "\\x1b" cannot stand in a URL; write'
+        " %1B\n",
+    ),
     "four-tftp-servers": (["phone", *HEADSET, "--tftp-server", "a", "b", "c", "d"], "--tftp-server"),
     "serve-without-port": (["serve", "--documents", "/"], "--port"),
     "serve-without-documents": (["serve", "--port", "0"], "--documents"),
@@ -145,6 +170,17 @@ def test_wrong_bench_file_with_json(program, tmp_path):
         "format": 1,
         "event": "error",
         "message": f"{bench}:1: the document: expected an object, found an array of 0",
+    }
+    assert result.stderr == ""
+    assert result.returncode == 2
+
+
+def test_wrong_url_with_json(program):
+    result = run(program, "phone", *HEADSET, "--config-url", "http:///x", "--json")
+    assert json.loads(result.stdout) == {
+        "format": 1,
+        "event": "error",
+        "message": 'config URL "http:///x": no server stands after "http://"',
     }
     assert result.stderr == ""
     assert result.returncode == 2

@@ -261,6 +261,22 @@ def test_verbose_lines_have_their_control_characters_escaped(program, benches, d
     assert all(character.isprintable() for line in phone.lines for character in line)
 
 
+def test_report_of_a_phone_without_a_document(program, documents, tmp_path):
+    with Serve(program, documents, tmp_path) as server:
+        accessory = "id=desk,type=headset,model=K30,serialNumber=A1,softwareVersion=2-1-0"
+        arguments = ["--accessory", accessory, "--inventory-url", f"{server.url}/inventory"]
+        with Phone(program, arguments) as phone:
+            code = phone.finish()
+        assert server.stop() == 0
+    assert server.requests == ["POST /inventory 204"]
+    assert phone.lines[-2:] == [
+        "0 of 1 configured, 1 without a document; 1 of 1 reports accepted",
+        "failed: no document after 1 attempt: a file name without a server, and there is no TFTP "
+        "server to look it up on: set urls.config or servers.tftp",
+    ]
+    assert code == 1
+
+
 def test_server_of_an_empty_folder_says_so(program, tmp_path):
     folder = tmp_path / "documents"
     folder.mkdir()
