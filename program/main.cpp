@@ -12,11 +12,15 @@
 #include <string>
 #include <system_error>
 #include <unistd.h>
+#include <vector>
 
 #include "program/exit_codes.h"
 #include "program/output.h"
 #include "program/phone/phone_command.h"
 #include "program/serve/serve_command.h"
+#include "program/usage.h"
+
+namespace headsetmgmt::program {
 
 namespace {
 
@@ -32,10 +36,32 @@ bool fill_closed_descriptors() {
     });
 }
 
-}  // namespace
+constexpr char exit_codes_in_words[] =
+    "Exit codes:\n"
+    "  0  everything that was asked for happened\n"
+    "  1  something did not; the last line says what\n"
+    "  2  the command line, or a file or URL that it names, is wrong";
 
-int main(int argc, char* argv[]) {
-    using namespace headsetmgmt::program;
+/// Tells what the parser refused.
+void tell(const CLI::App& program, const CLI::ParseError& error,
+          const std::vector<std::string>& arguments) {
+    const bool as_json = std::count(arguments.begin(), arguments.end(), "--json") != 0;
+    std::string who = "headsetmgmt";
+    std::string message = error.what();
+    const std::vector<CLI::App*> subcommands = program.get_subcommands();
+    if (!subcommands.empty()) {
+        who += " " + subcommands.front()->get_name();
+    } else {
+        message = "no subcommand" + (arguments.empty() ? "" : " \"" + arguments.front() + "\"") +
+                  "; expected phone or serve";
+    }
+    tell_usage_error(who, message, as_json);
+    if (!as_json) {
+        std::fprintf(stderr, "Run with --help for more information.\n");
+    }
+}
+
+int run(int argc, char* argv[]) {
     if (!fill_closed_descriptors()) {
         std::fprintf(stderr, "headsetmgmt: /dev/null cannot be opened: %s\n",
                      std::generic_category().message(errno).c_str());
@@ -44,9 +70,10 @@ int main(int argc, char* argv[]) {
     CLI::App program("Accessory management for desk IP phones", "headsetmgmt");
     program.require_subcommand(1);
     program.set_version_flag("--version", HEADSETMGMT_VERSION);
-    std::function<int()> run;
-    add_phone_command(program, run);
-    add_serve_command(program, run);
+    program.footer(exit_codes_in_words);
+    std::function<int()> run_subcommand;
+    add_phone_command(program, run_subcommand);
+    add_serve_command(program, run_subcommand);
     try {
         program.parse(argc, argv);
     } catch (const CLI::Success& answer) {
@@ -54,12 +81,16 @@ int main(int argc, char* argv[]) {
         program.exit(answer, text, std::cerr);  // help or version
         return print(text.str()) ? exit_done : exit_failed;
     } catch (const CLI::ParseError& error) {
-        if (std::count(argv, argv + argc, std::string("--json")) != 0) {
-            Output(true, nullptr).tell({{"event", "error"}, {"message", error.what()}});
-        } else {
-            program.exit(error);
-        }
+        tell(program, error, {argv + 1, argv + argc});
         return exit_usage;
     }
-    return run();
+    return run_subcommand();
+}
+
+}  // namespace
+
+}  // namespace headsetmgmt::program
+
+int main(int argc, char* argv[]) {
+    return headsetmgmt::program::run(argc, argv);
 }

@@ -15,15 +15,18 @@
 
 #include "program/exit_codes.h"
 #include "program/output.h"
+#include "program/phone/ca_file.h"
 #include "program/phone/phone_host.h"
 #include "program/phone/url_check.h"
 #include "program/termination.h"
+#include "program/usage.h"
 
 namespace headsetmgmt::program {
 
 namespace {
 
-constexpr double longest_limit = 86400;                       // seconds
+constexpr std::size_t most_attempts = 1000000;
+constexpr std::size_t longest_limit = 86400;                  // seconds
 constexpr std::size_t largest_limit = std::size_t{1} << 30U;  // bytes
 
 /// The command line, before it is laid over the bench file.
@@ -101,12 +104,11 @@ int run_phone(Arguments& arguments) {
     try {
         options.bench = bench_of(arguments);
         check_urls(options.bench);
-    } catch (const BenchError& error) {
-        if (arguments.json) {
-            output.tell({{"event", "error"}, {"message", error.what()}});
-        } else {
-            std::fprintf(stderr, "headsetmgmt phone: %s\n", escaped(error.what()).c_str());
+        if (!options.limits.ca_file.empty()) {
+            check_ca_file(options.limits.ca_file);
         }
+    } catch (const BenchError& error) {
+        tell_usage_error("headsetmgmt phone", error.what(), arguments.json);
         return exit_usage;
     }
     const auto milliseconds = [](double seconds) {
@@ -123,56 +125,85 @@ int run_phone(Arguments& arguments) {
     return output.exit_code(host.run());
 }
 
+/// What there is: the phone, its servers and its accessories.
+void add_bench_options(CLI::App& command, Arguments& arguments) {
+    const auto add = [&command](const char* name, std::string& value, const char* expected,
+                                const std::string& description) {
+        command.add_option(name, value, description)->check(text(expected));
+    };
+    const Bench defaults;
+    command
+        .add_option("--bench", arguments.bench_file,
+                    "Bench file with the phone, its servers and its accessories (default: none)")
+        ->check(non_empty_text("a file"));
+    add("--config-url", arguments.config_url, "a URL",
+        "URL of the configuration document; may hold {tftp} and {userid} (default: "
+        "defaultheadsetconfig.json on the TFTP server)");
+    add("--inventory-url", arguments.inventory_url, "a URL",
+        "URL that takes inventory reports; may hold {korm} (default: none, nothing is reported)");
+    add("--service-url", arguments.service_url, "a URL",
+        "URL of the metrics service: kept for the library, no request uses it (default: none)");
+    add("--user", arguments.user_id, "a text", "User id of the phone (default: none)");
+    add("--serial-number", arguments.serial_number, "a text",
+        "Serial number of the phone (default " + defaults.serial_number + ")");
+    add("--os-version", arguments.os_version, "a text",
+        "Version of its operating system (default " + defaults.os_version + ")");
+    add("--software-version", arguments.software_version, "a text",
+        "Version of its software (default " + defaults.software_version + ")");
+    command
+        .add_option("--accessory", arguments.accessories,
+                    "An accessory besides those of the bench file: NAME=VALUE,... with the names "
+                    "of the bench file, such as id=desk,type=headset,model=Varos K30")
+        ->allow_extra_args(false)
+        ->check(text("NAME=VALUE,..."));
+    command
+        .add_option("--tftp-server", arguments.tftp_servers,
+                    "TFTP server, up to three; only the first is used (default: none)")
+        ->expected(1, static_cast<int>(servers_of_a_kind))
+        ->check(non_empty_text("a host name or an IP address"));
+    command
+        .add_option("--korm-server", arguments.korm_servers,
+                    "Call-control server, up to three; only the first is used (default: none)")
+        ->expected(1, static_cast<int>(servers_of_a_kind))
+        ->check(non_empty_text("a host name or an IP address"));
+}
+
+/// What is done with it, and how long.
+void add_run_options(CLI::App& command, Arguments& arguments) {
+    command
+        .add_option("--give-up-after", arguments.options.give_up_after,
+                    "End after as many failed fetches in a row (default 0: never)")
+        ->check(whole_number("a whole number", 0, most_attempts));
+    command
+        .add_option("--limit", arguments.options.limits.bytes,
+                    "Largest document, in bytes (default 4194304, 4 MiB)")
+        ->check(whole_number("a whole number of bytes", 1, largest_limit));
+    command
+        .add_option("--timeout", arguments.timeout_seconds,
+                    "Longest time for a request, in seconds (default 30)")
+        ->check(decimal_number("a number of seconds", 0.001, longest_limit));
+    command
+        .add_option("--stall", arguments.stall_seconds,
+                    "Longest time without a byte, in whole seconds (default 10)")
+        ->check(whole_number("a whole number of seconds", 1, longest_limit));
+    command
+        .add_option("--ca-file", arguments.options.limits.ca_file,
+                    "Certificates to trust instead of the system's, PEM (default: the system's)")
+        ->check(non_empty_text("a file"));
+    command
+        .add_option("--detach-on-answer", arguments.options.detach_on_answer,
+                    "Detach this accessory just before its document is handed over (default: none)")
+        ->check(text("the id of an accessory"));
+}
+
 }  // namespace
 
 void add_phone_command(CLI::App& program, std::function<int()>& run) {
     auto arguments = std::make_shared<Arguments>();
     CLI::App* command = program.add_subcommand(
         "phone", "Be a phone: attach accessories, configure them, have them reported");
-    command->add_option("--bench", arguments->bench_file,
-                        "Bench file with the phone, its servers and its accessories");
-    command->add_option("--config-url", arguments->config_url,
-                        "URL of the configuration document; may hold {tftp} and {userid}");
-    command->add_option("--inventory-url", arguments->inventory_url,
-                        "URL that takes inventory reports; may hold {korm}");
-    command->add_option("--service-url", arguments->service_url, "URL of the metrics service");
-    command->add_option("--user", arguments->user_id, "User id of the phone");
-    command->add_option("--serial-number", arguments->serial_number, "Serial number of the phone");
-    command->add_option("--os-version", arguments->os_version, "Version of its operating system");
-    command->add_option("--software-version", arguments->software_version,
-                        "Version of its software");
-    command
-        ->add_option("--accessory", arguments->accessories,
-                     "An accessory besides those of the bench file: NAME=VALUE,... with the names "
-                     "of the bench file, such as id=desk,type=headset,model=Varos K30")
-        ->allow_extra_args(false);
-    command->add_option("--tftp-server", arguments->tftp_servers, "TFTP server, up to three")
-        ->expected(1, static_cast<int>(servers_of_a_kind));
-    command
-        ->add_option("--korm-server", arguments->korm_servers, "Call-control server, up to three")
-        ->expected(1, static_cast<int>(servers_of_a_kind));
-    command
-        ->add_option("--give-up-after", arguments->options.give_up_after,
-                     "End after as many failed fetches in a row (0: never)")
-        ->check(CLI::Range(0, 1000000));
-    command
-        ->add_option("--limit", arguments->options.limits.bytes,
-                     "Largest document, in bytes (default 4 MiB)")
-        ->check(CLI::Range(std::size_t{1}, largest_limit));
-    command
-        ->add_option("--timeout", arguments->timeout_seconds,
-                     "Longest time for a request, in seconds (default 30)")
-        ->check(CLI::Range(0.001, longest_limit));
-    command
-        ->add_option("--stall", arguments->stall_seconds,
-                     "Longest time without a byte, in whole seconds (default 10)")
-        ->check(CLI::Range(1, static_cast<int>(longest_limit)));
-    command
-        ->add_option("--ca-file", arguments->options.limits.ca_file,
-                     "Certificates to trust instead of the system's, PEM")
-        ->check(CLI::ExistingFile);
-    command->add_option("--detach-on-answer", arguments->options.detach_on_answer,
-                        "Detach this accessory just before its document is handed over");
+    add_bench_options(*command, *arguments);
+    add_run_options(*command, *arguments);
     command->add_flag("--verbose", arguments->options.verbose, "Show the library's log lines too");
     command->add_flag("--json", arguments->json, "Tell everything as JSON, one object a line");
     command->callback([arguments, &run] { run = [arguments] { return run_phone(*arguments); }; });

@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <future>
@@ -14,6 +15,7 @@
 #include "program/output.h"
 #include "program/serve/server.h"
 #include "program/termination.h"
+#include "program/usage.h"
 
 namespace headsetmgmt::program {
 
@@ -56,11 +58,15 @@ void add_serve_command(CLI::App& program, std::function<int()>& run) {
     CLI::App* command = program.add_subcommand("serve", "Serve documents over HTTP and take "
                                                         "inventory reports, for tests and shows");
     command->add_option("--port", arguments->options.port, "TCP port (0: the system picks one)")
+        ->check(whole_number("a port", 0, UINT16_MAX))
         ->required();
     command->add_option("--documents", arguments->options.documents, "Folder with the documents")
+        ->check(text("a folder"))
         ->required();
-    command->add_option("--address", arguments->options.address,
-                        "IPv4 or IPv6 address to listen on (default 127.0.0.1)");
+    command
+        ->add_option("--address", arguments->options.address,
+                     "IPv4 or IPv6 address to listen on (default 127.0.0.1)")
+        ->check(text("an IP address"));
     command->add_flag("--json", arguments->json, "Tell everything as JSON, one object a line");
     command->callback([arguments, &run] { run = [arguments] { return run_serve(*arguments); }; });
 }

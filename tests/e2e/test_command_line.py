@@ -83,9 +83,28 @@ WRONG_BENCHES = {
 # The command line, and what standard error says of it.
 HEADSET = ["--accessory", "id=a,type=headset"]
 WRONG_COMMAND_LINES = {
-    "no-subcommand": ([], "A subcommand is required"),
-    "unknown-subcommand": (["dial"], "A subcommand is required"),
-    "unknown-option": (["phone", "--nope"], "--nope"),
+    "no-subcommand": ([], "headsetmgmt: no subcommand; expected phone or serve\n"),
+    "unknown-subcommand": (
+        ["phoen"],
+        'headsetmgmt: no subcommand "phoen"; expected phone or serve\n',
+    ),
+    "unknown-option": (
+        ["phone", "--nope"],
+        "headsetmgmt phone: The following argument was not expected: --nope\n",
+    ),
+    "option-for-a-url": (
+        ["phone", *HEADSET, "--config-url", "--verbose"],
+        'headsetmgmt phone: --config-url: expected a URL, found the option "--verbose"\n',
+    ),
+    "option-for-a-port": (
+        ["serve", "--port", "--documents", "/"],
+        'headsetmgmt serve: --port: expected a port, found the option "--documents"\n',
+    ),
+    "empty-bench": (["phone", "--bench", ""], '--bench: expected a file, found ""\n'),
+    "empty-server": (
+        ["phone", *HEADSET, "--tftp-server", ""],
+        '--tftp-server: expected a host name or an IP address, found ""\n',
+    ),
     "no-such-bench": (["phone", "--bench", "/no/such/file"], "/no/such/file: cannot be read: "),
     "bench-is-a-folder": (["phone", "--bench", "/"], "/: cannot be read: Is a directory"),
     "no-bench": (["phone"], "no accessory: give --bench a file"),
@@ -98,11 +117,29 @@ WRONG_COMMAND_LINES = {
     ),
     "detach-unknown": (["phone", *HEADSET, "--detach-on-answer", "b"], 'there is no accessory "b"'),
     "negative-attempts": (["phone", *HEADSET, "--give-up-after", "-1"], "--give-up-after"),
-    "attempts-no-number": (["phone", *HEADSET, "--give-up-after", "two"], "--give-up-after"),
-    "negative-limit": (["phone", *HEADSET, "--limit", "-1"], "--limit"),
-    "no-timeout": (["phone", *HEADSET, "--timeout", "0"], "--timeout"),
-    "no-stall": (["phone", *HEADSET, "--stall", "0"], "--stall"),
-    "no-such-ca-file": (["phone", *HEADSET, "--ca-file", "/no/such/file"], "--ca-file"),
+    "attempts-no-number": (
+        ["phone", *HEADSET, "--give-up-after", "1.5"],
+        'headsetmgmt phone: --give-up-after: expected a whole number, 0 to 1000000, found "1.5"\n',
+    ),
+    "limit-with-a-unit": (
+        ["phone", *HEADSET, "--limit", "4M"],
+        "headsetmgmt phone: --limit: expected a whole number of bytes, 1 to 1073741824, found"
+        ' "4M"\n',
+    ),
+    "no-timeout": (
+        ["phone", *HEADSET, "--timeout", "0"],
+        "headsetmgmt phone: --timeout: expected a number of seconds, 0.001 to 86400, found"
+        ' "0"\n',
+    ),
+    "no-stall": (
+        ["phone", *HEADSET, "--stall", "0"],
+        "headsetmgmt phone: --stall: expected a whole number of seconds, 1 to 86400, found"
+        ' "0"\n',
+    ),
+    "no-such-ca-file": (
+        ["phone", *HEADSET, "--ca-file", "/no/such/file"],
+        'headsetmgmt phone: --ca-file "/no/such/file": cannot be read: No such file or directory\n',
+    ),
     "config-url-of-another-protocol": (
         ["phone", *HEADSET, "--config-url", "file:///etc/passwd"],
         'headsetmgmt phone: config URL "file:///etc/passwd": expected a URL of http, https, tftp,'
@@ -131,13 +168,23 @@ WRONG_COMMAND_LINES = {
     "four-tftp-servers": (["phone", *HEADSET, "--tftp-server", "a", "b", "c", "d"], "--tftp-server"),
     "serve-without-port": (["serve", "--documents", "/"], "--port"),
     "serve-without-documents": (["serve", "--port", "0"], "--documents"),
-    "serve-port-out-of-range": (["serve", "--port", "65536", "--documents", "/"], "--port"),
+    "serve-port-out-of-range": (
+        ["serve", "--port", "65536", "--documents", "/"],
+        'headsetmgmt serve: --port: expected a port, 0 to 65535, found "65536"\n',
+    ),
     "serve-no-such-folder": (["serve", "--port", "0", "--documents", "/no/such"], '"/no/such"'),
     "serve-no-address": (
         ["serve", "--port", "0", "--documents", "/", "--address", "nowhere"],
         '"nowhere" is no IPv4 or IPv6 address',
     ),
 }
+
+EXIT_CODES = """\
+Exit codes:
+  0  everything that was asked for happened
+  1  something did not; the last line says what
+  2  the command line, or a file or URL that it names, is wrong
+"""
 
 
 def run(program, *arguments):
@@ -186,6 +233,17 @@ def test_wrong_url_with_json(program):
     assert result.returncode == 2
 
 
+def test_option_for_a_value_with_json(program):
+    result = run(program, "phone", *HEADSET, "--config-url", "--json")
+    assert json.loads(result.stdout) == {
+        "format": 1,
+        "event": "error",
+        "message": '--config-url: expected a URL, found the option "--json"',
+    }
+    assert result.stderr == ""
+    assert result.returncode == 2
+
+
 @pytest.mark.parametrize("name", WRONG_COMMAND_LINES)
 def test_wrong_command_line(name, program):
     arguments, said = WRONG_COMMAND_LINES[name]
@@ -209,6 +267,7 @@ def test_port_that_is_taken(program, tmp_path):
 def test_help(arguments, program):
     result = run(program, *arguments)
     assert "--help" in result.stdout
+    assert result.stdout.endswith(EXIT_CODES)
     assert result.stderr == ""
     assert result.returncode == 0
 

@@ -235,6 +235,13 @@ TEST(UrlCheck, UrlWithAWrongServer) {
               config_refusal("http://[127.0.0.1]/x"));
 }
 
+TEST(UrlCheck, UrlThatLibcurlRefusesForAnotherReason) {
+    const std::string too_long = "http://h/" + std::string(8000000, 'x');
+
+    EXPECT_EQ("config URL \"" + too_long + "\": Malformed input to a URL function",
+              config_refusal(too_long));
+}
+
 TEST(UrlCheck, UrlOfAnotherProtocol) {
     EXPECT_EQ("config URL \"file:///etc/passwd\": expected a URL of http, https, tftp, found "
               "\"file://\"",

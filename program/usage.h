@@ -1,0 +1,28 @@
+// What is expected of the values on a command line, and how a command line that is wrong is told.
+
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <cstddef>
+#include <string>
+
+namespace headsetmgmt::program {
+
+/// Takes any text but an option: what follows an option whose value is an empty shell variable.
+/// `expected` is for the message, such as "a URL".
+CLI::Validator text(const std::string& expected);
+
+/// The same, and refuses an empty text.
+CLI::Validator non_empty_text(const std::string& expected);
+
+/// Takes decimal digits alone. `expected` is for the message, such as "a whole number of bytes".
+CLI::Validator whole_number(const std::string& expected, std::size_t smallest, std::size_t largest);
+
+/// Takes a decimal number, with a fraction or without.
+CLI::Validator decimal_number(const std::string& expected, double smallest, double largest);
+
+/// Tells what is wrong with a command line or with what it names: on standard error, after `who`
+/// ("headsetmgmt phone"), or as a JSON line.
+void tell_usage_error(const std::string& who, const std::string& message, bool as_json);
+
+}  // namespace headsetmgmt::program
