@@ -1,16 +1,15 @@
-// Reads bench files: JSON whose every member is known, with the line of each for the messages.
+// Reads bench files: JSON whose every member is known.
 
 #include "program/phone/bench.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <iterator>
-#include <limits>
-#include <map>
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <set>
@@ -19,169 +18,33 @@
 
 #include "headsetmgmt/types.h"
 
+#include "program/phone/located_json.h"
+
 namespace headsetmgmt::program {
 
 namespace {
 
 using nlohmann::json;
 
-constexpr std::size_t deepest_named_place = 4;                // such as /accessories/0/type
 constexpr std::size_t largest_file = std::size_t{16} << 20U;  // bytes
 
-/// Where in a text the parser is.
-struct Position {
-    std::size_t line = 1;
-    bool after_line_feed = false;  // counted with the next character: a number is read one too far
-};
+/// The number that a text writes in decimal digits, or in hexadecimal ones after 0x.
+std::optional<long> number_in(const std::string& text) {
+    char* end = nullptr;
+    errno = 0;
+    const long number = std::strtol(text.c_str(), &end, 0);
+    const bool is_number = !text.empty() && *end == '\0' && errno == 0;
+    return is_number ? std::optional<long>(number) : std::nullopt;
+}
 
-/// Hands characters to the parser and keeps the position.
-class LineCounter {
-public:
-    using iterator_category = std::input_iterator_tag;
-    using value_type = char;
-    using difference_type = std::ptrdiff_t;
-    using pointer = const char*;
-    using reference = const char&;
-
-    LineCounter(const char* place, Position* parser_position)
-        : at(place), position(parser_position) {}
-
-    reference operator*() const { return *at; }
-    LineCounter& operator++() {
-        if (position->after_line_feed) {
-            ++position->line;
-        }
-        position->after_line_feed = *at == '\n';
-        ++at;
-        return *this;
-    }
-    bool operator==(const LineCounter& other) const { return at == other.at; }
-    bool operator!=(const LineCounter& other) const { return at != other.at; }
-
-private:
-    const char* at;
-    Position* position;
-};
-
-/// Notes on which line each member and each element of a document stands.
-class LineNotes : public nlohmann::json_sax<json> {
-public:
-    explicit LineNotes(const Position& parser_position) : position(parser_position) {}
-
-    bool null() override { return value(); }
-    bool boolean(bool /*value*/) override { return value(); }
-    bool number_integer(number_integer_t /*value*/) override { return value(); }
-    bool number_unsigned(number_unsigned_t /*value*/) override { return value(); }
-    bool number_float(number_float_t /*value*/, const string_t& /*text*/) override {
-        return value();
-    }
-    bool string(string_t& /*value*/) override { return value(); }
-    bool binary(binary_t& /*value*/) override { return value(); }
-    bool start_object(std::size_t /*elements*/) override { return open(false); }
-    bool start_array(std::size_t /*elements*/) override { return open(true); }
-    bool end_object() override { return close(); }
-    bool end_array() override { return close(); }
-    bool key(string_t& name) override {
-        here.back().name = name;
-        // Here, not at the value: a number ends only where the next token begins.
-        if (may_be_named()) {
-            const std::string member = path();
-            if (!lines.emplace(member, position.line).second && !first_repetition) {
-                first_repetition = Repetition{member, position.line};
-            }
-        }
-        return true;
-    }
-    bool parse_error(std::size_t /*position*/, const std::string& /*token*/,
-                     const nlohmann::detail::exception& /*error*/) override {
-        return false;
-    }
-
-    /// A member that stands a second time in its object.
-    struct Repetition {
-        std::string path;
-        std::size_t line;
-    };
-    const std::optional<Repetition>& repeated() const { return first_repetition; }
-
-    /// Line of the value at a path such as "/accessories/0/type".
-    std::size_t line_of(const std::string& path) const {
-        const auto entry = lines.find(path);
-        return entry != lines.end() ? entry->second : 1;
-    }
-
-private:
-    struct Level {
-        bool is_array;
-        std::size_t index;
-        std::string name;
-    };
-
-    std::string path() const {
-        std::string result;
-        for (const Level& level : here) {
-            result += "/" + (level.is_array ? std::to_string(level.index) : level.name);
-        }
-        return result;
-    }
-    /// Whether any message may name a place as deep as this one.
-    bool may_be_named() const { return here.size() <= deepest_named_place; }
-    void note() {
-        if (may_be_named()) {
-            lines.emplace(path(), position.line);
-        }
-    }
-    void done() {
-        if (!here.empty() && here.back().is_array) {
-            ++here.back().index;
-        }
-    }
-    bool value() {
-        note();
-        done();
-        return true;
-    }
-    bool open(bool is_array) {
-        note();
-        here.push_back({is_array, 0, {}});
-        return true;
-    }
-    bool close() {
-        here.pop_back();
-        done();
-        return true;
-    }
-
-    const Position& position;
-    std::vector<Level> here;
-    std::map<std::string, std::size_t> lines;
-    std::optional<Repetition> first_repetition;
-};
-
-/// A bench file in the reading.
+/// A bench in the reading.
 class Reader {
 public:
-    Reader(const std::string& text, std::string file) : path(std::move(file)), notes(position) {
-        const LineCounter begin(text.data(), &position);
-        const LineCounter end(text.data() + text.size(), &position);
-        json::sax_parse(begin, end, &notes);
-        try {
-            document = json::parse(text);
-        } catch (const json::parse_error& error) {
-            const auto place =
-                text.begin() + static_cast<std::ptrdiff_t>(std::min(error.byte, text.size()));
-            fail_at(1 + static_cast<std::size_t>(std::count(text.begin(), place, '\n')),
-                    std::string("expected JSON: ") + error.what());
-        } catch (const json::exception& error) {
-            // A number that no double holds: the exception tells no place, but the reading for the
-            // lines stopped there.
-            fail_at(position.line, std::string("expected JSON: ") + error.what());
-        }
-        if (notes.repeated()) {
-            fail_at(notes.repeated()->line,
-                    "member " + notes.repeated()->path + ": expected once, found again");
-        }
-    }
+    /// Words a refusal: the place, such as "/accessories/0/type", and what was expected there.
+    using Wording =
+        std::function<std::string(const std::string& place, const std::string& expected)>;
+
+    Reader(const json& bench, Wording wording) : document(bench), told(std::move(wording)) {}
 
     Bench read() {
         Bench bench;
@@ -211,13 +74,8 @@ public:
     }
 
 private:
-    [[noreturn]] void fail_at(std::size_t at_line, const std::string& message) const {
-        throw BenchError(path + ":" + std::to_string(at_line) + ": " + message);
-    }
-
     [[noreturn]] void fail(const std::string& place, const std::string& expected) const {
-        fail_at(notes.line_of(place),
-                (place.empty() ? "the document" : "member " + place) + ": " + expected);
+        throw BenchError(told(place, expected));
     }
 
     void expect_object(const json& value, const std::string& place) const {
@@ -279,7 +137,8 @@ private:
         }
         if (!member->is_array() || member->size() > servers_of_a_kind) {
             fail(place, "expected an array of at most " + std::to_string(servers_of_a_kind) +
-                            " texts, found " + described(*member));
+                            " texts, found " + described(*member) +
+                            (member->is_string() ? "; write [" + described(*member) + "]" : ""));
         }
         for (std::size_t i = 0; i < member->size(); ++i) {
             const json& server = (*member)[i];
@@ -353,8 +212,16 @@ private:
         if (type == "camera") {
             return CAMERA;
         }
-        fail(place + (value.contains("type") ? "/type" : ""),
-             R"(expected a member "type" with "headset" or "camera")");
+        const std::string expected = R"(expected a member "type" with "headset" or "camera")";
+        if (!value.contains("type")) {
+            fail(place, expected);
+        }
+        std::string small = type;
+        std::transform(type.begin(), type.end(), small.begin(),
+                       [](unsigned char letter) { return std::tolower(letter); });
+        const bool is_spelt_so = small == "headset" || small == "camera";
+        fail(place + "/type", expected + ", found " + described(value["type"]) +
+                                  (is_spelt_so ? " (capitals count)" : ""));
     }
 
     std::int32_t read_vendor_id(const json& value, const std::string& place) const {
@@ -365,8 +232,15 @@ private:
         constexpr std::int64_t largest = 0xFFFF;
         if (!member->is_number_integer() || member->get<std::int64_t>() < 0 ||
             member->get<std::int64_t>() > largest) {
-            fail(place + "/vendorId",
-                 "expected a USB vendor id, 0 to 65535, found " + described(*member));
+            std::string expected =
+                "expected a USB vendor id, 0 to 65535, found " + described(*member);
+            const auto number =
+                member->is_string() ? number_in(member->get<std::string>()) : std::nullopt;
+            if (number && *number >= 0 && *number <= largest) {
+                expected += "; write the number " + std::to_string(*number) +
+                            ", without quotation marks (JSON has no hexadecimal numbers)";
+            }
+            fail(place + "/vendorId", expected);
         }
         return member->get<std::int32_t>();
     }
@@ -379,16 +253,45 @@ private:
                                  : value.dump(-1, ' ', false, json::error_handler_t::replace);
     }
 
-    std::string path;
-    Position position;
-    LineNotes notes;
-    json document;
+    const json& document;
+    Wording told;
 };
+
+/// The members of an accessory from "NAME=VALUE,...". `told` words a refusal.
+json members_of(const std::string& text,
+                const std::function<std::string(const std::string&)>& told) {
+    json members = json::object();
+    std::stringstream pairs(text);
+    std::string pair;
+    while (std::getline(pairs, pair, ',')) {
+        const std::size_t equals = pair.find('=');
+        if (equals == std::string::npos || equals == 0) {
+            throw BenchError(told("expected NAME=VALUE,..., found \"" + pair +
+                                  "\"; a value cannot hold a comma here, only in a bench file"));
+        }
+        const std::string name = pair.substr(0, equals);
+        const std::string value = pair.substr(equals + 1);
+        if (name.find(' ') != std::string::npos) {
+            throw BenchError(told("expected a name without blanks, found \"" + name + "\""));
+        }
+        if (members.contains(name)) {
+            throw BenchError(told(name + ": expected once, found again"));
+        }
+        const std::optional<long> number = name == "vendorId" ? number_in(value) : std::nullopt;
+        members[name] = number ? json(*number) : json(value);
+    }
+    return members;
+}
 
 }  // namespace
 
 Bench read_bench(const std::string& text, const std::string& path) {
-    return Reader(text, path).read();
+    const LocatedJson located(text, path);
+    const auto told = [&](const std::string& place, const std::string& expected) {
+        return path + ":" + std::to_string(located.line_of(place)) + ": " +
+               (place.empty() ? "the document" : "member " + place) + ": " + expected;
+    };
+    return Reader(located.document(), told).read();
 }
 
 Bench read_bench_file(const std::string& path) {
@@ -412,30 +315,18 @@ Bench read_bench_file(const std::string& path) {
 }
 
 AccessoryCache read_accessory(const std::string& text, const std::string& option) {
-    json members = json::object();
-    std::stringstream pairs(text);
-    std::string pair;
-    while (std::getline(pairs, pair, ',')) {
-        const std::size_t equals = pair.find('=');
-        if (equals == std::string::npos) {
-            std::string message = option;
-            message.append(": expected NAME=VALUE,..., found \"").append(pair).append("\"");
-            throw BenchError(message);
-        }
-        const std::string name = pair.substr(0, equals);
-        const std::string value = pair.substr(equals + 1);
-        members[name] = value;
-        if (name == "vendorId") {
-            char* end = nullptr;
-            const long number = std::strtol(value.c_str(), &end, 0);
-            if (!value.empty() && *end == '\0') {
-                members[name] = number;
-            }
-        }
-    }
-    const json document = {{"accessories", json::array({members})}};
-    return read_bench(document.dump(-1, ' ', false, json::error_handler_t::replace), option)
-        .accessories.front();
+    const auto told = [&](const std::string& expected) {
+        return option + " \"" + text + "\": " + expected;
+    };
+    const auto told_of_member = [&](const std::string& place, const std::string& expected) {
+        constexpr std::size_t accessory = sizeof("/accessories/0") - 1;
+        return told(place.size() > accessory ? place.substr(accessory + 1) + ": " + expected
+                                             : expected);
+    };
+    const json given = {{"accessories", json::array({members_of(text, told)})}};
+    // Bytes that are no UTF-8, which a bench file cannot have, are replaced.
+    const json document = json::parse(given.dump(-1, ' ', false, json::error_handler_t::replace));
+    return Reader(document, told_of_member).read().accessories.front();
 }
 
 }  // namespace headsetmgmt::program

@@ -29,7 +29,8 @@ struct Bench {
     std::vector<AccessoryCache> accessories;
 };
 
-/// A bench file that cannot be read; the text names file, line, member and what was expected.
+/// A bench that cannot be used; the text names the place, such as file, line and member, and what
+/// was expected.
 class BenchError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -41,8 +42,8 @@ Bench read_bench_file(const std::string& path);
 /// The same from text; `path` is for the messages.
 Bench read_bench(const std::string& text, const std::string& path);
 
-/// An accessory from "NAME=VALUE,...", with the names of the bench file's members. `option` is for
-/// the messages. Throws `BenchError`.
+/// An accessory from "NAME=VALUE,...", with the names of the bench file's members; no value can
+/// hold a comma. `option` is for the messages. Throws `BenchError`.
 AccessoryCache read_accessory(const std::string& text, const std::string& option);
 
 }  // namespace headsetmgmt::program

@@ -79,13 +79,18 @@ Bench bench_of(const Arguments& arguments) {
             return other.device_id == added.device_id;
         };
         if (std::any_of(bench.accessories.begin(), bench.accessories.end(), has_its_id)) {
-            throw BenchError("--accessory: expected an id of its own, found \"" + added.device_id +
+            throw BenchError("--accessory \"" + text +
+                             "\": id: expected an id of its own, found \"" + added.device_id +
                              "\" again");
         }
         bench.accessories.push_back(added);
     }
     if (bench.accessories.empty()) {
-        throw BenchError("no accessory: give --bench a file with \"accessories\", or --accessory");
+        throw BenchError(
+            arguments.bench_file.empty()
+                ? "no accessory: give --bench a file with \"accessories\", or --accessory"
+                : arguments.bench_file +
+                      ": no accessory: expected one in \"accessories\", or give --accessory");
     }
     const auto has_id = [&arguments](const AccessoryCache& accessory) {
         return accessory.device_id == arguments.options.detach_on_answer;

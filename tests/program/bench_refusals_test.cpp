@@ -19,31 +19,42 @@ std::string accessory_refusal(const std::string& members) {
 }
 
 // What follows the expectation is the parser's.
-TEST(BenchRefusals, TextThatIsNoJsonIsToldWithTheLine) {
-    EXPECT_THAT(refusal("{\n\"urls\":oops}"), testing::StartsWith("bench.json:2: expected JSON: "));
+TEST(BenchRefusals, TextThatIsNoJsonIsToldWithLineAndColumn) {
+    EXPECT_EQ("bench.json:2:8: expected JSON: syntax error while parsing value - invalid literal; "
+              "last read: '\"urls\":o'",
+              refusal("{\n\"urls\":oops}"));
+    EXPECT_EQ("bench.json:2:1: expected JSON: syntax error while parsing object key - unexpected "
+              "'}'; expected string literal",
+              refusal("{\"urls\": {},\n}"));
+}
+
+TEST(BenchRefusals, LineFeedInATextIsToldWhereItStands) {
+    EXPECT_THAT(refusal("{\n\"ur\nls\": {}}"),
+                testing::StartsWith("bench.json:2:4: expected JSON: "));
 }
 
 TEST(BenchRefusals, EmptyTextIsNoJson) {
-    EXPECT_THAT(refusal(""), testing::StartsWith("bench.json:1: expected JSON: "));
+    EXPECT_EQ("bench.json:1: expected JSON, found an empty file", refusal(""));
 }
 
 TEST(BenchRefusals, TextThatEndsEarlyIsToldWithItsLastLine) {
-    EXPECT_THAT(refusal("{\n\"urls\": {\n"), testing::StartsWith("bench.json:3: expected JSON: "));
+    EXPECT_THAT(refusal("{\n\"urls\": {\n"),
+                testing::StartsWith("bench.json:3:1: expected JSON: "));
 }
 
 TEST(BenchRefusals, NulCharacterBetweenMembersIsNoJson) {
     EXPECT_THAT(refusal(std::string("{\n\0}", 4)),
-                testing::StartsWith("bench.json:2: expected JSON: "));
+                testing::StartsWith("bench.json:2:1: expected JSON: "));
 }
 
 TEST(BenchRefusals, NumberThatNoDoubleHoldsIsToldWithItsLine) {
-    EXPECT_THAT(refusal("{\n\"phone\": {\n\"userId\": 1e999}}"),
-                testing::StartsWith("bench.json:3: expected JSON: "));
+    EXPECT_EQ("bench.json:3: expected JSON: number overflow parsing '1e999'",
+              refusal("{\n\"phone\": {\n\"userId\": 1e999}}"));
 }
 
 TEST(BenchRefusals, BytesThatAreNoUtf8AreNoJson) {
     EXPECT_THAT(refusal("{\"phone\": {\"userId\": \"\xff\"}}"),
-                testing::StartsWith("bench.json:1: expected JSON: "));
+                testing::StartsWith("bench.json:1:23: expected JSON: "));
 }
 
 TEST(BenchRefusals, DocumentThatIsNoObject) {
@@ -129,7 +140,7 @@ TEST(BenchRefusals, ServerWithANulCharacter) {
 
 TEST(BenchRefusals, ServersThatAreNoList) {
     EXPECT_EQ("bench.json:1: member /servers/tftp: expected an array of at most 3 texts, found "
-              "\"10.0.0.1\"",
+              "\"10.0.0.1\"; write [\"10.0.0.1\"]",
               refusal(R"({"servers": {"tftp": "10.0.0.1"}})"));
 }
 
@@ -173,8 +184,11 @@ TEST(BenchRefusals, AccessoryWithoutAType) {
 
 TEST(BenchRefusals, AccessoryOfAnUnknownType) {
     EXPECT_EQ("bench.json:3: member /accessories/0/type: expected a member \"type\" with "
-              "\"headset\" or \"camera\"",
+              "\"headset\" or \"camera\", found \"Headset\" (capitals count)",
               accessory_refusal(R"("id": "a", "type": "Headset")"));
+    EXPECT_EQ("bench.json:3: member /accessories/0/type: expected a member \"type\" with "
+              "\"headset\" or \"camera\", found \"lamp\"",
+              accessory_refusal(R"("id": "a", "type": "lamp")"));
 }
 
 TEST(BenchRefusals, VendorIdOutsideSixteenBits) {
@@ -186,8 +200,17 @@ TEST(BenchRefusals, VendorIdOutsideSixteenBits) {
     EXPECT_EQ(place + "-1", accessory_refusal(members + "-1"));
     EXPECT_EQ(place + "18446744073709551615", accessory_refusal(members + "18446744073709551615"));
     EXPECT_EQ(place + "1.0", accessory_refusal(members + "1.0"));
-    EXPECT_EQ(place + "\"61525\"", accessory_refusal(members + "\"61525\""));
     EXPECT_EQ(place + "null", accessory_refusal(members + "null"));
+    EXPECT_EQ(place + "\"65536\"", accessory_refusal(members + "\"65536\""));
+    EXPECT_EQ(place + "\"-1\"", accessory_refusal(members + "\"-1\""));
+    EXPECT_EQ(place + "\"\"", accessory_refusal(members + "\"\""));
+}
+
+TEST(BenchRefusals, VendorIdInQuotationMarks) {
+    EXPECT_EQ("bench.json:3: member /accessories/0/vendorId: expected a USB vendor id, 0 to 65535, "
+              "found \"0xF055\"; write the number 61525, without quotation marks (JSON has no "
+              "hexadecimal numbers)",
+              accessory_refusal(R"("id": "a", "type": "headset", "vendorId": "0xF055")"));
 }
 
 TEST(BenchRefusals, SecondAccessoryOfAnId) {
@@ -198,9 +221,9 @@ TEST(BenchRefusals, SecondAccessoryOfAnId) {
 }
 
 TEST(BenchRefusals, MemberGivenTwice) {
-    EXPECT_EQ("bench.json:3: member /phone/userId: expected once, found again",
+    EXPECT_EQ("bench.json:3: member /phone/userId: expected once, found on line 2 already",
               refusal("{\"phone\": {\n\"userId\": \"anna\",\n\"userId\": \"bert\"\n}}"));
-    EXPECT_EQ("bench.json:3: member /phone: expected once, found again",
+    EXPECT_EQ("bench.json:3: member /phone: expected once, found on line 2 already",
               refusal("{\n\"phone\": {\"userId\": \"anna\"},\n\"phone\": {}}"));
 }
 

@@ -169,14 +169,15 @@ TEST(BenchFile, LargeOneIsReadToItsEnd) {
     EXPECT_EQ("acc-4999", bench.accessories[4999].device_id);
     EXPECT_EQ("last", bench.accessories[5000].device_id);
     EXPECT_EQ("bench.json:5002: member /accessories/5000/type: expected a member \"type\" with "
-              "\"headset\" or \"camera\"",
+              "\"headset\" or \"camera\", found \"robot\"",
               refusal(text + R"({"id": "last", "type": "robot"}]})"));
 }
 
 TEST(BenchFile, NulInItIsNotItsEnd) {
     const FileForATest file(std::string("{\n\"phone\": {},\n\0}", 17));
 
-    EXPECT_THAT(refusal_of_file(file.path), testing::StartsWith(file.path + ":3: expected JSON: "));
+    EXPECT_THAT(refusal_of_file(file.path),
+                testing::StartsWith(file.path + ":3:1: expected JSON: "));
 }
 
 TEST(BenchFile, MissingOneCannotBeRead) {
@@ -191,7 +192,7 @@ TEST(BenchFile, FolderCannotBeRead) {
 TEST(BenchFile, EmptyOneIsNoJson) {
     const FileForATest file("");
 
-    EXPECT_THAT(refusal_of_file(file.path), testing::StartsWith(file.path + ":1: expected JSON: "));
+    EXPECT_EQ(file.path + ":1: expected JSON, found an empty file", refusal_of_file(file.path));
 }
 
 TEST(BenchFile, OneThatIsTooLargeIsRefusedWithTheLimit) {
@@ -218,21 +219,43 @@ TEST(AccessoryOption, PairsAreTheMembersOfAnAccessory) {
     EXPECT_EQ("USB", accessory.connection_type);
 }
 
-TEST(AccessoryOption, PairWithoutAValueIsRefused) {
-    EXPECT_EQ("--accessory: expected NAME=VALUE,..., found \"headset\"",
-              refusal_of_option("id=a,headset"));
+TEST(AccessoryOption, PairWithoutNameOrValueIsRefused) {
+    EXPECT_EQ("--accessory \"id=a,K30, black\": expected NAME=VALUE,..., found \"K30\"; a value "
+              "cannot hold a comma here, only in a bench file",
+              refusal_of_option("id=a,K30, black"));
+    EXPECT_EQ("--accessory \"id=a,=b\": expected NAME=VALUE,..., found \"=b\"; a value cannot hold "
+              "a comma here, only in a bench file",
+              refusal_of_option("id=a,=b"));
 }
 
-TEST(AccessoryOption, WrongMembersAreRefusedAsInAFile) {
-    EXPECT_EQ("--accessory:1: member /accessories/0/type: expected a member \"type\" with "
-              "\"headset\" or \"camera\"",
-              refusal_of_option("id=a,type=robot"));
-    EXPECT_EQ("--accessory:1: member /accessories/0/vendorId: expected a USB vendor id, 0 to "
-              "65535, found \"0xF055 \"",
+TEST(AccessoryOption, BlankBeforeANameIsRefused) {
+    EXPECT_EQ("--accessory \"id=a, type=headset\": expected a name without blanks, found \" type\"",
+              refusal_of_option("id=a, type=headset"));
+}
+
+TEST(AccessoryOption, NameThatIsGivenTwiceIsRefused) {
+    EXPECT_EQ("--accessory \"id=a,type=headset,id=b\": id: expected once, found again",
+              refusal_of_option("id=a,type=headset,id=b"));
+}
+
+TEST(AccessoryOption, BytesThatAreNoUtf8AreReplaced) {
+    EXPECT_EQ("\xef\xbf\xbd", read_accessory("id=a,type=headset,model=\xff", "--accessory").model);
+}
+
+TEST(AccessoryOption, WrongMembersAreRefusedWithTheirNames) {
+    EXPECT_EQ(
+        "--accessory \"id=a,type=Camera\": type: expected a member \"type\" with \"headset\" or "
+        "\"camera\", found \"Camera\" (capitals count)",
+        refusal_of_option("id=a,type=Camera"));
+    EXPECT_EQ("--accessory \"id=a,type=headset,vendorId=0xF055 \": vendorId: expected a USB vendor "
+              "id, 0 to 65535, found \"0xF055 \"",
               refusal_of_option("id=a,type=headset,vendorId=0xF055 "));
-    EXPECT_EQ("--accessory:1: member /accessories/0: expected a member \"id\" with a text that is "
-              "not empty",
-              refusal_of_option("type=headset"));
+    EXPECT_EQ("--accessory \"id=a,type=headset,vendorId=99999999999999999999\": vendorId: expected "
+              "a USB vendor id, 0 to 65535, found \"99999999999999999999\"",
+              refusal_of_option("id=a,type=headset,vendorId=99999999999999999999"));
+    EXPECT_EQ(
+        "--accessory \"type=headset\": expected a member \"id\" with a text that is not empty",
+        refusal_of_option("type=headset"));
 }
 
 }  // namespace
