@@ -11,6 +11,7 @@
 #include <cjson/cJSON.h>
 
 #include "headsetmgmt/constants.h"
+#include "headsetmgmt/log.h"
 #include "headsetmgmt/utilities.h"
 
 #include "config/config_impl.h"
@@ -56,12 +57,19 @@ int ConfigImpl::save_config_to_map(const cJSON* params) {
                              << message_of(parameter.fault) << parameter.setting.name;
             continue;
         }
-        set_map_entry(parameter.setting.usage_id, parameter.setting);
+        // Composed before the texts move into the map; delivered once they are there.
+        log::LogStream line = logger->debug();
+        line << "save_config_to_map: " << parameter.usage_id_number
+             << ", key: " << parameter.setting.name << ", value: " << parameter.setting.value
+             << ", access: " << parameter.setting.access;
+        const int usage_id = parameter.setting.usage_id;
+        try {
+            set_map_entry(usage_id, std::move(parameter.setting));
+        } catch (...) {
+            line.discard();
+            throw;
+        }
         ++count;
-        logger->debug() << "save_config_to_map: " << parameter.usage_id_number
-                        << ", key: " << parameter.setting.name
-                        << ", value: " << parameter.setting.value
-                        << ", access: " << parameter.setting.access;
     }
     std::size_t map_size = 0;
     {

@@ -100,6 +100,9 @@ public:
         host->print(level, line);
     }
 
+    /// Drops the line for good, for one that turned out not to be true.
+    void discard() { enabled = false; }
+
 private:
     template <typename T>
     static constexpr bool

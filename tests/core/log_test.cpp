@@ -119,6 +119,20 @@ TEST(LogTest, FlushDeliversAndKeepsTheLine) {
                                         Pair(LogLevel::info, "Component: first second")));
 }
 
+TEST(LogTest, DiscardedLineIsNotDelivered) {
+    LineSink sink;
+    const Logger logger(&sink, "Component", true);
+
+    {
+        LogStream stream = logger.info();
+        stream << "stored";
+        stream.discard();
+        stream << " after all";
+    }
+
+    EXPECT_TRUE(sink.lines.empty());
+}
+
 TEST(LogTest, ErrorTagStandsDirectlyAfterTheOperationName) {
     LineSink sink;
     const Logger logger(&sink, "HeadsetInventoryMetricsImpl", true);
