@@ -1,60 +1,63 @@
-// How much stack a piece of work takes.
+// How much of its stack a thread uses.
 
 #include "benchmarks/painted_stack.h"
 
 #include <algorithm>
 #include <cstring>
 #include <pthread.h>
-#include <stdexcept>
-#include <sys/mman.h>
+#include <thread>
 
 namespace headsetmgmt::benchmarks {
 
 namespace {
 
-constexpr std::size_t stack_size = std::size_t{4} << 20U;
 constexpr unsigned char paint = 0xA5;
-
-void* run(void* work) {
-    (*static_cast<const std::function<void()>*>(work))();
-    return nullptr;
-}
-
-std::size_t stack_touched_by(const std::function<void()>& work) {
-    void* memory =
-        mmap(nullptr, stack_size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (memory == MAP_FAILED) {
-        throw std::runtime_error("painted stack: no memory");
-    }
-    std::memset(memory, paint, stack_size);
-
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setstack(&attributes, memory, stack_size);
-    pthread_t thread = 0;
-    const int error =
-        pthread_create(&thread, &attributes, run, const_cast<std::function<void()>*>(&work));
-    pthread_attr_destroy(&attributes);
-    if (error != 0) {
-        munmap(memory, stack_size);
-        throw std::runtime_error("painted stack: no thread");
-    }
-    pthread_join(thread, nullptr);
-
-    // A stack grows down: what is still painted lies at its low end.
-    const auto* low = static_cast<const unsigned char*>(memory);
-    const unsigned char* touched =
-        std::find_if(low, low + stack_size, [](unsigned char byte) { return byte != paint; });
-    const auto used = static_cast<std::size_t>(low + stack_size - touched);
-    munmap(memory, stack_size);
-    return used;
-}
+constexpr std::size_t painted_size = std::size_t{1} << 20U;
+constexpr std::size_t left_out = 1024;  // for the painter's own frames
+constexpr std::size_t end_left_out = 4096;
 
 }  // namespace
 
+[[gnu::noinline]] PaintedStack::PaintedStack() {
+    pthread_attr_t attributes;
+    pthread_getattr_np(pthread_self(), &attributes);
+    void* low = nullptr;
+    std::size_t stack_size = 0;
+    pthread_attr_getstack(&attributes, &low, &stack_size);
+    pthread_attr_destroy(&attributes);
+
+    auto* const lowest = static_cast<unsigned char*>(low);
+    auto* const here = static_cast<unsigned char*>(__builtin_frame_address(0));
+    end = lowest;
+    begin = lowest + stack_size;
+    maker = here;
+    painted_to = here - left_out;
+    const auto room = static_cast<std::size_t>(painted_to - lowest);
+    painted_from = painted_to - std::min(painted_size, room - end_left_out);
+    std::memset(painted_from, paint, static_cast<std::size_t>(painted_to - painted_from));
+}
+
+const unsigned char* PaintedStack::deepest() const {
+    return std::find_if(painted_from, painted_to, [](unsigned char byte) { return byte != paint; });
+}
+
+std::size_t PaintedStack::used() const {
+    return static_cast<std::size_t>(begin - deepest());
+}
+
+std::size_t PaintedStack::used_below_maker() const {
+    return static_cast<std::size_t>(maker - deepest());
+}
+
 std::size_t stack_used_by(const std::function<void()>& work) {
-    static const std::size_t threads_own = stack_touched_by([] {});
-    return stack_touched_by(work) - threads_own;
+    std::size_t used = 0;
+    std::thread thread([&] {
+        const PaintedStack stack;
+        work();
+        used = stack.used_below_maker();
+    });
+    thread.join();
+    return used;
 }
 
 }  // namespace headsetmgmt::benchmarks

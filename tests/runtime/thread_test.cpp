@@ -9,6 +9,7 @@
 #include <sched.h>
 #include <string>
 #include <sys/prctl.h>
+#include <unistd.h>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -286,10 +287,11 @@ std::size_t size_of_thread_variables() {
         return 0;
     };
     dl_iterate_phdr(add, &sum);
-    return (sum + 4095) / 4096 * 4096;
+    const auto page_size = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    return (sum + page_size - 1) / page_size * page_size;
 }
 
-TEST(ThreadTest, ThreadHasTheStackThatItNeedsAndNoMore) {
+TEST(ThreadTest, ThreadHas256KibibytesOfStackBesideTheThreadVariables) {
     std::size_t size = 0;
     BodyThread thread([&] {
         pthread_attr_t attributes;
