@@ -18,7 +18,7 @@ inline double median_of(std::vector<double> values) {
 
 /// Runs `ours` and `floor` by turns, so that whatever else the machine does meets both. Each
 /// answers how many seconds of processor time it took for each of its results. Tells the medians,
-/// in nanoseconds, and the ratio of the two.
+/// in nanoseconds.
 template <typename Ours, typename Floor>
 void compare(benchmark::State& state, Ours ours, Floor floor) {
     std::vector<double> our_times;
@@ -29,11 +29,8 @@ void compare(benchmark::State& state, Ours ours, Floor floor) {
         state.SetIterationTime(our_times.back());
     }
     constexpr double nanoseconds = 1e9;
-    const double our_time = median_of(our_times) * nanoseconds;
-    const double floor_time = median_of(floor_times) * nanoseconds;
-    state.counters["ours"] = our_time;
-    state.counters["floor"] = floor_time;
-    state.counters["ratio"] = our_time / floor_time;
+    state.counters["ours"] = median_of(our_times) * nanoseconds;
+    state.counters["floor"] = median_of(floor_times) * nanoseconds;
 }
 
 }  // namespace headsetmgmt::benchmarks

@@ -7,6 +7,9 @@
 
 namespace headsetmgmt::benchmarks {
 
+/// Makes names and texts of settings some 50 characters long, too long to lie inside a string.
+inline constexpr const char* long_remark = " of the template of an administrator";
+
 /// A document with as many `settings` of the administrator, usage ids from 1 on, each some 100
 /// bytes long as an administrator writes it. The last one is the model's own, so that all are sent.
 /// `remark` is added to names and values, to make them longer.

@@ -1,4 +1,5 @@
-// What the least that anyone could do is made of: log lines, a map of settings, a report.
+// What the least that anyone could do is made of: log lines, a map of settings, a report; and
+// whether it comes to what the library does.
 
 #pragma once
 
@@ -10,6 +11,8 @@
 
 #include "headsetmgmt/config.h"
 
+#include "core/json.h"
+
 namespace headsetmgmt::benchmarks {
 
 /// The texts of log lines, in one piece of memory, to be written as they stand.
@@ -19,6 +22,9 @@ public:
 
     /// Writes each with a string stream of its own and hands it to the log callback as a string.
     void write() const;
+
+    /// Hands each to the log callback as it stands.
+    void hand_over() const;
 
     std::size_t count() const { return ends.size(); }
 
@@ -33,7 +39,12 @@ std::vector<ConfigParam> settings_of_document(std::size_t settings, const std::s
 /// A map of them.
 std::map<int, ConfigParam> map_of(const std::vector<ConfigParam>& settings);
 
-/// Builds the report on `headset`, prints it and deletes both; its length.
-std::size_t build_report();
+/// Builds the report on `headset`, prints it and deletes the tree.
+JsonTextOwner print_report();
+
+/// Has the library make a report and read documents, and throws `std::runtime_error` when its
+/// report is not `print_report`'s, but for the time, or its settings are not those of `map_of`.
+/// While there is no `Phone`.
+void check_floors();
 
 }  // namespace headsetmgmt::benchmarks

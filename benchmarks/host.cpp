@@ -18,6 +18,7 @@ ApplyCall watched;
 
 Counts host_counts;
 std::function<void()> on_fetch;
+std::function<void(const char*)> on_post;
 
 void count_line(int /*level*/, const char* /*text*/) {
     ++host_counts.lines;
@@ -36,9 +37,12 @@ ApplyCall watched_apply() {
 
 namespace host = headsetmgmt::benchmarks;
 
-bool httpRequest(HttpRequestType type, const char* /*url*/, const char* /*body*/) {
+bool httpRequest(HttpRequestType type, const char* /*url*/, const char* body) {
     if (type == HTTP_REQUEST_POST) {
         ++host::host_counts.posts;
+        if (host::on_post) {
+            host::on_post(body);
+        }
         return true;
     }
     ++host::host_counts.fetches;

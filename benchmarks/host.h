@@ -25,6 +25,9 @@ void count_line(int level, const char* text);
 /// Called from inside each `httpRequest` for a document; set it while nothing is under way.
 extern std::function<void()> on_fetch;
 
+/// Called with the body of each post; set it while nothing is under way.
+extern std::function<void(const char* body)> on_post;
+
 /// A call of `apply_changes`: the thread's processor time in it, and how many lines were told
 /// before.
 struct ApplyCall {

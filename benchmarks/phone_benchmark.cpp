@@ -1,7 +1,9 @@
 // What a host sees: a document's way and a report's, each beside the least that anyone could do for
 // the same result.
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdio>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -38,10 +40,11 @@ enum class End { last_apply, result };
 
 /// From `httpResponse` to the last `apply_changes`, or on to its return: a few lines, and the end
 /// of the tree and of the copy of the text.
-void document(benchmark::State& state, End end) {
+/// `remark` stands at the end of each name and text.
+void document(benchmark::State& state, End end, const std::string& remark = "") {
     const auto settings = static_cast<std::size_t>(state.range(0));
-    const std::string text = document_of_settings(settings);
-    const std::vector<ConfigParam> list = settings_of_document(settings);
+    const std::string text = document_of_settings(settings, remark);
+    const std::vector<ConfigParam> list = settings_of_document(settings, remark);
     Phone phone;
     const auto answer_request = [&] {
         watch_apply(settings);
@@ -84,15 +87,29 @@ void document(benchmark::State& state, End end) {
     compare(state, ours, floor);
 }
 
+/// How much of a report's lines the floor composes.
+enum class FloorLines { composed, executors_finished };
+
 /// From `send_inventory` to the request, on both threads.
-void report(benchmark::State& state) {
+void report(benchmark::State& state, FloorLines floor_lines) {
     constexpr std::size_t at_a_time = 50;  // so that the worker's waking does not count
     Phone phone;
     const auto accessory = headset("1");
-    const Lines lines(phone.lines_of([&] {
+    std::vector<std::string> composed = phone.lines_of([&] {
         send_inventory(accessory);
         run_worker();
-    }));
+    });
+    // The executor's are the same for every task.
+    const auto executors =
+        std::stable_partition(composed.begin(), composed.end(), [&](const std::string& line) {
+            return floor_lines == FloorLines::composed || line.find("ExecutorImpl::") != 0;
+        });
+    const Lines finished_lines({executors, composed.end()});
+    composed.erase(executors, composed.end());
+    const Lines lines(composed);
+    if (finished_lines.count() != (floor_lines == FloorLines::composed ? 0 : 4)) {
+        throw std::logic_error("the executor has not written four lines");
+    }
 
     const auto ours = [&] {
         const std::size_t posts = host_counts.posts;
@@ -110,8 +127,9 @@ void report(benchmark::State& state) {
     const auto floor = [&] {
         const double seconds = processor_seconds_of([&] {
             for (std::size_t i = 0; i < at_a_time; ++i) {
-                benchmark::DoNotOptimize(build_report());
+                benchmark::DoNotOptimize(print_report());
                 lines.write();
+                finished_lines.hand_over();
             }
         });
         return seconds / at_a_time;
@@ -128,15 +146,43 @@ void document_to_its_result(benchmark::State& state) {
     document(state, End::result);
 }
 
+void document_of_long_texts(benchmark::State& state) {
+    document(state, End::last_apply, long_remark);
+}
+
+void report_all_lines_composed(benchmark::State& state) {
+    report(state, FloorLines::composed);
+}
+
+void report_executors_lines_finished(benchmark::State& state) {
+    report(state, FloorLines::executors_finished);
+}
+
 BENCHMARK(document_to_its_last_apply)->Arg(10)->Iterations(300)->UseManualTime();
 BENCHMARK(document_to_its_last_apply)->Arg(1000)->Iterations(40)->UseManualTime();
 BENCHMARK(document_to_its_last_apply)->Arg(100000)->Iterations(3)->UseManualTime();
 BENCHMARK(document_to_its_result)->Arg(10)->Iterations(300)->UseManualTime();
 BENCHMARK(document_to_its_result)->Arg(1000)->Iterations(40)->UseManualTime();
 BENCHMARK(document_to_its_result)->Arg(100000)->Iterations(3)->UseManualTime();
-BENCHMARK(report)->Iterations(300)->UseManualTime();
+BENCHMARK(document_of_long_texts)->Arg(1000)->Iterations(40)->UseManualTime();
+BENCHMARK(report_all_lines_composed)->Iterations(300)->UseManualTime();
+BENCHMARK(report_executors_lines_finished)->Iterations(300)->UseManualTime();
 
 }  // namespace
 }  // namespace headsetmgmt::benchmarks
 
-BENCHMARK_MAIN();
+int main(int count, char** arguments) {
+    try {
+        headsetmgmt::benchmarks::check_floors();
+    } catch (const std::runtime_error& error) {
+        std::fprintf(stderr, "phone_benchmark: %s\n", error.what());
+        return 1;
+    }
+    benchmark::Initialize(&count, arguments);
+    if (benchmark::ReportUnrecognizedArguments(count, arguments)) {
+        return 1;
+    }
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

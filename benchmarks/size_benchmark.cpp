@@ -1,5 +1,5 @@
-// Documents far larger than any that an administrator writes, at 1, 10 and 100 times the size: the
-// time a setting, a model entry and a byte takes stays the same, and so does the stack.
+// Documents far larger than any that an administrator writes, at 1, 10 and 100 times the size: how
+// the time grows that a setting, a model entry and a byte takes, and that the stack does not.
 
 #include <cstddef>
 #include <string>
