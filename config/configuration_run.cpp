@@ -317,11 +317,7 @@ void ConfigManagerImpl::end_run_without_fetch(ConfigInterface* config) {
         clean_up_pending_config_requests();
         return;
     }
-    try {
-        keep_in_reserve(config);
-    } catch (...) {
-        // The answer itself has to come.
-    }
+    keep_in_reserve(config);
 }
 
 /// Fetches that have not begun. The registry is held.
@@ -345,8 +341,13 @@ void ConfigManagerImpl::queue_fetch(ConfigInterface* config, FetchKind kind) {
 /// fetch later, unless an answer comes before. The registry is held.
 void ConfigManagerImpl::keep_in_reserve(ConfigInterface* config) {
     reserve_wanted = true;
-    if (queued(FetchKind::reserve) == 0) {
+    if (queued(FetchKind::reserve) != 0) {
+        return;
+    }
+    try {
         queue_fetch(config, FetchKind::reserve);
+    } catch (...) {
+        // Memory has run out: the answer itself has to come.
     }
 }
 

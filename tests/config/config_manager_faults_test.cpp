@@ -146,6 +146,21 @@ TEST(ConfigManagerFaults, OfARetryLeaveTheRunToAnAnswerThatIsStillToCome) {
     }
 }
 
+TEST(ConfigManagerFaults, OfTheReserveLeaveTheRunToItsAnswer) {
+    ManagerBench bench;
+    start_pending_run(bench);
+    bench.manager().remove_accessory("a");
+    FakeConfig* object = start_pending_run(bench);
+    bench.manager().on_fetch_config_failure(500);
+    bench.plugins.executor.throw_at(1);
+
+    EXPECT_NO_THROW(bench.run_tasks());
+
+    EXPECT_EQ(0u, bench.queued());
+    EXPECT_TRUE(bench.succeed("document"));
+    EXPECT_EQ((Lines{"document"}), object->script->documents);
+}
+
 TEST(ConfigManagerFaults, OfAFetchOfAHostThatLostAnAnswerLeaveTheRunToTheReserve) {
     ManagerBench bench;
     start_pending_run(bench);  // its answer never comes
