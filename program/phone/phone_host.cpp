@@ -14,16 +14,15 @@
 #include "program/exit_codes.h"
 #include "program/phone/answer_judgement.h"
 #include "program/phone/document_events.h"
+#include "program/phone/fetch_url.h"
+#include "program/phone/retry_wait.h"
+#include "program/phone/transfer_events.h"
 
 namespace headsetmgmt::program {
 
 namespace {
 
 using Lock = std::unique_lock<std::mutex>;
-
-constexpr int status_ok = 200;
-constexpr std::chrono::seconds first_wait{1};
-constexpr std::chrono::seconds longest_wait{60};
 
 PhoneHost* current_host = nullptr;
 
@@ -38,49 +37,12 @@ void on_log_line(int /*level*/, const char* text) {
     current_host->log_line(text);
 }
 
-/// 1 s after the first failure, twice as long after each further one, 60 s at most; less up to a
-/// quarter, so that the phones of a site do not ask all at once when its server comes back.
-std::chrono::milliseconds wait_before(int next_attempt, std::mt19937& random) {
-    std::chrono::milliseconds wait = first_wait;
-    for (int i = 2; i < next_attempt && wait < longest_wait; ++i) {
-        wait *= 2;
-    }
-    wait = std::min<std::chrono::milliseconds>(wait, longest_wait);
-    std::uniform_real_distribution<double> share(0.75, 1.0);
-    return std::chrono::milliseconds(
-        static_cast<long>(static_cast<double>(wait.count()) * share(random)));
-}
-
-/// Adds how a request ended to the event that tells it.
-void add_outcome(Event& told, const TransferResult& result, bool is_good) {
-    if (!result.final_url.empty()) {
-        told["finalUrl"] = result.final_url;
-    }
-    if (!result.error.empty()) {
-        told["error"] = result.error;
-        return;
-    }
-    told["status"] = result.status;
-    const std::string remark = is_good ? "" : remark_on(result.status);
-    if (!remark.empty()) {
-        told["message"] = remark;
-    }
-}
-
 /// What the library waits for before it fetches the document for an accessory; empty: it does not.
 std::string missing_members(const AccessoryCache& facts) {
     if (facts.software_version.empty() && facts.model.empty()) {
         return "softwareVersion, model";
     }
     return facts.software_version.empty() ? "softwareVersion" : facts.model.empty() ? "model" : "";
-}
-
-bool is_bare_name(const std::string& url) {
-    return url.find("://") == std::string::npos;
-}
-
-std::string bracketed(const std::string& server) {
-    return server.find(':') != std::string::npos ? "[" + server + "]" : server;
 }
 
 }  // namespace
@@ -99,7 +61,7 @@ int PhoneHost::run() {
     std::thread network([this] { work_on_requests(); });
     if (bring_up()) {
         Lock lock(state_mutex);
-        changed.wait(lock, [this] { return interrupted || is_complete(); });
+        changed.wait(lock, [this] { return interrupted || tally.is_complete(); });
     }
     {
         const Lock lock(state_mutex);
@@ -112,24 +74,10 @@ int PhoneHost::run() {
 
     tell_devices();
     const Lock lock(state_mutex);
-    const std::vector<std::string> all_reasons = verdict();
-    Event result = {{"event", "result"},
-                    {"ok", all_reasons.empty()},
-                    {"attached", attached},
-                    {"configured", configured},
-                    {"notConfigured", not_configured},
-                    {"reportsWanted", reports_wanted},
-                    {"reportsAccepted", reports_accepted},
-                    {"reportsFailed", reports_failed}};
-    if (passed_over != 0) {
-        result["settingsPassedOver"] = passed_over;
-    }
-    if (!all_reasons.empty()) {
-        result["reason"] = all_reasons.front();
-        result["reasons"] = all_reasons;
-    }
+    const bool is_broken_off = interrupted && !tally.is_complete();
+    const Event result = tally.result(is_broken_off ? interrupted_while : "");
     output.tell(result);
-    return all_reasons.empty() ? exit_done : exit_failed;
+    return result["ok"].get<bool>() ? exit_done : exit_failed;
 }
 
 /// Starts the library and attaches the accessories; false when it could not be started.
@@ -147,7 +95,7 @@ bool PhoneHost::bring_up() {
                              bench.service_url.c_str(), tftp.data(), korm.data(),
                              bench.user_id.c_str())) {
         const Lock lock(state_mutex);
-        note_reason("the library could not be started");
+        tally.note_reason("the library could not be started");
         return false;
     }
     for (const AccessoryCache& facts : bench.accessories) {
@@ -159,8 +107,8 @@ bool PhoneHost::bring_up() {
                      {"dongleVersion", facts.dongle_version}});
         {
             const Lock lock(state_mutex);
-            ++attached;
-            reports_wanted += bench.inventory_url.empty() ? 0 : 1;
+            ++tally.attached;
+            tally.reports_wanted += bench.inventory_url.empty() ? 0 : 1;
         }
         const auto accessory = std::make_shared<AccessoryCache>(facts);
         configure(accessory);
@@ -182,8 +130,8 @@ void PhoneHost::configure(const std::shared_ptr<AccessoryCache>& accessory) {
     const std::string missing = missing_members(*accessory);
     if (!is_taken) {
         const Lock lock(state_mutex);
-        ++not_configured;
-        note_reason("the library does not configure " + accessory->device_id);
+        ++tally.not_configured;
+        tally.note_reason("the library does not configure " + accessory->device_id);
     } else if (is_fetch_queued && !missing.empty()) {
         // The library gives the device that long to tell them, and then does without.
         output.tell(
@@ -198,9 +146,8 @@ void PhoneHost::interrupt() {
     {
         const Lock lock(state_mutex);
         interrupted = true;
-        interrupted_while =
-            interruption({under_way, attempt, held_back.has_value(),
-                          !gave_up && configured + not_configured < attached, last_fetch_failure});
+        interrupted_while = interruption({under_way, attempt, held_back.has_value(),
+                                          tally.wants_document(), last_fetch_failure});
         changed.notify_all();
     }
     transfers.interrupt();
@@ -245,8 +192,8 @@ void PhoneHost::log_line(const char* text) {
         const Lock lock(state_mutex);
         if (const std::optional<std::string> cause = report_lines.on_line(line)) {
             // There will be no request to tell how the report fared.
-            ++reports_failed;
-            note_reason("a report could not be built: " + *cause);
+            ++tally.reports_failed;
+            tally.note_reason("a report could not be built: " + *cause);
             changed.notify_all();
         }
     }
@@ -290,41 +237,30 @@ void PhoneHost::fetch(const TransferRequest& wanted) {
         const Lock lock(state_mutex);
         this_attempt = attempt;
     }
-    TransferRequest request = wanted;
-    Event told = {{"event", "fetch"}, {"attempt", this_attempt}, {"url", request.url}};
-    if (is_bare_name(request.url)) {
-        if (options.bench.tftp_servers.empty()) {
-            told["error"] =
-                "a file name without a server, and there is no TFTP server to look it up "
-                "on: set urls.config or servers.tftp";
-            output.tell(told);
-            end_fetch(told["error"]);
-            fail_fetch(0, true);
-            return;
-        }
-        request.url = "tftp://" + bracketed(options.bench.tftp_servers.front()) + "/" + request.url;
-        told["url"] = request.url;
+    const std::optional<FetchUrl> target = fetch_url(wanted.url, options.bench.tftp_servers);
+    if (!target) {
+        const std::string error = "a file name without a server, and there is no TFTP server to "
+                                  "look it up on: set urls.config or servers.tftp";
+        output.tell(
+            {{"event", "fetch"}, {"attempt", this_attempt}, {"url", wanted.url}, {"error", error}});
+        end_fetch(error);
+        fail_fetch(0, true);
+        return;
     }
-    const std::size_t query = request.url.find('?');
-    if (is_tftp_url(request.url) && query != std::string::npos) {
+    if (!target->dropped_query.empty()) {
         output.tell(
             {{"event", "note"},
-             {"text", "TFTP has no queries, so this is dropped: " + request.url.substr(query)}});
-        request.url.erase(query);
-        told["url"] = request.url;
+             {"text", "TFTP has no queries, so this is dropped: " + target->dropped_query}});
     }
+    TransferRequest request = wanted;
+    request.url = target->url;
     const TransferResult result = transfers.perform(request);
-    told["milliseconds"] = result.duration.count();
-    add_outcome(told, result, result.status == status_ok);
-    if (result.error.empty()) {
-        told["bytes"] = result.body.size();
-    }
-    output.tell(told);
+    output.tell(fetch_event(this_attempt, request, result));
     if (result.interrupted) {
         return;
     }
-    end_fetch(result.status == status_ok ? "" : failure_of(result));
-    if (result.status != status_ok) {
+    end_fetch(is_fetched(result) ? "" : failure_of(result));
+    if (!is_fetched(result)) {
         fail_fetch(result.status, false);
         return;
     }
@@ -344,8 +280,8 @@ void PhoneHost::deliver(const std::string& document) {
         output.tell({{"event", "detached"}, {"id", options.detach_on_answer}});
         remove_peripheral(options.detach_on_answer.c_str());
         const Lock lock(state_mutex);
-        ++not_configured;
-        note_reason(options.detach_on_answer + " was detached before it was configured");
+        ++tally.not_configured;
+        tally.note_reason(options.detach_on_answer + " was detached before it was configured");
         options.detach_on_answer.clear();
     }
     if (document.find('\0') != std::string::npos) {
@@ -354,7 +290,7 @@ void PhoneHost::deliver(const std::string& document) {
     }
     AnswerJudgement judged(document);
     judgement = &judged;
-    httpResponse(document.c_str(), status_ok);
+    httpResponse(document.c_str(), fetched_status);
     judgement = nullptr;
 
     for (const Event& event : firmware_events(judged, options.bench.accessories)) {
@@ -366,13 +302,14 @@ void PhoneHost::deliver(const std::string& document) {
     const Lock lock(state_mutex);
     attempt = 0;
     const int failed = static_cast<int>(judged.failures().size());
-    configured += judged.taken();
-    not_configured += failed;
-    passed_over += static_cast<int>(judged.passed_over().size());
+    tally.configured += judged.taken();
+    tally.not_configured += failed;
+    tally.passed_over += static_cast<int>(judged.passed_over().size());
     if (failed != 0) {
-        note_reason(std::to_string(failed) + " of " + std::to_string(judged.taken() + failed) +
-                    " accessories could not use the document: " +
-                    told["reasons"].front().get<std::string>());
+        tally.note_reason(std::to_string(failed) + " of " +
+                          std::to_string(judged.taken() + failed) +
+                          " accessories could not use the document: " +
+                          told["reasons"].front().get<std::string>());
     }
 }
 
@@ -383,8 +320,8 @@ void PhoneHost::fail_fetch(int status, bool for_good) {
     {
         const Lock lock(state_mutex);
         if (for_good || (options.give_up_after != 0 && attempt >= options.give_up_after)) {
-            gave_up = true;
-            note_reason(no_document(attempt, last_fetch_failure));
+            tally.gave_up = true;
+            tally.note_reason(no_document(attempt, last_fetch_failure));
             return;
         }
         next_attempt = attempt + 1;
@@ -396,50 +333,17 @@ void PhoneHost::fail_fetch(int status, bool for_good) {
 
 void PhoneHost::post(const TransferRequest& request) {
     const TransferResult result = transfers.perform(request);
-    constexpr int first_success = 200;
-    constexpr int first_redirect = 300;
-    const bool accepted = result.status >= first_success && result.status < first_redirect;
-    Event told = {{"event", "report"},
-                  {"url", request.url},
-                  {"bytes", request.body.size()},
-                  {"accepted", accepted},
-                  {"milliseconds", result.duration.count()}};
-    add_outcome(told, result, accepted);
-    output.tell(told);
+    output.tell(report_event(request, result));
     if (result.interrupted) {
         return;
     }
     const Lock lock(state_mutex);
-    if (accepted) {
-        ++reports_accepted;
+    if (is_accepted(result)) {
+        ++tally.reports_accepted;
         return;
     }
-    ++reports_failed;
-    note_reason("a report was not accepted: " + failure_of(result));
-}
-
-/// The state is held.
-void PhoneHost::note_reason(const std::string& reason) {
-    if (std::find(reasons.begin(), reasons.end(), reason) == reasons.end()) {
-        reasons.push_back(reason);
-    }
-}
-
-/// Whether everything that was begun has come to its end. The state is held.
-bool PhoneHost::is_complete() const {
-    const bool all_configured = configured + not_configured >= attached;
-    const bool all_reported = reports_accepted + reports_failed >= reports_wanted;
-    return all_reported && (all_configured || gave_up);
-}
-
-/// Why the run did not go well: the interruption, then what went wrong before it. Empty when it
-/// went well. The state is held.
-std::vector<std::string> PhoneHost::verdict() const {
-    std::vector<std::string> all = reasons;
-    if (interrupted && !is_complete()) {
-        all.insert(all.begin(), interrupted_while);
-    }
-    return all;
+    ++tally.reports_failed;
+    tally.note_reason("a report was not accepted: " + failure_of(result));
 }
 
 void PhoneHost::tell_devices() {

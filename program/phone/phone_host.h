@@ -12,7 +12,6 @@
 #include <random>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "headsetmgmt/phone/host_types.h"
 
@@ -20,6 +19,7 @@
 #include "program/phone/bench.h"
 #include "program/phone/report_judgement.h"
 #include "program/phone/run_end.h"
+#include "program/phone/run_tally.h"
 #include "program/phone/transfer.h"
 
 namespace headsetmgmt::program {
@@ -78,9 +78,6 @@ private:
     void deliver(const std::string& document);
     void end_fetch(const std::string& failure);
     void fail_fetch(int status, bool for_good);
-    void note_reason(const std::string& reason);
-    bool is_complete() const;
-    std::vector<std::string> verdict() const;
     void tell_devices();
 
     PhoneOptions options;
@@ -97,16 +94,8 @@ private:
     int attempt = 0;                 // fetches since the last document
     std::string last_fetch_failure;  // empty when the last fetch brought a document
     ReportJudgement report_lines;
-    int configured = 0;
-    int not_configured = 0;
-    int passed_over = 0;  // settings that could not be read, of each document
-    int attached = 0;
-    int reports_wanted = 0;
-    int reports_accepted = 0;
-    int reports_failed = 0;
-    std::vector<std::string> reasons;  // why the run will not end well, each once
-    std::string interrupted_while;     // what was going on then
-    bool gave_up = false;
+    RunTally tally;
+    std::string interrupted_while;  // what was going on then
     bool interrupted = false;
     bool stopping = false;
 };

@@ -16,6 +16,8 @@
 
 #include "headsetmgmt/constants.h"
 
+#include "program/phone/fetch_url.h"
+
 namespace headsetmgmt::program {
 
 namespace {
@@ -56,15 +58,6 @@ std::string listed(const std::vector<std::string>& texts) {
 
 std::string first_of(const std::vector<std::string>& servers) {
     return servers.empty() ? std::string() : servers.front();
-}
-
-/// As the library writes a server into a URL.
-std::string in_url(const std::string& server) {
-    return server.find(':') == std::string::npos ? server : "[" + server + "]";
-}
-
-bool is_bare_name(const std::string& url) {
-    return url.find("://") == std::string::npos;
 }
 
 /// What libcurl makes of a URL; the scheme is judged elsewhere.

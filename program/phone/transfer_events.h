@@ -1,0 +1,25 @@
+// The events that tell how a request over the network ended.
+
+#pragma once
+
+#include "program/output.h"
+#include "program/phone/transfer.h"
+
+namespace headsetmgmt::program {
+
+/// The status of an answer that brings a document; every other one is a failure.
+inline constexpr int fetched_status = 200;
+
+/// Whether the answer to a fetch brought a document.
+bool is_fetched(const TransferResult& result);
+
+/// Whether the answer to a report says that it was taken.
+bool is_accepted(const TransferResult& result);
+
+/// The event `fetch`.
+Event fetch_event(int attempt, const TransferRequest& request, const TransferResult& result);
+
+/// The event `report`.
+Event report_event(const TransferRequest& request, const TransferResult& result);
+
+}  // namespace headsetmgmt::program
