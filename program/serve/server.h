@@ -9,13 +9,12 @@
 #include <functional>
 #include <memory>
 #include <microhttpd.h>
-#include <stdexcept>
 #include <string>
 
-#include "program/exit_codes.h"
 #include "program/output.h"
+#include "program/serve/answers.h"
 #include "program/serve/connections.h"
-#include "program/serve/documents.h"
+#include "program/serve/server_error.h"
 
 namespace headsetmgmt::program {
 
@@ -25,17 +24,6 @@ struct ServerOptions {
     std::uint16_t port = 0;              ///< 0: the system picks one
     unsigned int patience_seconds = 10;  ///< a connection on which nothing moves is closed then
 };
-
-/// Why a server could not be started, and the exit code for it.
-class ServerError : public std::runtime_error {
-public:
-    ServerError(ExitCode code, const std::string& message)
-        : std::runtime_error(message), exit_code(code) {}
-
-    ExitCode exit_code;
-};
-
-struct Request;
 
 /// Answers GET and HEAD with the documents of a folder, and POST with what an
 /// inventory service says, on a thread of its own. Without encryption, without
@@ -75,17 +63,12 @@ private:
         void operator()(MHD_Daemon* stopped) const { MHD_stop_daemon(stopped); }
     };
 
-    MHD_Result answer(MHD_Connection* connection, Request& request);
-    MHD_Result answer_document(MHD_Connection* connection, Request& request);
-    MHD_Result answer_report(MHD_Connection* connection, Request& request);
-
-    Documents documents;
     Tell tell;
+    Answers answers;
     Connections connections{tell};
     unsigned int patience_seconds;
     std::uint16_t listening_port = 0;
     std::atomic<std::uint64_t> requests{0};
-    std::atomic<std::uint64_t> reports{0};
     std::unique_ptr<MHD_Daemon, DaemonDeleter> daemon;  // last: its thread uses all above
 };
 

@@ -1,0 +1,18 @@
+// The socket on which a server takes connections.
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "program/serve/documents.h"
+
+namespace headsetmgmt::program {
+
+/// Listens on an IPv4 or IPv6 address; port 0: the system picks one. Throws ServerError.
+FileHandle listen_on(const std::string& address, std::uint16_t port);
+
+/// The port that is listened on.
+std::uint16_t port_of(const FileHandle& listener);
+
+}  // namespace headsetmgmt::program
