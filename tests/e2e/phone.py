@@ -6,6 +6,7 @@ import signal
 import subprocess
 import threading
 
+from events import parsed
 from servers import PATIENCE
 
 
@@ -50,6 +51,10 @@ class Phone:
         with self.changed:
             if not self.changed.wait_for(is_said, PATIENCE):
                 raise TimeoutError(f"not said: {beginning}; but: {self.lines}")
+
+    def events(self):
+        """What it has told so far, with --json: every line is an event that the page describes."""
+        return [parsed("phone", line) for line in self.lines]
 
     def finish(self, patience=PATIENCE):
         """Waits for the end; the exit code."""

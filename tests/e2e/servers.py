@@ -13,6 +13,8 @@ import tempfile
 import threading
 import time
 
+from events import parsed
+
 PATIENCE = 60  # seconds until something that must happen counts as missing
 
 
@@ -111,7 +113,7 @@ class Serve:
 
     def events(self, kind):
         lines = self.log.read_text(encoding="utf-8").splitlines(keepends=True)
-        events = [json.loads(line) for line in lines if line.endswith("\n")]
+        events = [parsed("serve", line) for line in lines if line.endswith("\n")]
         return [event for event in events if event["event"] == kind]
 
     def stop(self):

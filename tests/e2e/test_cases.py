@@ -76,3 +76,24 @@ def test_case(file, program, documents, benches, tmp_path):
     assert server.requests == case["requests"]
     assert [without_time(report, begin) for report in server.reports] == case.get("reports", [])
     assert code == case["exit"]
+
+
+def waits_for_words(case):
+    """Whether the scripted server waits until the phone has said something in words."""
+    answers = case.get("answers", []) + case.get("report answers", [])
+    return any("wait for" in step for answer in answers for step in answer)
+
+
+@pytest.mark.parametrize("file", CASES, ids=lambda file: file.stem)
+def test_case_tells_its_events_as_the_page_says(file, program, documents, benches, tmp_path):
+    case = json.loads(file.read_text(encoding="utf-8"))
+    if waits_for_words(case):
+        pytest.skip("its server waits for words, and there are none with --json")
+    with contextlib.ExitStack() as stack:
+        server = stack.enter_context(server_of(case, program, documents, tmp_path))
+        arguments = [*arguments_of(case, benches, server.url), "--json"]
+        phone = stack.enter_context(Phone(program, arguments))
+        code = phone.finish()
+
+    assert phone.events()[-1]["event"] == "result"
+    assert code == case["exit"]

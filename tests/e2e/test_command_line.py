@@ -1,12 +1,12 @@
 """Command lines and bench files that are refused: exit code 2, and a message that says what is
 wrong."""
 
-import json
 import socket
 import subprocess
 
 import pytest
 
+from events import parsed
 from servers import PATIENCE
 
 # The text of a bench file, and what is said of it. BENCH is the file's path.
@@ -219,7 +219,7 @@ def test_wrong_bench_file_with_json(program, tmp_path):
     bench = tmp_path / "bench.json"
     bench.write_text("[]", encoding="utf-8")
     result = run(program, "phone", "--bench", bench, "--json")
-    assert json.loads(result.stdout) == {
+    assert parsed("phone", result.stdout) == {
         "format": 1,
         "event": "error",
         "message": f"{bench}:1: the document: expected an object, found an array of 0",
@@ -230,7 +230,7 @@ def test_wrong_bench_file_with_json(program, tmp_path):
 
 def test_wrong_url_with_json(program):
     result = run(program, "phone", *HEADSET, "--config-url", "http:///x", "--json")
-    assert json.loads(result.stdout) == {
+    assert parsed("phone", result.stdout) == {
         "format": 1,
         "event": "error",
         "message": 'config URL "http:///x": no server stands after "http://"',
@@ -241,11 +241,18 @@ def test_wrong_url_with_json(program):
 
 def test_option_for_a_value_with_json(program):
     result = run(program, "phone", *HEADSET, "--config-url", "--json")
-    assert json.loads(result.stdout) == {
+    assert parsed("phone", result.stdout) == {
         "format": 1,
         "event": "error",
         "message": '--config-url: expected a URL, found the option "--json"',
     }
+    assert result.stderr == ""
+    assert result.returncode == 2
+
+
+def test_missing_folder_with_json(program):
+    result = run(program, "serve", "--port", "0", "--documents", "/no/such", "--json")
+    assert parsed("serve", result.stdout)["event"] == "error"
     assert result.stderr == ""
     assert result.returncode == 2
 

@@ -4,6 +4,7 @@ library's own log."""
 import json
 import pathlib
 import signal
+import socket
 import time
 
 import pytest
@@ -145,22 +146,12 @@ def test_stopped_while_a_report_is_on_its_way(program, benches, documents):
     assert code == 1
 
 
-def json_lines(phone):
-    """The phone's lines as objects: every line is one, of the format that is promised."""
-    events = [json.loads(line) for line in phone.lines]
-    for event in events:
-        assert isinstance(event, dict)
-        assert event["format"] == 1
-        assert isinstance(event["event"], str)
-    return events
-
-
 def test_json_lines_of_a_good_run(program, benches, documents, tmp_path):
     with Serve(program, documents, tmp_path) as server:
         arguments = arguments_for(benches, server.url, "good.json")
         with Phone(program, [*arguments, "--json", "--verbose"]) as phone:
             code = phone.finish()
-    events = json_lines(phone)
+    events = phone.events()
     for event in events:
         if "milliseconds" in event:
             assert isinstance(event.pop("milliseconds"), int)
@@ -206,7 +197,7 @@ def test_json_lines_of_a_failed_run(program, benches, documents, tmp_path):
         arguments = arguments_for(benches, server.url, "missing.json")
         with Phone(program, [*arguments, "--json", "--give-up-after", "1"]) as phone:
             code = phone.finish()
-    assert json_lines(phone)[-1] == {
+    assert phone.events()[-1] == {
         "format": 1,
         "event": "result",
         "ok": False,
@@ -223,6 +214,20 @@ def test_json_lines_of_a_failed_run(program, benches, documents, tmp_path):
     assert code == 1
 
 
+def test_json_lines_of_a_dongle_and_a_camera(program, benches, documents, tmp_path):
+    with Serve(program, documents, tmp_path) as server:
+        arguments = ["--bench", benches / "dongle-and-camera.json", "--json"]
+        arguments += ["--config-url", f"{server.url}/good.json"]
+        arguments += ["--inventory-url", f"{server.url}/inventory"]
+        with Phone(program, arguments) as phone:
+            code = phone.finish()
+    firmware = [event for event in phone.events() if event["event"] == "firmware"]
+    assert {"format": 1, "event": "firmware", "model": "Varos K30", "id": "wireless-headset",
+            "dongleModel": "Varos Link", "decision": "no upgrade required", "reported": "1-3-0",
+            "wanted": "1-3-0"} in firmware
+    assert code == 0
+
+
 def test_json_lines_of_an_interrupted_run(program, benches, documents):
     with Scripted(documents, [["stall"]]) as server:
         arguments = arguments_for(benches, server.url, "config.json")
@@ -230,7 +235,7 @@ def test_json_lines_of_an_interrupted_run(program, benches, documents):
             server.wait_for_request()
             phone.signal(signal.SIGTERM)
             code = phone.finish()
-    result = json_lines(phone)[-1]
+    result = phone.events()[-1]
     assert (result["event"], result["reason"]) == ("result", "interrupted during attempt 1")
     assert code == 1
 
@@ -284,6 +289,25 @@ def test_server_of_an_empty_folder_says_so(program, tmp_path):
         assert server.stop() == 0
         notes = [event["text"] for event in server.events("note")]
     assert notes == ["the documents folder is empty: there is nothing to fetch yet"]
+
+
+@pytest.mark.parametrize(
+    "said, event, error",
+    [
+        (b"x\r\n\r\n", "connection", "no request: nothing was sent, or its first line is "),
+        (b"GET /good.json HTTP/1.1\r\nHo", "request", "broken off "),
+    ],
+    ids=["no-request", "half-a-request"],
+)
+def test_json_lines_of_a_server_that_hears_nonsense(
+    said, event, error, program, documents, tmp_path
+):
+    with Serve(program, documents, tmp_path) as server:
+        with socket.create_connection(("127.0.0.1", server.port)) as client:
+            client.sendall(said)
+        wait_until(lambda: server.events(event), event)
+        assert server.events(event)[0]["error"].startswith(error)
+        assert server.stop() == 0
 
 
 def test_server_of_documents_has_nothing_to_note(program, documents, tmp_path):
