@@ -29,9 +29,9 @@ constexpr char userid_token[] = "{userid}";
 /// What the library puts into a URL, and where that comes from.
 struct Placeholder {
     std::string token;
-    std::string kind;  ///< "TFTP server"
-    std::string value;
-    std::string missing;  ///< why there is nothing to put in its place, and what to do
+    std::string kind;     ///< "TFTP server"
+    std::string value;    ///< empty: the library leaves a server's token; a user's becomes nothing
+    std::string sources;  ///< where a server comes from: "servers.tftp or --tftp-server"
 };
 
 /// A URL as it is given, and what may stand in it.
@@ -87,11 +87,22 @@ private:
     CURLUcode result;
 };
 
-/// What stands between "://" and the path.
-std::string authority_of(const std::string& url) {
-    const std::size_t begin = url.find("://") + 3;
-    return url.substr(begin, url.find_first_of("/?#", begin) - begin);
-}
+/// The parts of a URL as libcurl sees them, which passes over one slash too many.
+struct UrlParts {
+    explicit UrlParts(const std::string& url) {
+        std::size_t begin = url.find("://") + 3;
+        if (url.compare(begin, 1, "/") == 0) {
+            ++begin;
+        }
+        end = std::min(url.find_first_of("/?#", begin), url.size());
+        before = url.substr(0, begin);
+        authority = url.substr(begin, end - begin);
+    }
+
+    std::string before;  ///< "http://"
+    std::string authority;
+    std::size_t end = 0;  ///< where the path begins
+};
 
 /// Refuses what is in braces and no placeholder of this URL.
 [[noreturn]] void refuse_token(const Template& url, const std::string& token) {
@@ -108,16 +119,15 @@ std::string authority_of(const std::string& url) {
                "; a brace itself is written %7B or %7D");
 }
 
-/// Refuses what is no known placeholder in its place, once, with something to stand for.
+/// Refuses letters in braces that are no placeholder here, and a second one of a kind.
 void check_placeholders(const Template& url) {
+    constexpr char letters[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
     std::set<std::string> found;
-    std::size_t end = 0;
-    for (std::size_t begin = url.text.find_first_of("{}"); begin != std::string::npos;
-         begin = url.text.find_first_of("{}", end + 1)) {
-        end = url.text.find('}', begin);
-        if (url.text[begin] == '}' || end == std::string::npos) {
-            refuse(url.kind, url.text,
-                   "a brace without its partner; a brace itself is written %7B or %7D");
+    for (std::size_t begin = url.text.find('{'); begin != std::string::npos;
+         begin = url.text.find('{', begin + 1)) {
+        const std::size_t end = url.text.find_first_not_of(letters, begin + 1);
+        if (end == begin + 1 || end == std::string::npos || url.text[end] != '}') {
+            continue;
         }
         const std::string token = url.text.substr(begin, end + 1 - begin);
         const auto placeholder =
@@ -125,9 +135,6 @@ void check_placeholders(const Template& url) {
                          [&token](const Placeholder& one) { return one.token == token; });
         if (placeholder == url.placeholders.end()) {
             refuse_token(url, token);
-        }
-        if (placeholder->value.empty()) {
-            refuse(url.kind, url.text, token + placeholder->missing);
         }
         if (!found.insert(token).second) {
             refuse(url.kind, url.text,
@@ -140,47 +147,6 @@ void check_placeholders(const Template& url) {
 
 bool stands_in(const Placeholder& placeholder, const Template& url) {
     return url.text.find(placeholder.token) != std::string::npos;
-}
-
-/// What to write instead of a server with a port.
-std::string with_port(const Template& url, const Placeholder& placeholder,
-                      const std::string& name_without_server) {
-    const std::size_t colon = placeholder.value.rfind(':');
-    const std::string port = placeholder.value.substr(colon);
-    std::string text = url.text;
-    if (!stands_in(placeholder, url)) {
-        const std::string host = placeholder.value.substr(0, colon);
-        return "tftp://" + in_url(host) + port + "/" + name_without_server;
-    }
-    const std::size_t place = text.find(placeholder.token) + placeholder.token.size();
-    const bool has_one = text.compare(place, 1, ":") == 0;
-    return has_one ? text : text.insert(place, port);
-}
-
-/// Refuses a server that is no bare host name or address. `file_name` is what is looked up on it
-/// when the URL is a file name.
-void check_server(const Template& url, const Placeholder& placeholder,
-                  const std::string& file_name) {
-    const std::string& server = placeholder.value;
-    if (server.find("://") != std::string::npos) {
-        refuse(placeholder.kind, server, "expected a host name or an IP address, found a URL");
-    }
-    if (server.find('[') != std::string::npos) {
-        refuse(placeholder.kind, server,
-               "expected a host name or an IP address, without brackets and without a port");
-    }
-    const bool is_name_or_ipv6 = server.find(':') == std::string::npos ||
-                                 ParsedUrl("http://[" + server + "]/").error() == CURLUE_OK;
-    if (is_name_or_ipv6) {
-        return;
-    }
-    const std::string port = server.substr(server.rfind(':') + 1);
-    if (port.empty() || port.find_first_not_of("0123456789") != std::string::npos) {
-        refuse(placeholder.kind, server, "expected a host name or an IP address");
-    }
-    refuse(placeholder.kind, server,
-           "no port here; write it into the " + url.kind + ": " +
-               with_port(url, placeholder, file_name));
 }
 
 std::string percent_coded(char character) {
@@ -197,23 +163,75 @@ bool is_blank_or_control(char character) {
     return byte <= last_blank || byte == del;
 }
 
-/// Refuses a user id that would become another part of the URL than it stands in.
-void check_user_id(const Template& url, const std::string& user_id) {
-    const auto does_not_belong = [](char character) {
-        return is_blank_or_control(character) ||
-               std::string("/?#%").find(character) != std::string::npos;
-    };
-    const auto wrong = std::find_if(user_id.begin(), user_id.end(), does_not_belong);
-    if (wrong == user_id.end()) {
+/// Where the first one stands; the text's size when there is none.
+std::size_t blank_or_control_in(const std::string& text) {
+    return static_cast<std::size_t>(std::find_if(text.begin(), text.end(), is_blank_or_control) -
+                                    text.begin());
+}
+
+std::string quoted(char character) {
+    return std::string("\"") + character + "\"";
+}
+
+/// Refuses a server with a port, and says where the port belongs.
+[[noreturn]] void refuse_port(const Template& url, const Placeholder& placeholder) {
+    const std::string& server = placeholder.value;
+    const std::size_t colon = server.rfind(':');
+    const std::string port = server.substr(colon);
+    std::string with_port = url.text.empty() ? constants::default_config_file : url.text;
+    if (is_bare_name(url.text)) {
+        with_port.insert(0, "tftp://" + in_url(server.substr(0, colon)) + port + "/");
+    } else {
+        const std::size_t place = url.text.find(placeholder.token) + placeholder.token.size();
+        if (url.text.compare(place, 1, ":") == 0) {
+            refuse(placeholder.kind, server,
+                   "the " + url.kind + " has a port already: give the server without one");
+        }
+        with_port.insert(place, port);
+    }
+    refuse(placeholder.kind, server,
+           "no port here; write it into the " + url.kind + ": " + with_port);
+}
+
+/// Refuses a server that is missing, or no bare host name or address.
+void check_server(const Template& url, const Placeholder& placeholder) {
+    const std::string& server = placeholder.value;
+    if (server.empty()) {
+        refuse(url.kind, url.text,
+               placeholder.token + " has no server to stand for: give " + placeholder.sources);
+    }
+    const std::size_t wrong = blank_or_control_in(server);
+    if (wrong != server.size()) {
+        refuse(placeholder.kind, server, quoted(server[wrong]) + " cannot stand in a host name");
+    }
+    if (server.find("://") != std::string::npos) {
+        refuse(placeholder.kind, server, "expected a host name or an IP address, found a URL");
+    }
+    if (server.find('[') != std::string::npos) {
+        refuse(placeholder.kind, server,
+               "expected a host name or an IP address, without brackets and without a port");
+    }
+    const bool is_name_or_ipv6 = server.find(':') == std::string::npos ||
+                                 ParsedUrl("http://[" + server + "]/").error() == CURLUE_OK;
+    if (is_name_or_ipv6) {
         return;
     }
-    std::string coded;
-    for (const char character : user_id) {
-        coded += does_not_belong(character) ? percent_coded(character) : std::string(1, character);
+    const std::string port = server.substr(server.rfind(':') + 1);
+    if (port.empty() || port.find_first_not_of("0123456789") != std::string::npos) {
+        refuse(placeholder.kind, server, "expected a host name or an IP address");
     }
-    refuse("user id", user_id,
-           std::string("\"") + *wrong + "\" would go into the " + url.kind + " unescaped; write " +
-               coded + " there in place of " + userid_token);
+    refuse_port(url, placeholder);
+}
+
+/// The library puts a user id in as it is.
+void check_user_id(const Template& url, const Placeholder& user) {
+    const std::size_t wrong = blank_or_control_in(user.value);
+    if (wrong != user.value.size()) {
+        refuse(user.kind, user.value,
+               quoted(user.value[wrong]) + " cannot stand in a URL; write the user id into the " +
+                   url.kind + " in place of " + user.token + ", with " +
+                   percent_coded(user.value[wrong]));
+    }
 }
 
 /// Refuses a whole URL, with everything replaced, that libcurl refuses or that no server can
@@ -223,25 +241,28 @@ void check_syntax(const Template& url, const std::string& made) {
     if (made != url.text) {
         told += "\", which becomes \"" + made;
     }
-    const auto wrong = std::find_if(made.begin(), made.end(), is_blank_or_control);
-    if (wrong != made.end()) {
+    const UrlParts parts(made);
+    const std::size_t wrong = blank_or_control_in(made);
+    if (wrong != made.size()) {
+        // A user name and a password before the host can be coded.
+        const std::size_t at = made.find_last_of('@', parts.end);
+        const bool is_in_host = wrong < parts.end && (at == std::string::npos || at < wrong);
         refuse(url.kind, told,
-               std::string("\"") + *wrong + "\" cannot stand in a URL; write " +
-                   percent_coded(*wrong));
+               quoted(made[wrong]) + " cannot stand in a " +
+                   (is_in_host ? "host name" : "URL; write " + percent_coded(made[wrong])));
     }
-    const std::string authority = authority_of(made);
-    const std::string before = made.substr(0, made.find("://") + 3);
     const ParsedUrl parsed(made);
-    if (authority.empty() || parsed.error() == CURLUE_NO_HOST) {
-        refuse(url.kind, told, "no server stands after \"" + before + "\"");
+    if (parsed.error() == CURLUE_NO_HOST) {
+        refuse(url.kind, told, "no server stands after \"" + parts.before + "\"");
     }
     if (parsed.error() == CURLUE_BAD_PORT_NUMBER || parsed.port() == "0") {
-        refuse(url.kind, told, "expected a port from 1 to 65535, found \"" + authority + "\"");
+        refuse(url.kind, told,
+               "expected a port from 1 to 65535, found \"" + parts.authority + "\"");
     }
     if (parsed.error() == CURLUE_BAD_HOSTNAME || parsed.error() == CURLUE_BAD_IPV6) {
         refuse(url.kind, told,
-               "expected a host name or an IP address after \"" + before + "\", found \"" +
-                   authority + "\"");
+               "expected a host name or an IP address after \"" + parts.before + "\", found \"" +
+                   parts.authority + "\"");
     }
     if (parsed.error() != CURLUE_OK) {
         refuse(url.kind, told, curl_url_strerror(parsed.error()));
@@ -272,39 +293,47 @@ std::string replaced(const Template& url) {
     return made;
 }
 
+/// Whether a config URL that is no URL is none of a file either, but a URL that was begun wrongly:
+/// "http:/host/x", "host:80/x".
+bool is_wrong_url(const std::string& name) {
+    const std::size_t mark = name.find_first_of(":/?#");
+    return mark != std::string::npos && name[mark] == ':' &&
+           name.find('/', mark) != std::string::npos;
+}
+
 void check_config_url(const Bench& bench) {
     const Placeholder tftp = {tftp_token, "TFTP server", first_of(bench.tftp_servers),
-                              " has no server to stand for: give servers.tftp or --tftp-server"};
-    const Placeholder user = {userid_token, "user id", bench.user_id,
-                              " has no user id to stand for: give phone.userId or --user"};
-    Template url = {"config URL", "a", bench.config_url, {tftp, user}, {"http", "https", "tftp"}};
+                              "servers.tftp or --tftp-server"};
+    const Placeholder user = {userid_token, "user id", bench.user_id, {}};
+    const Template url = {
+        "config URL", "a", bench.config_url, {tftp, user}, {"http", "https", "tftp"}};
     check_placeholders(url);
     if (stands_in(user, url)) {
-        check_user_id(url, user.value);
+        check_user_id(url, user);
     }
     if (!is_bare_name(url.text)) {
         if (stands_in(tftp, url)) {
-            check_server(url, tftp, {});
+            check_server(url, tftp);
         }
         check_scheme(url);
         check_syntax(url, replaced(url));
         return;
     }
-    if (url.text.find_first_of(":/") != std::string::npos) {
+    if (is_wrong_url(url.text)) {
         refuse(url.kind, url.text,
                "neither a URL (http://..., https://..., tftp://...) nor the name of a file on the "
                "TFTP server");
     }
     if (!tftp.value.empty()) {
+        check_server(url, tftp);
         const std::string name = url.text.empty() ? constants::default_config_file : replaced(url);
-        check_server(url, tftp, name);
         check_syntax(url, "tftp://" + in_url(tftp.value) + "/" + name);
     }
 }
 
 void check_inventory_url(const Bench& bench) {
     const Placeholder korm = {korm_token, "call-control server", first_of(bench.korm_servers),
-                              " has no server to stand for: give servers.korm or --korm-server"};
+                              "servers.korm or --korm-server"};
     const Template url = {"inventory URL", "an", bench.inventory_url, {korm}, {"http", "https"}};
     if (url.text.empty()) {
         return;
@@ -314,7 +343,7 @@ void check_inventory_url(const Bench& bench) {
         refuse(url.kind, url.text, "expected a URL: http://... or https://...");
     }
     if (stands_in(korm, url)) {
-        check_server(url, korm, {});
+        check_server(url, korm);
     }
     check_scheme(url);
     check_syntax(url, replaced(url));

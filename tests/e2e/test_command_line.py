@@ -229,11 +229,11 @@ def test_wrong_bench_file_with_json(program, tmp_path):
 
 
 def test_wrong_url_with_json(program):
-    result = run(program, "phone", *HEADSET, "--config-url", "http:///x", "--json")
+    result = run(program, "phone", *HEADSET, "--config-url", "http://:80/x", "--json")
     assert parsed("phone", result.stdout) == {
         "format": 1,
         "event": "error",
-        "message": 'config URL "http:///x": no server stands after "http://"',
+        "message": 'config URL "http://:80/x": no server stands after "http://"',
     }
     assert result.stderr == ""
     assert result.returncode == 2
