@@ -5,10 +5,12 @@
 namespace headsetmgmt::program {
 
 enum ExitCode : int {
-    exit_done = 0,  ///< everything that was asked for happened
-    exit_failed =
-        1,  ///< something did not; the last line says what, or standard error if output is lost
-    exit_usage = 2,  ///< the command line, or what it names (bench file, folder, address), is wrong
+    /// Everything that was asked for happened.
+    exit_done = 0,
+    /// Something did not; the last line says what, or standard error when output was lost.
+    exit_failed = 1,
+    /// The command line, or a file, folder, URL or address that it names, is wrong.
+    exit_usage = 2,
 };
 
 }  // namespace headsetmgmt::program

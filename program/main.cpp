@@ -39,20 +39,24 @@ bool fill_closed_descriptors() {
 constexpr char exit_codes_in_words[] =
     "Exit codes:\n"
     "  0  everything that was asked for happened\n"
-    "  1  something did not; the last line says what\n"
-    "  2  the command line, or a file or URL that it names, is wrong";
+    "  1  something did not; the last line says what, or standard error when output was lost\n"
+    "  2  the command line, or a file, folder, URL or address that it names, is wrong";
 
 /// Tells what the parser refused.
 void tell(const CLI::App& program, const CLI::ParseError& error,
           const std::vector<std::string>& arguments) {
-    const bool as_json = std::count(arguments.begin(), arguments.end(), "--json") != 0;
+    const bool as_json =
+        std::any_of(arguments.begin(), arguments.end(), [](const std::string& argument) {
+            return argument.substr(0, argument.find('=')) == "--json";
+        });
     std::string who = "headsetmgmt";
     std::string message = error.what();
     const std::vector<CLI::App*> subcommands = program.get_subcommands();
     if (!subcommands.empty()) {
         who += " " + subcommands.front()->get_name();
     } else {
-        message = "no subcommand" + (arguments.empty() ? "" : " \"" + arguments.front() + "\"") +
+        const bool is_named = !arguments.empty() && arguments.front().substr(0, 1) != "-";
+        message = "no subcommand" + (is_named ? " \"" + arguments.front() + "\"" : "") +
                   "; expected phone or serve";
     }
     tell_usage_error(who, message, as_json);

@@ -90,6 +90,10 @@ WRONG_COMMAND_LINES = {
         ["phoen"],
         'headsetmgmt: no subcommand "phoen"; expected phone or serve\n',
     ),
+    "option-without-a-subcommand": (
+        ["--bogus"],
+        "headsetmgmt: no subcommand; expected phone or serve\n",
+    ),
     "unknown-option": (
         ["phone", "--nope"],
         "headsetmgmt phone: The following argument was not expected: --nope\n",
@@ -188,8 +192,8 @@ WRONG_COMMAND_LINES = {
 EXIT_CODES = """\
 Exit codes:
   0  everything that was asked for happened
-  1  something did not; the last line says what
-  2  the command line, or a file or URL that it names, is wrong
+  1  something did not; the last line says what, or standard error when output was lost
+  2  the command line, or a file, folder, URL or address that it names, is wrong
 """
 
 
@@ -289,3 +293,17 @@ def test_version(program):
     result = run(program, "--version")
     assert result.stdout == "1.0.0\n"
     assert result.returncode == 0
+
+
+@pytest.mark.parametrize(
+    ("arguments", "message"),
+    [
+        (["--json"], "no subcommand; expected phone or serve"),
+        (["phone", "--json=true", "--bogus"], "The following argument was not expected: --bogus"),
+    ],
+)
+def test_wrong_command_line_with_json(arguments, message, program):
+    result = run(program, *arguments)
+    assert result.stdout == f'{{"format":1,"event":"error","message":"{message}"}}\n'
+    assert result.stderr == ""
+    assert result.returncode == 2
