@@ -240,7 +240,7 @@ void PhoneHost::fetch(const TransferRequest& wanted) {
     const std::optional<FetchUrl> target = fetch_url(wanted.url, options.bench.tftp_servers);
     if (!target) {
         const std::string error = "a file name without a server, and there is no TFTP server to "
-                                  "look it up on: set urls.config or servers.tftp";
+                                  "look it up on: give servers.tftp or --tftp-server";
         output.tell(
             {{"event", "fetch"}, {"attempt", this_attempt}, {"url", wanted.url}, {"error", error}});
         end_fetch(error);

@@ -277,7 +277,7 @@ def test_report_of_a_phone_without_a_document(program, documents, tmp_path):
     assert phone.lines[-2:] == [
         "0 of 1 configured, 1 without a document; 1 of 1 reports accepted",
         "failed: no document after 1 attempt: a file name without a server, and there is no TFTP "
-        "server to look it up on: set urls.config or servers.tftp",
+        "server to look it up on: give servers.tftp or --tftp-server",
     ]
     assert code == 1
 
