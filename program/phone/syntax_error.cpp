@@ -20,6 +20,14 @@ public:
         }
     }
 
+    /// Goes on to the end of the text or key that is under way; whether there is one.
+    bool reaches_end_of_text(std::string_view text) {
+        return std::any_of(text.begin(), text.end(), [this](char byte) {
+            read(byte);
+            return !in_text;
+        });
+    }
+
     std::size_t levels() const { return open.size(); }
     bool is_in_text() const { return in_text; }
     bool wants_key() const { return before_key; }
@@ -78,20 +86,41 @@ std::string place_after(std::string_view before) {
     return "line " + std::to_string(lines + 1) + ", column " + std::to_string(columns + 1);
 }
 
+/// The last byte that is no white space; a blank when there is none.
+char last_token_byte(std::string_view text) {
+    const std::size_t last = text.find_last_not_of(" \t\r\n");
+    return last != std::string_view::npos ? text[last] : ' ';
+}
+
+bool is_one_of(char byte, std::string_view bytes) {
+    return bytes.find(byte) != std::string_view::npos;
+}
+
+/// Whether a value may follow `before`.
+bool may_stand_after(std::string_view before) {
+    return is_one_of(last_token_byte(before), " [:,");
+}
+
 /// Whether more bytes could have made a word or a number of it.
-bool is_cut_off_word(std::string_view rest) {
+bool is_cut_off_word(std::string_view before, std::string_view rest) {
     static constexpr std::string_view words[] = {"true", "false", "null", "-0"};
-    return std::any_of(std::begin(words), std::end(words), [rest](std::string_view word) {
-        return rest.size() < word.size() && word.substr(0, rest.size()) == rest;
-    });
+    const bool begins_word =
+        std::any_of(std::begin(words), std::end(words), [rest](std::string_view word) {
+            return rest.size() < word.size() && word.substr(0, rest.size()) == rest;
+        });
+    return rest.empty() || (begins_word && may_stand_after(before));
+}
+
+/// Whether `rest` is an exponent without its digits: the parser takes the number before it.
+bool is_cut_off_exponent(std::string_view before, std::string_view rest) {
+    const bool is_exponent = !rest.empty() && is_one_of(rest.front(), "eE") &&
+                             (rest.size() == 1 || (rest.size() == 2 && is_one_of(rest[1], "+-")));
+    return is_exponent && !before.empty() && is_one_of(before.back(), "0123456789");
 }
 
 /// Whether `rest` is an array or an object where one may stand.
 bool is_one_more_level(std::string_view before, std::string_view rest) {
-    const std::size_t last = before.find_last_not_of(" \t\r\n");
-    const bool may_stand = last != std::string_view::npos &&
-                           std::string_view("[:,").find(before[last]) != std::string_view::npos;
-    return may_stand && (rest.front() == '[' || rest.front() == '{');
+    return may_stand_after(before) && is_one_of(rest.front(), "[{");
 }
 
 /// What is wrong with `text`, whose `place` is where the library's parser gave up.
@@ -101,8 +130,9 @@ std::string error_at(std::string_view text, std::size_t place) {
     Reading reading;
     reading.read(text.substr(0, place == 0 ? 0 : place - 1));
     const char last = place == 0 ? ' ' : text[place - 1];
-    const bool is_key_missing =
-        reading.wants_key() && last != '"' && static_cast<unsigned char>(last) > ' ';
+    const bool is_empty_object = last == '}' && last_token_byte(text.substr(0, place - 1)) == '{';
+    const bool is_key_missing = reading.wants_key() && !is_empty_object && last != '"' &&
+                                static_cast<unsigned char>(last) > ' ';
     if (is_key_missing) {
         --place;  // the parser had gone on by one byte before it gave up
     } else {
@@ -112,11 +142,11 @@ std::string error_at(std::string_view text, std::size_t place) {
     const std::string_view rest = text.substr(place);
     if (reading.is_in_text()) {
         const std::string begin = place_after(before.substr(0, place - 1));
-        reading.read(rest);
-        if (reading.is_in_text()) {
+        if (!reading.reaches_end_of_text(rest)) {
             return cut_off + ", in a text that begins at " + begin;
         }
-    } else if (!is_key_missing && is_cut_off_word(rest)) {
+    } else if (!is_key_missing &&
+               (is_cut_off_word(before, rest) || is_cut_off_exponent(before, rest))) {
         return cut_off;
     }
     const std::string where = place_after(before) + ": \"" + beginning_of(rest) + "\"";
