@@ -2,7 +2,10 @@
 
 #include "program/phone/document_events.h"
 
+#include <cstddef>
 #include <string>
+#include <unordered_map>
+#include <utility>
 
 #include "headsetmgmt/utilities.h"
 
@@ -12,47 +15,59 @@ namespace {
 
 using Accessories = std::vector<AccessoryCache>;
 
-/// Those that the library looks up as `model`.
-std::vector<const AccessoryCache*> of_model(const std::string& model,
-                                            const Accessories& accessories) {
-    std::vector<const AccessoryCache*> found;
-    for (const AccessoryCache& facts : accessories) {
-        if (get_headset_model(facts.model, facts.serial_number) == model) {
-            found.push_back(&facts);
+/// The accessories that the library looks up as one model.
+struct OfModel {
+    std::size_t count = 0;
+    std::string id;        // of the first
+    std::string reported;  // the other model that every one of them reports; empty without one
+};
+
+/// Which accessories the library looks up as which model. Made once: a document may be told of
+/// thousands of times, to hundreds of accessories.
+class Models {
+public:
+    explicit Models(const Accessories& accessories) {
+        for (const AccessoryCache& facts : accessories) {
+            const std::string model = get_headset_model(facts.model, facts.serial_number);
+            OfModel& found = models[model];
+            const bool is_reported_so = facts.model == model;
+            if (found.count == 0) {
+                found.id = facts.device_id;
+                found.reported = is_reported_so ? "" : facts.model;
+            } else if (is_reported_so) {
+                found.reported.clear();
+            }
+            ++found.count;
         }
     }
-    return found;
-}
 
-/// Adds whose it is: the model, and the id where no other accessory has that model.
-void tell_accessory(Event& event, const std::string& model, const Accessories& accessories) {
-    if (model.empty()) {
-        return;  // not told
-    }
-    event["model"] = model;
-    const auto found = of_model(model, accessories);
-    if (found.size() == 1) {
-        event["id"] = found.front()->device_id;
-    }
-}
-
-/// The other model that every accessory of `model` reports; empty when there is none.
-std::string reported_model(const std::string& model, const Accessories& accessories) {
-    std::string reported;
-    for (const AccessoryCache* facts : of_model(model, accessories)) {
-        if (facts->model == model) {
-            return {};
+    /// Adds whose it is: the model, and the id where no other accessory has that model.
+    void tell(Event& event, const std::string& model) const {
+        if (model.empty()) {
+            return;  // not told
         }
-        reported = facts->model;
+        event["model"] = model;
+        const auto found = models.find(model);
+        if (found != models.end() && found->second.count == 1) {
+            event["id"] = found->second.id;
+        }
     }
-    return reported;
-}
 
-void tell_failure(Event& event, const DocumentFailure& failure, const Accessories& accessories) {
+    /// The other model that every accessory of `model` reports; empty when there is none.
+    std::string reported_for(const std::string& model) const {
+        const auto found = models.find(model);
+        return found != models.end() ? found->second.reported : "";
+    }
+
+private:
+    std::unordered_map<std::string, OfModel> models;
+};
+
+void tell_failure(Event& event, const DocumentFailure& failure, const Models& models) {
     Event told = Event::object();
-    tell_accessory(told, failure.model, accessories);
+    models.tell(told, failure.model);
     std::string sentence = failure.model;
-    const std::string reported = reported_model(failure.model, accessories);
+    const std::string reported = models.reported_for(failure.model);
     if (!reported.empty()) {
         told["reportedModel"] = reported;
         sentence +=
@@ -64,37 +79,38 @@ void tell_failure(Event& event, const DocumentFailure& failure, const Accessorie
     event["failures"].push_back(told);
 }
 
-void tell_unsent(Event& event, const UnsentSettings& unsent, const Accessories& accessories) {
+void tell_unsent(Event& event, const UnsentSettings& unsent, const Models& models) {
     Event told = Event::object();
-    tell_accessory(told, unsent.model, accessories);
+    models.tell(told, unsent.model);
     told["settings"] = unsent.count;
     told["reason"] = unsent.reason;
     event["notSent"].push_back(told);
 }
 
-void tell_passed_over(Event& event, const PassedOverSetting& setting,
-                      const Accessories& accessories) {
+void tell_passed_over(Event& event, const PassedOverSetting& setting, const Models& models) {
     Event told = {{"list", setting.list}};
     if (!setting.name.empty()) {
         told["name"] = setting.name;
     }
     told["reason"] = setting.reason;
-    told["accessories"] = Event::array();
+    Event whose = Event::array();
     for (const std::string& model : setting.models) {
         Event accessory = Event::object();
-        tell_accessory(accessory, model, accessories);
-        told["accessories"].push_back(accessory);
+        models.tell(accessory, model);
+        whose.push_back(std::move(accessory));
     }
-    event["passedOver"].push_back(told);
+    told["accessories"] = std::move(whose);
+    event["passedOver"].push_back(std::move(told));
 }
 
 }  // namespace
 
 std::vector<Event> firmware_events(const AnswerJudgement& judged, const Accessories& accessories) {
+    const Models models(accessories);
     std::vector<Event> events;
     for (const FirmwareDecision& firmware : judged.firmware_decisions()) {
         Event told = {{"event", "firmware"}};
-        tell_accessory(told, firmware.model, accessories);
+        models.tell(told, firmware.model);
         if (!firmware.dongle_model.empty()) {
             told["dongleModel"] = firmware.dongle_model;
         }
@@ -111,19 +127,20 @@ std::vector<Event> firmware_events(const AnswerJudgement& judged, const Accessor
 }
 
 Event document_event(const AnswerJudgement& judged, const Accessories& accessories) {
+    const Models models(accessories);
     Event told = {
         {"event", "document"}, {"taken", judged.taken()}, {"failed", judged.failures().size()}};
     if (judged.was_dropped()) {
         told["dropped"] = true;
     }
     for (const DocumentFailure& failure : judged.failures()) {
-        tell_failure(told, failure, accessories);
+        tell_failure(told, failure, models);
     }
     for (const UnsentSettings& unsent : judged.unsent()) {
-        tell_unsent(told, unsent, accessories);
+        tell_unsent(told, unsent, models);
     }
     for (const PassedOverSetting& setting : judged.passed_over()) {
-        tell_passed_over(told, setting, accessories);
+        tell_passed_over(told, setting, models);
     }
     return told;
 }

@@ -1,5 +1,7 @@
 // What a phone's events are called in words.
 
+#include <algorithm>
+#include <cstddef>
 #include <map>
 #include <string>
 
@@ -118,10 +120,24 @@ std::string passed_over(const Event& setting) {
     std::string text = "passed over: ";
     text += setting.contains("name") ? said(setting, "name") : "a setting";
     text += ": " + said(setting, "reason") + " (" + said(setting, "list");
-    const Event accessories = setting.value("accessories", Event::array());
-    const bool is_of_a_model = said(setting, "list") != "commonSettings" && !accessories.empty() &&
-                               accessories.front().contains("model");
-    return text + (is_of_a_model ? " of " + said(accessories.front(), "model") + ")" : ")");
+    const auto accessories = setting.find("accessories");
+    const bool is_of_a_model = said(setting, "list") != "commonSettings" &&
+                               accessories != setting.end() && !accessories->empty() &&
+                               accessories->front().contains("model");
+    return text + (is_of_a_model ? " of " + said(accessories->front(), "model") + ")" : ")");
+}
+
+/// The first of them, a line each: who needs all has them in JSON.
+std::string passed_over_settings(const Event& settings) {
+    constexpr std::size_t enough = 20;
+    std::string text;
+    for (std::size_t i = 0; i < std::min(enough, settings.size()); ++i) {
+        text += "\n  " + passed_over(settings[i]);
+    }
+    if (settings.size() > enough) {
+        text += "\n  and " + std::to_string(settings.size() - enough) + " more passed over";
+    }
+    return text;
 }
 
 std::string document(const Event& event) {
@@ -136,8 +152,9 @@ std::string document(const Event& event) {
     for (const Event& unsent : event.value("notSent", Event::array())) {
         text += "\n  " + not_sent(unsent);
     }
-    for (const Event& setting : event.value("passedOver", Event::array())) {
-        text += "\n  " + passed_over(setting);
+    const auto settings_passed_over = event.find("passedOver");
+    if (settings_passed_over != event.end()) {
+        text += passed_over_settings(*settings_passed_over);
     }
     return text;
 }

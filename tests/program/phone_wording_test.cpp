@@ -187,6 +187,48 @@ TEST(PhoneWording, DocumentWithSettingsThatReachedNoDevice) {
                                    {"accessories", Event::array({{{"model", "Varos K20"}}})}}})}}));
 }
 
+/// A document of which settings named T1, T2 and so on were passed over.
+Event document_with_passed_over(int count) {
+    Event document = {{"event", "document"}, {"taken", 1}, {"failed", 0}};
+    for (int i = 1; i <= count; ++i) {
+        document["passedOver"].push_back({{"list", "commonSettings"},
+                                          {"name", "T" + std::to_string(i)},
+                                          {"reason", "no reason"}});
+    }
+    return document;
+}
+
+constexpr char twenty_passed_over[] = "document taken by 1, failed for 0\n"
+                                      "  passed over: T1: no reason (commonSettings)\n"
+                                      "  passed over: T2: no reason (commonSettings)\n"
+                                      "  passed over: T3: no reason (commonSettings)\n"
+                                      "  passed over: T4: no reason (commonSettings)\n"
+                                      "  passed over: T5: no reason (commonSettings)\n"
+                                      "  passed over: T6: no reason (commonSettings)\n"
+                                      "  passed over: T7: no reason (commonSettings)\n"
+                                      "  passed over: T8: no reason (commonSettings)\n"
+                                      "  passed over: T9: no reason (commonSettings)\n"
+                                      "  passed over: T10: no reason (commonSettings)\n"
+                                      "  passed over: T11: no reason (commonSettings)\n"
+                                      "  passed over: T12: no reason (commonSettings)\n"
+                                      "  passed over: T13: no reason (commonSettings)\n"
+                                      "  passed over: T14: no reason (commonSettings)\n"
+                                      "  passed over: T15: no reason (commonSettings)\n"
+                                      "  passed over: T16: no reason (commonSettings)\n"
+                                      "  passed over: T17: no reason (commonSettings)\n"
+                                      "  passed over: T18: no reason (commonSettings)\n"
+                                      "  passed over: T19: no reason (commonSettings)\n"
+                                      "  passed over: T20: no reason (commonSettings)";
+
+TEST(PhoneWording, TwentySettingsThatWerePassedOverAreAllTold) {
+    EXPECT_EQ(twenty_passed_over, phone_event_in_words(document_with_passed_over(20)));
+}
+
+TEST(PhoneWording, SettingsPassedOverBeyondTwentyAreCounted) {
+    EXPECT_EQ(std::string(twenty_passed_over) + "\n  and 3 more passed over",
+              phone_event_in_words(document_with_passed_over(23)));
+}
+
 TEST(PhoneWording, DocumentThatWasDropped) {
     EXPECT_EQ("document dropped: nobody was waiting for it",
               phone_event_in_words(
