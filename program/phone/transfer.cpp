@@ -82,9 +82,27 @@ std::string final_url_of(CURL* handle) {
     return redirects != 0 && url != nullptr ? url : "";
 }
 
-/// Which limit was reached. libcurl has one code for all; the stall alone has words of its own, and
-/// of the others the one for the whole request is reached no earlier than its time.
-std::string time_out(const EndedTransfer& ended) {
+/// What there was none of when the limit for connecting was reached: for https that holds for the
+/// TLS handshake too.
+std::string missing_connection(const EndedTransfer& ended) {
+    const char* url = nullptr;
+    curl_easy_getinfo(ended.handle, CURLINFO_EFFECTIVE_URL, &url);
+    constexpr char https[] = "https:";
+    const bool is_https = url != nullptr && strncasecmp(url, https, sizeof(https) - 1) == 0;
+    return is_https ? "no connection, or no TLS handshake," : "no connection";
+}
+
+/// TFTP has no connections, and libcurl makes limits of its own for it out of all that were set:
+/// none of them can be named, but how long it took.
+std::string tftp_time_out(const EndedTransfer& ended, bool anything_came) {
+    constexpr long tenth = 100;
+    const std::chrono::milliseconds duration{(ended.duration.count() + tenth / 2) / tenth * tenth};
+    return (anything_came ? "not complete after " : "no answer for ") + in_seconds(duration);
+}
+
+/// Which limit was reached. libcurl has one code for all; but for TFTP the stall alone has words of
+/// its own, and of the others the one for the whole request is reached no earlier than its time.
+std::string time_out(const EndedTransfer& ended, bool anything_came) {
     constexpr char stalled[] = "Operation too slow";
     if (std::strncmp(ended.detail, stalled, sizeof(stalled) - 1) == 0) {
         return "nothing arrived for " + in_seconds(ended.limits.stall) + " (--stall)";
@@ -95,11 +113,11 @@ std::string time_out(const EndedTransfer& ended) {
     // libcurl's milliseconds may be rounded up.
     constexpr std::chrono::milliseconds rounding{1};
     if (ended.duration + rounding < ended.limits.total) {
-        // TFTP has no connections: its first answer is what the limit is for.
-        const std::string what = is_tftp ? "no answer" : "no connection";
-        return what + " after " + in_seconds(ended.limits.connect);
+        return is_tftp ? tftp_time_out(ended, anything_came)
+                       : missing_connection(ended) + " after " + in_seconds(ended.limits.connect);
     }
-    const std::string what = is_tftp || connected_after != 0 ? "not complete" : "no connection";
+    const std::string what =
+        is_tftp || connected_after != 0 ? "not complete" : missing_connection(ended);
     return what + " after " + in_seconds(ended.limits.total) + " (--timeout)";
 }
 
@@ -135,7 +153,7 @@ std::string explain(const EndedTransfer& ended, const Sink& sink) {
     case CURLE_TFTP_ILLEGAL:
         return "the TFTP server refused the request";
     case CURLE_OPERATION_TIMEDOUT:
-        return time_out(ended);
+        return time_out(ended, !sink.body.empty());
     case CURLE_UNSUPPORTED_PROTOCOL: {
         std::string refusal = refused_protocol(ended);
         return refusal.empty() ? libcurls_own : refusal;

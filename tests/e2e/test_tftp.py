@@ -1,5 +1,9 @@
 """The phone against atftpd."""
 
+import re
+import socket
+import threading
+
 import pytest
 
 from phone import Phone, comparable, is_interleaving
@@ -79,6 +83,54 @@ def test_empty_document(program, tftp):
     code, lines = run(program, tftp.url, "empty.json")
     assert "fetch, attempt 1: SERVER/empty.json: status 200, 0 bytes, # ms" in lines
     assert lines[-1].startswith("failed: 1 of 1 accessories could not use the document: ")
+    assert code == 1
+
+
+class FallsSilent:
+    """A TFTP server that sends its first blocks, if any, and then answers nothing more."""
+
+    def __init__(self, blocks):
+        self.blocks = blocks
+
+    def __enter__(self):
+        self.socket = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
+        self.socket.bind(("127.0.0.1", 0))
+        self.url = f"tftp://127.0.0.1:{self.socket.getsockname()[1]}"
+        self.thread = threading.Thread(target=self.serve)
+        self.thread.start()
+        return self
+
+    def __exit__(self, *failure):
+        with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as last:
+            last.sendto(b"", self.socket.getsockname())
+        self.thread.join()
+        self.socket.close()
+
+    def serve(self):
+        number = 0
+        while True:
+            request, client = self.socket.recvfrom(600)
+            if not request:
+                return
+            if number < self.blocks:
+                number += 1
+                self.socket.sendto(b"\0\3" + number.to_bytes(2, "big") + b" " * 512, client)
+
+
+@pytest.mark.parametrize(
+    ("blocks", "words"), [(0, "no answer for # s"), (1, "not complete after # s")]
+)
+def test_server_that_falls_silent_is_left_before_the_time_limit(program, blocks, words):
+    with FallsSilent(blocks) as server:
+        code, lines = run(program, server.url, "good.json", "--stall", "1")
+    lines = [re.sub(r"\d+(\.\d)? s$", "# s", line) for line in lines]
+    expected = [
+        "attached desk: Varos K30, firmware 2-1-0",
+        f"fetch, attempt 1: SERVER/good.json: {words}",
+        "0 of 1 configured, 1 without a document; no reports wanted",
+        f"failed: no document after 1 attempt: {words}",
+    ]
+    assert is_interleaving(lines, [expected, NO_REPORTS]), lines
     assert code == 1
 
 

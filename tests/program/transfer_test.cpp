@@ -280,6 +280,16 @@ TEST(Transfers, ConnectionThatTheWholeTimeDoesNotSufficeForIsNamed) {
     EXPECT_EQ("no connection after 0.1 s (--timeout)", get(transfers, listener.url()).error);
 }
 
+TEST(Transfers, ServerThatSpeaksNoTlsIsToldAsOnePossibility) {
+    const ScriptedServer server({{"", true}});
+    TransferLimits limits = patient_limits();
+    limits.connect = milliseconds(100);
+    Transfers transfers{limits};
+
+    EXPECT_EQ("no connection, or no TLS handshake, after 0.1 s",
+              get(transfers, "HTTPS" + server.url().substr(4)).error);
+}
+
 TEST(Transfers, InterruptionEndsARequestThatIsUnderWay) {
     ScriptedServer server({{"", true}});
     Transfers transfers{patient_limits()};
