@@ -122,7 +122,7 @@ bool AnswerJudgement::on_settings_line(const std::string& message) {
     } else if (begins_with(message, "save_model_specific_settings_params : ")) {
         keep_unsent(failed_search());
     } else if (message == "apply_settings: No settings available for firmware") {
-        keep_unsent("its modelFirmware has no firmwareParams");
+        keep_unsent("the first entry of its modelFirmware has no firmwareParams");
     } else if (message == "apply_settings: Failed to apply current firmware version settings.") {
         keep_unsent("its firmwareParams have no setting that can be read");
     } else {
@@ -183,7 +183,8 @@ bool AnswerJudgement::on_search_line(const std::string& message) {
         name->resize(name->size() - std::min(name->size(), end.size()));
         // No line tells that a name serves, but its rule does: a part of the model.
         search.is_served = !name->empty() && search.model.find(*name) != std::string::npos;
-        if (++search.compared_count <= enough) {
+        // One that is empty, or no text, serves nobody.
+        if (!name->empty() && ++search.compared_count <= enough) {
             search.compared.push_back(*name);
         }
         return true;
@@ -288,10 +289,11 @@ std::string AnswerJudgement::unknown_version() const {
     const bool no_reported = turn.reported_version && turn.reported_version->empty();
     const std::string accessory = turn.dongle_model.empty() ? "the accessory" : "the dongle";
     if (no_wanted && no_reported) {
-        return "none: neither the document nor " + accessory + " tells a version";
+        return "none: the document tells no version, or one that is no text, and " + accessory +
+               " tells none";
     }
     if (no_wanted) {
-        return "none: the document tells no version";
+        return "none: the document tells no version, or one that is no text";
     }
     if (no_reported) {
         return "none: " + accessory + " tells no version";

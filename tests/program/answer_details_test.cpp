@@ -151,7 +151,8 @@ TEST(AnswerDetails, SettingsBesideFirmwareWithoutAnyAreKeptButNotSent) {
         comparisons("M", {"M"}) + Texts{"apply_settings: No settings available for firmware"});
 
     ASSERT_EQ(1U, judged.unsent().size());
-    EXPECT_EQ("its modelFirmware has no firmwareParams", judged.unsent()[0].reason);
+    EXPECT_EQ("the first entry of its modelFirmware has no firmwareParams",
+              judged.unsent()[0].reason);
 }
 
 TEST(AnswerDetails, WithoutSettingsNoneAreUnsent) {
@@ -166,7 +167,7 @@ TEST(AnswerDetails, WithoutSettingsNoneAreUnsent) {
 TEST(AnswerDetails, FailedSearchNamesWhatWasCompared) {
     EXPECT_EQ(
         "Varos K20 - no entry of modelSpecificSettings serves it; compared with "
-        "\"Varos K30\", \"varos k20\", \"\"; capitals count",
+        "\"Varos K30\", \"varos k20\"; capitals count",
         failure(judge(beginning("Varos K20") +
                       comparisons("Varos K20", {"Varos K30", "varos k20", ""}) + failed_search)));
 }
@@ -183,6 +184,9 @@ TEST(AnswerDetails, FailedSearchWithoutNamesSaysSo) {
     EXPECT_EQ("M - no entry of modelSpecificSettings serves it; not one has an array \"models\" "
               "with a name in it",
               failure(judge(beginning("M") + comparisons("M", {}) + failed_search)));
+    EXPECT_EQ("M - no entry of modelSpecificSettings serves it; not one has an array \"models\" "
+              "with a name in it",
+              failure(judge(beginning("M") + comparisons("M", {"", ""}) + failed_search)));
 }
 
 TEST(AnswerDetails, TemplateWithoutEntriesMayBeTheWrongOne) {
@@ -267,10 +271,12 @@ TEST(AnswerDetails, RefusedSpellingOfAVersionIsToldAsSuch) {
 TEST(AnswerDetails, MissingVersionIsToldByWhoseItIs) {
     const Texts empty = {"check_firmware_upgrade: firmware version is empty"};
 
-    EXPECT_EQ("none: the document tells no version", decision_on("", "1-0", empty));
+    EXPECT_EQ("none: the document tells no version, or one that is no text",
+              decision_on("", "1-0", empty));
     EXPECT_EQ("none: the accessory tells no version", decision_on("1-0", "", empty));
-    EXPECT_EQ("none: neither the document nor the accessory tells a version",
-              decision_on("", "", empty));
+    EXPECT_EQ(
+        "none: the document tells no version, or one that is no text, and the accessory tells none",
+        decision_on("", "", empty));
 }
 
 }  // namespace
