@@ -93,7 +93,7 @@ private:
                     names.append(names.empty() ? "" : ", ").append(one);
                 }
                 std::string unknown = place;
-                unknown.append("/").append(name);
+                unknown.append("/").append(name_in_place(name));
                 fail(unknown, "not known here; expected one of: " + names);
             }
         }

@@ -106,7 +106,8 @@ private:
     std::string path() const {
         std::string result;
         for (const Level& level : here) {
-            result += "/" + (level.is_array ? std::to_string(level.index) : level.name);
+            result +=
+                "/" + (level.is_array ? std::to_string(level.index) : name_in_place(level.name));
         }
         return result;
     }
@@ -167,6 +168,20 @@ std::string without_prefix(const std::string& message) {
 }
 
 }  // namespace
+
+std::string name_in_place(const std::string& name) {
+    std::string result;
+    for (const char byte : name) {
+        if (byte == '~') {
+            result += "~0";
+        } else if (byte == '/') {
+            result += "~1";
+        } else {
+            result += byte;
+        }
+    }
+    return result;
+}
 
 LocatedJson::LocatedJson(const std::string& text, const std::string& file) {
     if (text.empty()) {

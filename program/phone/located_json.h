@@ -9,6 +9,9 @@
 
 namespace headsetmgmt::program {
 
+/// The member's name as it stands in a place: "~0" for "~", "~1" for "/".
+std::string name_in_place(const std::string& name);
+
 /// A JSON document and where its values stand.
 class LocatedJson {
 public:
@@ -18,7 +21,8 @@ public:
 
     const nlohmann::json& document() const { return root; }
 
-    /// Line of the value at a place such as "/accessories/0/type"; 1 for the document itself.
+    /// Line of the value at a place such as "/accessories/0/type", a JSON pointer; 1 for the
+    /// document itself.
     std::size_t line_of(const std::string& place) const;
 
 private:

@@ -220,6 +220,20 @@ TEST(BenchRefusals, SecondAccessoryOfAnId) {
                       "{\"id\": \"a\", \"type\": \"camera\"}]}"));
 }
 
+TEST(BenchRefusals, SlashInANameIsNoLevel) {
+    EXPECT_EQ("bench.json:1: member /a~1b: not known here; expected one of: accessories, phone, "
+              "servers, urls",
+              refusal("{\"a/b\": 1, \"phone\": {}}"));
+    EXPECT_EQ("bench.json:2: member /phone/~0~1: not known here; expected one of: osVersion, "
+              "serialNumber, softwareVersion, userId",
+              refusal("{\"phone\": {\n\"~/\": 1}}"));
+    EXPECT_EQ("bench.json:2: member /a: not known here; expected one of: accessories, phone, "
+              "servers, urls",
+              refusal("{\"a/b\": 1,\n\"a\": {\"b\": 2}}"));
+    EXPECT_EQ("bench.json:2: member /a~1b: expected once, found on line 1 already",
+              refusal("{\"a/b\": 1,\n\"a/b\": 2}"));
+}
+
 TEST(BenchRefusals, MemberGivenTwice) {
     EXPECT_EQ("bench.json:3: member /phone/userId: expected once, found on line 2 already",
               refusal("{\"phone\": {\n\"userId\": \"anna\",\n\"userId\": \"bert\"\n}}"));
