@@ -18,16 +18,16 @@ unsigned int back_off() {
 
 }  // namespace
 
-ConfigAccessoryParams::ConfigAccessoryParams(ConfigInterface* object, FetchKind fetch_kind)
-    : config(object != nullptr ? object->clone() : nullptr), kind(fetch_kind) {
-    if (kind == FetchKind::reserve || (config && config->get_config_retries() >= 1)) {
+ConfigAccessoryParams::ConfigAccessoryParams(ConfigInterface* object)
+    : config(object != nullptr ? object->clone() : nullptr) {
+    if (config && config->get_config_retries() >= 1) {
         defer_time = back_off();
     }
 }
 
 ConfigAccessoryParams::ConfigAccessoryParams(const ConfigAccessoryParams& other)
     : TaskParametersInterface(other), config(other.config ? other.config->clone() : nullptr),
-      defer_time(other.defer_time), timeout(other.timeout), kind(other.kind) {}
+      defer_time(other.defer_time), timeout(other.timeout) {}
 
 TaskParametersInterface* ConfigAccessoryParams::clone() const {
     return new ConfigAccessoryParams(*this);
@@ -57,10 +57,6 @@ unsigned int ConfigAccessoryParams::get_timeout() const {
 
 unsigned int ConfigAccessoryParams::get_defer_time() const {
     return defer_time;
-}
-
-FetchKind ConfigAccessoryParams::get_kind() const {
-    return kind;
 }
 
 ConfigInterface* ConfigAccessoryParams::get_config() const {

@@ -9,21 +9,13 @@
 
 namespace headsetmgmt::config {
 
-/// What a fetch is to its run.
-enum class FetchKind {
-    first,
-    retry,    // after a failure
-    reserve,  // in place of a retry, should the answer that the run waits for never come
-};
-
 /// A copy of the configuration object that the fetch is for, and how long the task may wait.
 class ConfigAccessoryParams : public TaskParametersInterface {
 public:
-    /// Clones `object`. Runs when the accessory's firmware data are ready, and after 60 seconds all
-    /// the same; one in reserve, and the fetch of an object that was tried before, wait 30 to 40
+    /// Clones `object`, if there is one. Runs when the accessory's firmware data are ready, and
+    /// after 60 seconds all the same. When the object's retry counter is not 0, waits 30 to 40
     /// seconds first.
-    explicit ConfigAccessoryParams(ConfigInterface* object,
-                                   FetchKind fetch_kind = FetchKind::first);
+    explicit ConfigAccessoryParams(ConfigInterface* object);
     ConfigAccessoryParams(const ConfigAccessoryParams& other);
 
     TaskParametersInterface* clone() const override;
@@ -32,8 +24,6 @@ public:
     unsigned int get_timeout() const override;
     unsigned int get_defer_time() const override;
 
-    FetchKind get_kind() const;
-
     /// The copy; null when there was nothing to copy. Stays with the parameters.
     ConfigInterface* get_config() const;
 
@@ -41,7 +31,6 @@ private:
     ConfigOwner config;
     unsigned int defer_time = 0;  // seconds
     unsigned int timeout = 60;    // seconds
-    FetchKind kind;
 };
 
 }  // namespace headsetmgmt::config

@@ -98,15 +98,13 @@ void ConfigManagerImpl::remove_accessory(const std::string& id) {
     if (entry == registry.end()) {
         return;
     }
-    // Gone before anything is logged, so that a log callback that removes the same accessory, or
-    // attaches it again, finds no trace of it.
-    const std::size_t pending_before = pending_set.size();
-    forget(entry);
-    const std::size_t erased = pending_before - pending_set.size();
+    // Out of the registry before the line, not at the end: the log callback may remove the
+    // accessory again, or attach it anew.
+    const std::size_t erased = forget(entry);
+    logger->notice() << "remove_accessory: erased [" << erased << "] pending config";
     if (pending_set.empty()) {
         set_configure_accessory_pending(false);
     }
-    logger->notice() << "remove_accessory: erased [" << erased << "] pending config";
 }
 
 bool ConfigManagerImpl::reset_to_admin_defaults(const std::string& id) {
@@ -212,10 +210,12 @@ bool ConfigManagerImpl::is_registered(const std::string& id, const ConfigInterfa
 }
 
 /// Takes an object out of registry and pending set, to be deleted when the outermost hold ends.
-void ConfigManagerImpl::forget(std::map<std::string, ConfigInterface*>::iterator entry) {
+/// Answers how often it was pending.
+std::size_t ConfigManagerImpl::forget(std::map<std::string, ConfigInterface*>::iterator entry) {
     removed.push_back(entry->second);
-    pending_set.erase(entry->second);
+    const std::size_t erased = pending_set.erase(entry->second);
     registry.erase(entry);
+    return erased;
 }
 
 }  // namespace headsetmgmt::config

@@ -2,8 +2,9 @@
 
 #pragma once
 
-#include <array>
+#include <cstddef>
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
@@ -13,7 +14,6 @@
 #include "headsetmgmt/executor.h"
 #include "headsetmgmt/types.h"
 
-#include "config/config_accessory_params.h"
 #include "core/owners.h"
 
 namespace headsetmgmt::config {
@@ -66,7 +66,7 @@ public:
     void configure_accessory_task(TaskParametersInterface* params);
 
     /// Asks the dispatcher for the document. Worker.
-    RequestStatus fetch_config(std::string url, std::string& document);
+    RequestStatus fetch_config(const std::string& url, std::string& document);
 
     void mark_config_object_pending(ConfigInterface* config);
 
@@ -98,18 +98,15 @@ private:
     };
 
     bool is_registered(const std::string& id, const ConfigInterface* config) const;
-    void forget(std::map<std::string, ConfigInterface*>::iterator entry);
+    std::size_t forget(std::map<std::string, ConfigInterface*>::iterator entry);
 
-    unsigned int& queued(FetchKind kind);
-    void queue_fetch(ConfigInterface* config, FetchKind kind);
-    void keep_in_reserve(ConfigInterface* config);
-    bool begin_fetch(FetchKind kind, ConfigInterface* config);
-    void request_document(ConfigInterface& config);
+    long fetches_queued() const;
+    void queue_fetch(ConfigInterface* config);
+    void end_run_without_fetch();
+    void request_document(ConfigInterface& config, RequestStatus& status);
+    bool is_awaiting_document();
     std::vector<std::string> hand_out(const std::string& document);
     void hand_to(ConfigInterface& config, const std::string& document);
-    bool is_awaiting_document();
-    void count_answer();
-    void end_run_without_fetch(ConfigInterface* config);
 
     LoggerOwner logger;
     std::map<std::string, ConfigInterface*> registry;  // owned
@@ -123,10 +120,8 @@ private:
     std::vector<ConfigInterface*> removed;  // to be deleted when the outermost hold ends
     bool handing_out = false;               // the document is being handed out
 
-    // Of all runs, and guarded by the registry mutex too.
-    std::array<unsigned int, 3> fetches_queued = {};  // of each kind, that have not begun
-    unsigned int requests_unanswered = 0;
-    bool reserve_wanted = false;  // no answer has come since it was queued
+    // Referenced once by each fetch that is queued, of whatever run, and by the manager.
+    const std::shared_ptr<void> queue_reference = std::make_shared<char>();
 
     static ConfigManagerImpl* instance_;
 };

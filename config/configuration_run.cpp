@@ -6,6 +6,7 @@
 #include <exception>
 #include <functional>
 #include <iterator>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -21,6 +22,19 @@ namespace headsetmgmt::config {
 namespace {
 
 using FlagLock = std::lock_guard<MutexInterface>;
+
+/// A fetch that counts as queued, by holding `reference`, until it begins or is dropped.
+class QueuedFetch : public ConfigAccessoryParams {
+public:
+    QueuedFetch(ConfigInterface* object, std::shared_ptr<void> reference)
+        : ConfigAccessoryParams(object), queue_reference(std::move(reference)) {}
+
+    TaskParametersInterface* clone() const override { return new QueuedFetch(*this); }
+    void leave_queue() { queue_reference.reset(); }
+
+private:
+    std::shared_ptr<void> queue_reference;
+};
 
 }  // namespace
 
@@ -60,16 +74,7 @@ bool ConfigManagerImpl::configure_accessory(const std::string& id, std::string c
         return true;
     }
     set_configure_accessory_pending(true);
-    reserve_wanted = false;
-    try {
-        queue_fetch(config, FetchKind::first);
-    } catch (...) {
-        // No task, no run: or no accessory would ever be configured again.
-        if (queued(FetchKind::first) == 0) {
-            set_configure_accessory_pending(false);
-        }
-        throw;
-    }
+    queue_fetch(config);
     logger->notice() << "configure_accessory: added async task";
     return true;
 }
@@ -79,25 +84,29 @@ void ConfigManagerImpl::configure_accessory_task(TaskParametersInterface* params
         logger->error() << "configure_accessory_task: no task parameters";
         return;
     }
-    auto* fetch = dynamic_cast<ConfigAccessoryParams*>(params);
-    ConfigInterface* config = fetch != nullptr ? fetch->get_config() : nullptr;
-    if (!begin_fetch(fetch != nullptr ? fetch->get_kind() : FetchKind::first, config)) {
-        return;
+    if (auto* queued = dynamic_cast<QueuedFetch*>(params)) {
+        queued->leave_queue();
     }
+    const auto* fetch = dynamic_cast<ConfigAccessoryParams*>(params);
+    ConfigInterface* config = fetch != nullptr ? fetch->get_config() : nullptr;
     if (config == nullptr) {
         clean_up_pending_config_requests();
         return;
     }
+    RequestStatus status = REQUEST_REFUSED;
     try {
-        request_document(*config);
+        request_document(*config, status);
     } catch (...) {
-        end_run_without_fetch(config);
+        // Where an answer is to come, that one goes on with the run.
+        if (status != REQUEST_PENDING) {
+            end_run_without_fetch();
+        }
         throw;
     }
 }
 
 /// Requests the document for the pending set; `config` is the task's own copy of an object.
-void ConfigManagerImpl::request_document(ConfigInterface& config) {
+void ConfigManagerImpl::request_document(ConfigInterface& config, RequestStatus& status) {
     std::string id;
     const unsigned int pending = get_number_of_pending_configs();
     if (pending > 1) {
@@ -106,30 +115,18 @@ void ConfigManagerImpl::request_document(ConfigInterface& config) {
         id = config.get_accessory_id();
         logger->notice() << "configure_accessory_task id:" << id;
     }
-    std::string url = config.get_config_url();
+    const std::string url = config.get_config_url();
     // Of the copy alone, which ends with the task: within a run, every fetch is a first one.
     config.set_config_retries(config.get_config_retries() + 1);
 
-    {
-        // Before the request, which may be answered before it returns.
-        const RegistryHold hold(*this);
-        ++requests_unanswered;
-    }
     std::string document;
-    RequestStatus status = REQUEST_REFUSED;
-    try {
-        status = fetch_config(std::move(url), document);
-    } catch (...) {
-        count_answer();
-        throw;
-    }
+    status = fetch_config(url, document);
     const ConfigureResponse response(status);
     switch (status) {
     case REQUEST_DONE:
         on_fetch_config_success(document);
         break;
     case REQUEST_REFUSED:
-        count_answer();
         logger->notice() << "configure_accessory_task: currently unable to fetch config";
         globals::plugins.config_driver->on_failure(id, response);
         clean_up_pending_config_requests();
@@ -139,16 +136,15 @@ void ConfigManagerImpl::request_document(ConfigInterface& config) {
         globals::plugins.config_driver->on_pending(id, response);
         break;
     default:
-        count_answer();
         logger->notice() << "configure_accessory_task: unknown status from fetch_config";
         clean_up_pending_config_requests();
         break;
     }
 }
 
-RequestStatus ConfigManagerImpl::fetch_config(std::string url, std::string& document) {
+RequestStatus ConfigManagerImpl::fetch_config(const std::string& url, std::string& document) {
     dispatcher::RequestContext context;
-    context.url = std::move(url);
+    context.url = url;
     context.requester = "CONFIGMGR";
     return static_cast<RequestStatus>(globals::plugins.dispatcher->get(&context, document));
 }
@@ -156,7 +152,6 @@ RequestStatus ConfigManagerImpl::fetch_config(std::string url, std::string& docu
 bool ConfigManagerImpl::on_fetch_config_success(std::string& document) {
     // To the end of the run: an accessory that is attached in between would be lost.
     const RegistryHold hold(*this);
-    count_answer();
     if (!is_awaiting_document()) {
         logger->error() << "on_fetch_config_success: no configuration in progress, dropping data";
         return false;
@@ -233,7 +228,6 @@ void ConfigManagerImpl::hand_to(ConfigInterface& config, const std::string& docu
 
 bool ConfigManagerImpl::on_fetch_config_failure(int reason) {
     const RegistryHold hold(*this);
-    count_answer();
     logger->notice() << "on_fetch_config_failure reason code: " << reason;
     if (!is_awaiting_document()) {
         logger->error() << "on_fetch_config_failure: no configuration in progress, dropping data";
@@ -250,16 +244,7 @@ bool ConfigManagerImpl::on_fetch_config_failure(int reason) {
         clean_up_pending_config_requests();
         return false;
     }
-    constexpr unsigned int most_retries_queued = 100;
-    if (queued(FetchKind::retry) >= most_retries_queued) {
-        return true;  // a host tells of failures faster than the worker can look at them
-    }
-    try {
-        queue_fetch(config, FetchKind::retry);
-    } catch (...) {
-        end_run_without_fetch(config);
-        throw;
-    }
+    queue_fetch(config);
     return true;
 }
 
@@ -269,85 +254,34 @@ bool ConfigManagerImpl::is_awaiting_document() {
     return is_configure_accessory_pending() && !handing_out;
 }
 
-/// Books an answer. It does not say which request it is for, and may be a second one.
-void ConfigManagerImpl::count_answer() {
-    const RegistryHold hold(*this);
-    reserve_wanted = false;
-    if (requests_unanswered != 0) {
-        --requests_unanswered;
-    }
-}
-
-/// Books the beginning of a queued fetch; false when it is not to be made.
-///
-/// A retry is made only when nothing else goes on with the run: neither another retry nor an answer
-/// that is still to come. Were each failure to lead to a request, there would be one more, for as
-/// long as the server fails, with each request that is answered twice, and with each accessory that
-/// leaves and comes back before its answer.
-bool ConfigManagerImpl::begin_fetch(FetchKind kind, ConfigInterface* config) {
-    const RegistryHold hold(*this);
-    if (queued(kind) != 0) {
-        --queued(kind);
-    }
-    const bool is_retry_queued = queued(FetchKind::retry) != 0;
-    switch (kind) {
-    case FetchKind::retry:
-        if (!is_retry_queued && requests_unanswered != 0) {
-            keep_in_reserve(config);
-            return false;
-        }
-        return !is_retry_queued;
-    case FetchKind::reserve:
-        return std::exchange(reserve_wanted, false) && is_configure_accessory_pending() &&
-               !is_retry_queued && queued(FetchKind::first) == 0;
-    default:
-        return true;
-    }
-}
-
-/// Ends the run when neither a fetch nor an answer can go on with it, after a fetch that came to
-/// nothing.
-void ConfigManagerImpl::end_run_without_fetch(ConfigInterface* config) {
-    const RegistryHold hold(*this);
-    if (!is_configure_accessory_pending() || queued(FetchKind::first) != 0 ||
-        queued(FetchKind::retry) != 0) {
-        return;
-    }
-    if (requests_unanswered == 0) {
-        clean_up_pending_config_requests();
-        return;
-    }
-    keep_in_reserve(config);
-}
-
 /// Fetches that have not begun. The registry is held.
-unsigned int& ConfigManagerImpl::queued(FetchKind kind) {
-    return fetches_queued.at(static_cast<std::size_t>(kind));
+long ConfigManagerImpl::fetches_queued() const {
+    return queue_reference.use_count() - 1;
 }
 
 /// Queues a fetch for `config`, of which the task gets a copy. The registry is held.
-void ConfigManagerImpl::queue_fetch(ConfigInterface* config, FetchKind kind) {
-    ConfigAccessoryParams params(config, kind);
-    ++queued(kind);  // the task, which takes it back, waits for the registry
+void ConfigManagerImpl::queue_fetch(ConfigInterface* config) {
+    // The one limit to what a host that answers too often, or whose requests do not return, can
+    // queue. Those that are queued go on with the run.
+    constexpr long most_fetches_queued = 100;
+    if (fetches_queued() >= most_fetches_queued) {
+        return;
+    }
     try {
+        QueuedFetch params(config, queue_reference);
         globals::plugins.executor->add_task(task_forwarder, this, &params);
     } catch (...) {
-        --queued(kind);
+        end_run_without_fetch();
         throw;
     }
 }
 
-/// Sees to it that the run goes on if the host has lost the answer that it waits for: with one
-/// fetch later, unless an answer comes before. The registry is held.
-void ConfigManagerImpl::keep_in_reserve(ConfigInterface* config) {
-    reserve_wanted = true;
-    if (queued(FetchKind::reserve) != 0) {
-        return;
-    }
-    try {
-        queue_fetch(config, FetchKind::reserve);
-    } catch (...) {
-        // Memory has run out: the answer itself has to come.
+/// Ends the run when the last fetch is gone, by an exception, and none is queued: or no accessory
+/// would ever be configured again.
+void ConfigManagerImpl::end_run_without_fetch() {
+    const RegistryHold hold(*this);
+    if (is_configure_accessory_pending() && fetches_queued() == 0) {
+        clean_up_pending_config_requests();
     }
 }
 
@@ -389,7 +323,8 @@ void ConfigManagerImpl::clean_up_pending_config_requests() {
         }
     }
     pending_set.clear();
-    // Last: what the log callback attaches here starts a run of its own.
+    // Not first, but last: an accessory that the log callback attaches here would join a run that
+    // is over, and be lost.
     logger->notice() << "clean_up_pending_config_requests: ENTER";
 }
 

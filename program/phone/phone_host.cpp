@@ -156,8 +156,10 @@ void PhoneHost::interrupt() {
 void PhoneHost::request(HttpRequestType type, const char* url, const char* body) {
     const Lock lock(state_mutex);
     const bool is_post = type == HTTP_REQUEST_POST;
-    requests.push_back({url, is_post, is_post ? body : ""});
-    changed.notify_all();
+    if (is_post || fetches.add(url)) {
+        requests.push_back({url, is_post, is_post ? body : ""});
+        changed.notify_all();
+    }
 }
 
 void PhoneHost::apply(const char* device_id, const char* name, int usage_id, const char* value) {
@@ -207,10 +209,9 @@ void PhoneHost::work_on_requests() {
     Lock lock(state_mutex);
     while (!stopping && !interrupted) {
         if (held_back && held_back->due <= Clock::now()) {
-            const int status = held_back->status;
-            held_back.reset();
+            const HeldBackFailure failure = *std::exchange(held_back, std::nullopt);
             lock.unlock();
-            httpResponse("", status);
+            report_failure(failure);
             lock.lock();
         } else if (!requests.empty()) {
             const TransferRequest request = std::move(requests.front());
@@ -244,7 +245,7 @@ void PhoneHost::fetch(const TransferRequest& wanted) {
         output.tell(
             {{"event", "fetch"}, {"attempt", this_attempt}, {"url", wanted.url}, {"error", error}});
         end_fetch(error);
-        fail_fetch(0, true);
+        fail_fetch(wanted.url, 0, true);
         return;
     }
     if (!target->dropped_query.empty()) {
@@ -261,10 +262,23 @@ void PhoneHost::fetch(const TransferRequest& wanted) {
     }
     end_fetch(is_fetched(result) ? "" : failure_of(result));
     if (!is_fetched(result)) {
-        fail_fetch(result.status, false);
+        fail_fetch(wanted.url, result.status, false);
         return;
     }
-    deliver(result.body);
+    deliver(wanted.url, result.body);
+}
+
+/// How many of the library's requests the end of the URL's transfer answers. Before the first of
+/// them is answered: the library may ask again from inside.
+int PhoneHost::take_fetches(const std::string& url) {
+    const Lock lock(state_mutex);
+    return fetches.take(url);
+}
+
+void PhoneHost::report_failure(const HeldBackFailure& failure) {
+    for (int left = take_fetches(failure.url); left != 0; --left) {
+        httpResponse("", failure.status);
+    }
 }
 
 /// `failure` is empty when there is a document.
@@ -274,8 +288,7 @@ void PhoneHost::end_fetch(const std::string& failure) {
     last_fetch_failure = failure;
 }
 
-/// Hands the document in and reads from the log lines of this very call what became of it.
-void PhoneHost::deliver(const std::string& document) {
+void PhoneHost::deliver(const std::string& url, const std::string& document) {
     if (!options.detach_on_answer.empty()) {
         output.tell({{"event", "detached"}, {"id", options.detach_on_answer}});
         remove_peripheral(options.detach_on_answer.c_str());
@@ -288,6 +301,13 @@ void PhoneHost::deliver(const std::string& document) {
         output.tell({{"event", "note"},
                      {"text", "the document has a NUL byte: the library reads it up to there"}});
     }
+    for (int left = take_fetches(url); left != 0; --left) {
+        deliver_once(document);
+    }
+}
+
+/// Hands the document in and reads from the log lines of this very call what became of it.
+void PhoneHost::deliver_once(const std::string& document) {
     AnswerJudgement judged(document);
     judgement = &judged;
     httpResponse(document.c_str(), fetched_status);
@@ -314,7 +334,7 @@ void PhoneHost::deliver(const std::string& document) {
 }
 
 /// The library fetches again as soon as it hears of a failure, so this holds the news back.
-void PhoneHost::fail_fetch(int status, bool for_good) {
+void PhoneHost::fail_fetch(const std::string& url, int status, bool for_good) {
     std::chrono::milliseconds wait{0};
     int next_attempt = 0;
     {
@@ -326,7 +346,7 @@ void PhoneHost::fail_fetch(int status, bool for_good) {
         }
         next_attempt = attempt + 1;
         wait = wait_before(next_attempt, jitter);
-        held_back = HeldBackFailure{Clock::now() + wait, status};
+        held_back = HeldBackFailure{Clock::now() + wait, url, status};
     }
     output.tell({{"event", "wait"}, {"attempt", next_attempt}, {"milliseconds", wait.count()}});
 }

@@ -17,6 +17,7 @@
 
 #include "program/output.h"
 #include "program/phone/bench.h"
+#include "program/phone/joined_fetches.h"
 #include "program/phone/report_judgement.h"
 #include "program/phone/run_end.h"
 #include "program/phone/run_tally.h"
@@ -67,6 +68,7 @@ private:
     /// A failed fetch that the library hears of later, so that it does not fetch again at once.
     struct HeldBackFailure {
         Clock::time_point due;
+        std::string url;
         int status;
     };
 
@@ -75,9 +77,12 @@ private:
     void work_on_requests();
     void fetch(const TransferRequest& wanted);
     void post(const TransferRequest& request);
-    void deliver(const std::string& document);
+    void report_failure(const HeldBackFailure& failure);
+    void deliver(const std::string& url, const std::string& document);
+    void deliver_once(const std::string& document);
     void end_fetch(const std::string& failure);
-    void fail_fetch(int status, bool for_good);
+    void fail_fetch(const std::string& url, int status, bool for_good);
+    int take_fetches(const std::string& url);
     void tell_devices();
 
     PhoneOptions options;
@@ -87,6 +92,7 @@ private:
     mutable std::mutex state_mutex;  // guards all below
     std::condition_variable changed;
     std::deque<TransferRequest> requests;
+    JoinedFetches fetches;
     std::optional<HeldBackFailure> held_back;
     std::map<std::string, std::map<int, Setting>> devices;  // what each was given, by usage id
     std::mt19937 jitter;

@@ -126,7 +126,7 @@ TEST(ConfigManagerFaults, OfARetryLeaveTheRunToTheRetryBeforeIt) {
     EXPECT_EQ((Lines{"document"}), object->script->documents);
 }
 
-TEST(ConfigManagerFaults, OfARetryLeaveTheRunToAnAnswerThatIsStillToCome) {
+TEST(ConfigManagerFaults, OfTheLastRetryEndTheRunAlthoughARequestIsUnanswered) {
     for (const bool exhausted : {false, true}) {
         ManagerBench bench;
         start_pending_run(bench);
@@ -140,42 +140,12 @@ TEST(ConfigManagerFaults, OfARetryLeaveTheRunToAnAnswerThatIsStillToCome) {
 
         EXPECT_ANY_THROW(bench.manager().on_fetch_config_failure(500));
 
-        EXPECT_EQ(exhausted ? 0u : 1u, bench.queued()) << "the one in reserve";
-        EXPECT_TRUE(bench.succeed("document"));
-        EXPECT_EQ((Lines{"document"}), object->script->documents);
+        EXPECT_EQ(0u, bench.queued());
+        EXPECT_FALSE(bench.manager().is_configure_accessory_pending());
+        EXPECT_FALSE(bench.succeed("document"));
+        object->script->on_clone = nullptr;
+        expect_new_runs(bench);
     }
-}
-
-TEST(ConfigManagerFaults, OfTheReserveLeaveTheRunToItsAnswer) {
-    ManagerBench bench;
-    start_pending_run(bench);
-    bench.manager().remove_accessory("a");
-    FakeConfig* object = start_pending_run(bench);
-    bench.manager().on_fetch_config_failure(500);
-    bench.plugins.executor.throw_at(1);
-
-    EXPECT_NO_THROW(bench.run_tasks());
-
-    EXPECT_EQ(0u, bench.queued());
-    EXPECT_TRUE(bench.succeed("document"));
-    EXPECT_EQ((Lines{"document"}), object->script->documents);
-}
-
-TEST(ConfigManagerFaults, OfAFetchOfAHostThatLostAnAnswerLeaveTheRunToTheReserve) {
-    ManagerBench bench;
-    start_pending_run(bench);  // its answer never comes
-    bench.manager().remove_accessory("a");
-    FakeConfig* object = bench.add_fake("a");
-    bench.manager().configure_accessory("a", "");
-    bench.plugins.dispatcher.throw_at(1);
-
-    EXPECT_THROW(bench.run_tasks(), std::runtime_error);
-
-    ASSERT_EQ(1u, bench.queued());
-    EXPECT_LE(30u, bench.queued_defer_time());
-    bench.answer_with(REQUEST_DONE, "document");
-    bench.run_tasks();
-    EXPECT_EQ((Lines{"document"}), object->script->documents);
 }
 
 TEST(ConfigManagerFaults, OfAStartLeaveARunThatTheLogCallbackBeganMeanwhile) {

@@ -193,6 +193,57 @@ TEST(ConfigManagerRemoval, OfTheOnlyPendingAccessoryClearsTheFlagSoThatALateAnsw
               bench.take_lines());
 }
 
+/// The manager as somebody sees it who is called in the middle of something.
+std::string state_of(ManagerBench& bench) {
+    config::ConfigManagerImpl& manager = bench.manager();
+    return std::to_string(manager.get_number_of_configs()) + " registered, " +
+           std::to_string(manager.get_number_of_pending_configs()) + " pending, " +
+           (manager.is_configure_accessory_pending() ? "run under way" : "no run");
+}
+
+TEST(ConfigManagerRemoval, ForgetsTheObjectThenWritesTheLineThenClearsTheFlagThenDeletes) {
+    ManagerBench bench;
+    FakeConfig* object = bench.add_fake("a");
+    bench.manager().configure_accessory("a", "");
+    bench.plugins.executor.drop_all();
+    Lines steps;
+    object->script->on_end = [&] { steps.push_back("deleted: " + state_of(bench)); };
+    bench.plugins.log.hook = [&](const LogLine& line) {
+        if (line.text.find("remove_accessory") != std::string::npos) {
+            steps.push_back(line.text + ": " + state_of(bench));
+        }
+    };
+
+    bench.manager().remove_accessory("a");
+
+    EXPECT_EQ((Lines{"Lib::ConfigManagerImpl: remove_accessory: ENTER: "
+                     "1 registered, 1 pending, run under way",
+                     "Lib::ConfigManagerImpl: remove_accessory: erased [1] pending config: "
+                     "0 registered, 0 pending, run under way",
+                     "deleted: 0 registered, 0 pending, no run"}),
+              steps);
+}
+
+TEST(ConfigManagerRemoval, LeavesTheRunToAnAccessoryThatIsAttachedOnItsLine) {
+    ManagerBench bench;
+    bench.add_fake("a");
+    FakeConfig* other = bench.add_fake("b");
+    bench.manager().configure_accessory("a", "");
+    bench.answer_with(REQUEST_PENDING, "");
+    bench.run_tasks();
+    bench.plugins.log.hook = [&](const LogLine& line) {
+        if (line.text.find("erased [1]") != std::string::npos) {
+            EXPECT_TRUE(bench.manager().configure_accessory("b", ""));
+        }
+    };
+
+    bench.manager().remove_accessory("a");
+
+    EXPECT_TRUE(bench.succeed("document"));
+    EXPECT_EQ((Lines{"document"}), other->script->documents);
+    EXPECT_EQ(0u, bench.queued());
+}
+
 TEST(ConfigManagerRemoval, OfOnePendingAccessoryOfTwoLeavesTheRunOpen) {
     ManagerBench bench;
     bench.add_fake("a");

@@ -234,55 +234,176 @@ TEST(ConfigurationRunFailure, GivesTheRunUpWhenTheRegisteredCounterIsPastTheLimi
     EXPECT_EQ(0, object->get_config_retries());
 }
 
-TEST(ConfigurationRunFailure, IsQueuedAgainAtOnceHoweverOftenItIsTold) {
+TEST(ConfigurationRunFailure, IsQueuedAtOnceHoweverOftenItIsReported) {
     ManagerBench bench;
     start_pending_run(bench);
 
-    for (std::size_t told = 1; told <= 100; ++told) {
+    for (std::size_t reported = 1; reported <= 100; ++reported) {
         ASSERT_TRUE(bench.manager().on_fetch_config_failure(500));
-        ASSERT_EQ(told, bench.queued());
-        ASSERT_EQ(0u, bench.plugins.executor.params(told - 1)->get_defer_time());
+        ASSERT_EQ(reported, bench.queued());
+        ASSERT_EQ(0u, bench.plugins.executor.params(reported - 1)->get_defer_time());
     }
+    EXPECT_EQ(100u, requests_of_queued_tasks(bench));
     EXPECT_TRUE(bench.manager().is_configure_accessory_pending());
 }
 
-TEST(ConfigurationRunFailure, ToldFasterThanTheWorkerLooksAtThemFillNoQueue) {
+TEST(ConfigurationRunFailure, ReportedTwiceBeforeTheWorkerLooksIsFetchedTwice) {
     ManagerBench bench;
     start_pending_run(bench);
 
-    for (int told = 0; told < 1000; ++told) {
-        ASSERT_TRUE(bench.manager().on_fetch_config_failure(500));
-    }
+    bench.manager().on_fetch_config_failure(500);
+    bench.manager().on_fetch_config_failure(500);
 
-    EXPECT_EQ(100u, bench.queued());
-    EXPECT_TRUE(bench.manager().is_configure_accessory_pending());
+    EXPECT_EQ(2u, requests_of_queued_tasks(bench));
+    EXPECT_EQ(0u, bench.queued());
 }
 
-TEST(ConfigurationRunFailure, ToldAgainAndAgainLeadsToOneRequest) {
+TEST(ConfigurationRunFailure, ReportedTwiceForEachRequestDoublesTheRequests) {
     ManagerBench bench;
     start_pending_run(bench);
+    std::vector<std::size_t> requests;
+    std::size_t outstanding = 1;
 
-    for (int round = 0; round < 100; ++round) {
-        bench.manager().on_fetch_config_failure(500);
-        bench.manager().on_fetch_config_failure(500);
-        bench.manager().on_fetch_config_failure(500);
-        ASSERT_EQ(1u, requests_of_queued_tasks(bench));
-        ASSERT_EQ(0u, bench.queued());
+    for (int round = 0; round < 8; ++round) {
+        for (std::size_t answer = 0; answer < 2 * outstanding; ++answer) {
+            ASSERT_TRUE(bench.manager().on_fetch_config_failure(500));
+        }
+        outstanding = requests_of_queued_tasks(bench);
+        requests.push_back(outstanding);
     }
+
+    EXPECT_EQ((std::vector<std::size_t>{2, 4, 8, 16, 32, 64, 100, 100}), requests);
 }
 
-TEST(ConfigurationRunFailure, ToldFromInsideTheRequestTwiceLeadsToOneRequestAPass) {
+TEST(ConfigurationRunFailure, ReportedFromInsideTheRequestIsFetchedInTheNextPass) {
     ManagerBench bench;
     start_pending_run(bench);
     bench.plugins.dispatcher.hook = [&bench](const DispatchedRequest&) {
-        bench.manager().on_fetch_config_failure(500);
         bench.manager().on_fetch_config_failure(500);
     };
     bench.manager().on_fetch_config_failure(500);
 
     for (int pass = 0; pass < 100; ++pass) {
         ASSERT_EQ(1u, requests_of_queued_tasks(bench));
-        ASSERT_EQ(2u, bench.queued());
+        ASSERT_EQ(1u, bench.queued());
+    }
+}
+
+/// A run whose accessory left and came back before the answer: two requests are unanswered.
+FakeConfig* start_run_beside_an_earlier_request(ManagerBench& bench) {
+    start_pending_run(bench);
+    bench.manager().remove_accessory("a");
+    return start_pending_run(bench);
+}
+
+TEST(ConfigurationRunFailure, BesideAnUnansweredRequestIsFetchedAgain) {
+    ManagerBench bench;
+    start_run_beside_an_earlier_request(bench);
+
+    EXPECT_TRUE(bench.manager().on_fetch_config_failure(500));
+
+    ASSERT_EQ(1u, bench.queued());
+    EXPECT_EQ(0u, bench.queued_defer_time());
+    EXPECT_EQ(1u, requests_of_queued_tasks(bench));
+}
+
+TEST(ConfigurationRunFailure, IsFetchedAgainAtOnceForAHostThatLostAnAnswer) {
+    ManagerBench bench;
+    start_run_beside_an_earlier_request(bench);  // one of the two answers never comes
+
+    for (int round = 0; round < 10; ++round) {
+        EXPECT_TRUE(bench.manager().on_fetch_config_failure(500));
+        ASSERT_EQ(1u, bench.queued());
+        EXPECT_EQ(0u, bench.queued_defer_time());
+        ASSERT_EQ(1u, requests_of_queued_tasks(bench));
+    }
+}
+
+TEST(ConfigurationRunFailure, AddsAChainOfRequestsEachTimeItsAccessoryComesBackBeforeTheAnswer) {
+    ManagerBench bench;
+    start_pending_run(bench);
+    std::size_t outstanding = 1;
+
+    for (std::size_t replugs = 1; replugs <= 10; ++replugs) {
+        bench.manager().remove_accessory("a");
+        start_pending_run(bench);
+        for (std::size_t answer = 0; answer < replugs + 1; ++answer) {
+            bench.manager().on_fetch_config_failure(500);
+        }
+        outstanding = requests_of_queued_tasks(bench);
+        ASSERT_EQ(replugs + 1, outstanding);
+    }
+    bench.succeed("document");
+    for (std::size_t answer = 1; answer < outstanding; ++answer) {
+        bench.manager().on_fetch_config_failure(500);
+    }
+    EXPECT_EQ(0u, bench.queued()) << "a success ends every chain";
+}
+
+TEST(ConfigurationRunFailure, IsFetchedAgainWhileAnotherRetryIsHeldBack) {
+    ManagerBench bench;
+    start_pending_run(bench);
+    bench.manager().on_fetch_config_failure(500);
+    bench.manager().on_fetch_config_failure(500);
+    const std::size_t before = bench.urls().size();
+
+    bench.plugins.executor.run_next(1);  // the first one is held back
+
+    EXPECT_EQ(before + 1, bench.urls().size());
+    EXPECT_EQ(1u, requests_of_queued_tasks(bench)) << "its time comes";
+}
+
+TEST(ConfigurationRunFailure, IsFetchedAgainAfterARetryThatNeverRan) {
+    ManagerBench bench;
+    start_pending_run(bench);
+    bench.manager().on_fetch_config_failure(500);
+    bench.plugins.executor.drop_all();
+
+    EXPECT_TRUE(bench.manager().on_fetch_config_failure(500));
+
+    EXPECT_EQ(1u, requests_of_queued_tasks(bench));
+}
+
+TEST(ConfigurationRunFailure, BeyondAHundredQueuedFetchesQueuesNothingAndAnswersTrue) {
+    ManagerBench bench;
+    start_pending_run(bench);
+    for (int reported = 0; reported < 100; ++reported) {
+        bench.manager().on_fetch_config_failure(500);
+    }
+    bench.take_lines();
+
+    EXPECT_TRUE(bench.manager().on_fetch_config_failure(404));
+
+    EXPECT_EQ((Lines{"notice Lib::ConfigManagerImpl: on_fetch_config_failure reason code: 404"}),
+              bench.take_lines());
+    EXPECT_EQ(100u, bench.queued());
+    EXPECT_TRUE(bench.manager().is_configure_accessory_pending());
+}
+
+TEST(ConfigurationRunFailure, IsQueuedAgainOnceAQueuedFetchHasBegun) {
+    ManagerBench bench;
+    start_pending_run(bench);
+    for (int reported = 0; reported < 100; ++reported) {
+        bench.manager().on_fetch_config_failure(500);
+    }
+    bench.plugins.dispatcher.hook = [&bench](const DispatchedRequest&) {
+        bench.manager().on_fetch_config_failure(500);
+    };
+
+    bench.plugins.executor.run_next();
+
+    EXPECT_EQ(100u, bench.queued()) << "99 and the one that the request's failure queued";
+}
+
+TEST(ConfigurationRunFailure, CountsNoFetchesThatWereDroppedUnrun) {
+    ManagerBench bench;
+    start_pending_run(bench);
+    for (int round = 0; round < 3; ++round) {
+        for (int reported = 0; reported < 200; ++reported) {
+            bench.manager().on_fetch_config_failure(500);
+        }
+        ASSERT_EQ(100u, bench.queued());
+        bench.plugins.executor.drop_all();
     }
 }
 
@@ -295,216 +416,44 @@ TEST(ConfigurationRunFailure, OfAnEarlierRunsRequestQueuesAFetchBesideTheFirst) 
 
     EXPECT_TRUE(bench.manager().on_fetch_config_failure(500));
 
-    EXPECT_EQ(2u, bench.queued());
+    EXPECT_EQ(2u, requests_of_queued_tasks(bench));
 }
 
-/// A run whose accessory left and came back before the answer: two requests are unanswered.
-FakeConfig* start_run_beside_an_earlier_request(ManagerBench& bench) {
+TEST(ConfigurationRunFailure, IsFetchedAgainAlthoughTheRunHasEndedMeanwhile) {
+    ManagerBench bench;
     start_pending_run(bench);
-    bench.manager().remove_accessory("a");
-    return start_pending_run(bench);
-}
-
-TEST(ConfigurationRunFailure, BesideAnEarlierRunsRequestLeavesTheNextOneToItsAnswer) {
-    ManagerBench bench;
-    start_run_beside_an_earlier_request(bench);
-
-    EXPECT_TRUE(bench.manager().on_fetch_config_failure(500));
-
-    EXPECT_EQ(0u, requests_of_queued_tasks(bench));
-    ASSERT_EQ(1u, bench.queued()) << "the one in reserve";
-    EXPECT_LE(30u, bench.queued_defer_time());
-    EXPECT_GE(40u, bench.queued_defer_time());
-}
-
-TEST(ConfigurationRunFailure, OfTheLastRequestIsFollowedByOneRequest) {
-    ManagerBench bench;
-    start_run_beside_an_earlier_request(bench);
     bench.manager().on_fetch_config_failure(500);
-    bench.run_tasks();
-
-    EXPECT_TRUE(bench.manager().on_fetch_config_failure(500));
-
-    EXPECT_EQ(1u, requests_of_queued_tasks(bench)) << "and none of the reserve";
-    EXPECT_EQ(0u, bench.queued());
-}
-
-TEST(ConfigurationRunFailure, OfAllRequestsBeforeTheWorkerLooksIsFollowedByOneRequest) {
-    ManagerBench bench;
-    start_run_beside_an_earlier_request(bench);
-    bench.manager().on_fetch_config_failure(500);
-    bench.manager().on_fetch_config_failure(500);
+    bench.succeed("document");
 
     EXPECT_EQ(1u, requests_of_queued_tasks(bench));
-    EXPECT_EQ(0u, bench.queued());
-}
 
-TEST(ConfigurationRunFailure, IsRetriedFromTheReserveForAHostThatLostAnAnswer) {
-    ManagerBench bench;
-    start_run_beside_an_earlier_request(bench);  // one of the two answers never comes
-
-    for (int round = 0; round < 10; ++round) {
-        EXPECT_TRUE(bench.manager().on_fetch_config_failure(500));
-        ASSERT_EQ(0u, requests_of_queued_tasks(bench));
-        ASSERT_EQ(1u, bench.queued());
-        EXPECT_LE(30u, bench.queued_defer_time());
-        ASSERT_EQ(1u, requests_of_queued_tasks(bench));
-    }
-}
-
-TEST(ConfigurationRunFailure, ReserveIsNotMadeOfARunThatHasEnded) {
-    ManagerBench bench;
-    start_run_beside_an_earlier_request(bench);
-    bench.manager().on_fetch_config_failure(500);
-    bench.run_tasks();
-    bench.manager().remove_accessory("a");
     bench.take_lines();
-    ASSERT_EQ(1u, bench.queued());
-
-    EXPECT_EQ(0u, requests_of_queued_tasks(bench));
-
-    EXPECT_EQ(Lines{}, bench.take_lines());
+    EXPECT_FALSE(bench.succeed("document"));
+    EXPECT_EQ((Lines{"error Lib::ConfigManagerImpl: on_fetch_config_success: no configuration in "
+                     "progress, dropping data"}),
+              bench.take_lines());
 }
 
-/// The second of two requests is still unanswered, and one fetch is in reserve.
-void start_run_with_a_reserve(ManagerBench& bench) {
-    start_run_beside_an_earlier_request(bench);
-    bench.manager().on_fetch_config_failure(500);
-    bench.run_tasks();
-    ASSERT_EQ(1u, bench.queued());
-}
-
-TEST(ConfigurationRunFailure, ReserveOfARunIsNotMadeInTheNext) {
+TEST(ConfigurationRun, IsServedByTheQueuedFetchesWhenAHundredAreQueued) {
     ManagerBench bench;
-    start_run_with_a_reserve(bench);
+    start_pending_run(bench);
+    for (int reported = 0; reported < 100; ++reported) {
+        bench.manager().on_fetch_config_failure(500);
+    }
     bench.manager().remove_accessory("a");
-    bench.add_fake("a");
-    bench.manager().configure_accessory("a", "");
-    bench.plugins.executor.run_next(1);  // the one in reserve is held back
+    FakeConfig* object = bench.add_fake("a");
+    bench.take_lines();
 
-    EXPECT_EQ(0u, requests_of_queued_tasks(bench));
-}
+    EXPECT_TRUE(bench.manager().configure_accessory("a", ""));
 
-TEST(ConfigurationRunFailure, ReserveIsNotMadeOnceAnAnswerHasCome) {
-    ManagerBench bench;
-    start_run_with_a_reserve(bench);
-    bench.manager().on_fetch_config_failure(500);
-    bench.plugins.executor.run_next(1);
-
-    EXPECT_EQ(0u, requests_of_queued_tasks(bench)) << "the retry's own request is unanswered";
-}
-
-TEST(ConfigurationRunFailure, ReserveIsNotMadeBesideAQueuedRetry) {
-    ManagerBench bench;
-    start_run_with_a_reserve(bench);
-    bench.manager().on_fetch_config_failure(500);
-    const std::size_t before = bench.urls().size();
-
+    EXPECT_EQ((Lines{"notice Lib::ConfigManagerImpl: configure_accessory: ENTER",
+                     "notice Lib::ConfigManagerImpl: configure_accessory:a",
+                     "notice Lib::ConfigManagerImpl: configure_accessory: added async task"}),
+              bench.take_lines());
+    EXPECT_EQ(100u, bench.queued());
     bench.plugins.executor.run_next();
-
-    EXPECT_EQ(before, bench.urls().size());
-    EXPECT_EQ(1u, requests_of_queued_tasks(bench));
-}
-
-TEST(ConfigurationRunFailure, ReserveIsNotMadeBesideAQueuedFirstFetch) {
-    ManagerBench bench;
-    start_run_beside_an_earlier_request(bench);
-    bench.manager().remove_accessory("a");
-    bench.add_fake("a");
-    bench.manager().configure_accessory("a", "");
-    bench.manager().on_fetch_config_failure(500);
-    bench.plugins.executor.run_next(1);
-    ASSERT_EQ(2u, bench.queued()) << "the one in reserve last";
-    const std::size_t before = bench.urls().size();
-
-    bench.plugins.executor.run_next(1);
-
-    EXPECT_EQ(before, bench.urls().size());
-    EXPECT_EQ(1u, requests_of_queued_tasks(bench));
-}
-
-TEST(ConfigurationRunFailure, LeavesOneFetchInReserveHoweverManyRequestsAreUnanswered) {
-    ManagerBench bench;
-    start_pending_run(bench);
-    bench.manager().remove_accessory("a");
-    start_run_with_a_reserve(bench);
-
-    bench.manager().on_fetch_config_failure(500);
-    bench.plugins.executor.run_next(1);
-
-    EXPECT_EQ(1u, bench.queued());
-}
-
-TEST(ConfigurationRunFailure, AfterADocumentThatServedAnEarlierRunsRequestStaysOneFetch) {
-    ManagerBench bench;
-    start_pending_run(bench);
-    for (int round = 1; round < 10; ++round) {
-        bench.manager().remove_accessory("a");
-        start_pending_run(bench);
-    }
-    bench.succeed("document");  // nine are still to be answered
-    bench.manager().remove_accessory("a");
-    start_pending_run(bench);
-
-    for (int answer = 0; answer < 10; ++answer) {
-        bench.manager().on_fetch_config_failure(500);
-    }
-
-    EXPECT_EQ(1u, requests_of_queued_tasks(bench));
-}
-
-TEST(ConfigurationRunFailure, OfARequestThatWasRefusedIsNotWaitedFor) {
-    for (const int status : {static_cast<int>(REQUEST_REFUSED), 77}) {
-        ManagerBench bench;
-        bench.add_fake("a");
-        bench.manager().configure_accessory("a", "");
-        bench.answer_with(status, "");
-        bench.run_tasks();
-        bench.manager().remove_accessory("a");
-        start_pending_run(bench);
-
-        bench.manager().on_fetch_config_failure(500);
-
-        EXPECT_EQ(1u, requests_of_queued_tasks(bench));
-    }
-}
-
-TEST(ConfigurationRunFailure,
-     LeavesNoMoreRequestsHoweverOftenItsAccessoryComesBackBeforeTheAnswer) {
-    ManagerBench bench;
-    start_pending_run(bench);
-    for (int round = 1; round < 10; ++round) {
-        bench.manager().remove_accessory("a");
-        start_pending_run(bench);
-    }
-    std::size_t outstanding = 10;  // one for each time that it came
-
-    while (outstanding > 1) {
-        const std::size_t before = outstanding;
-        for (; outstanding != 0; --outstanding) {
-            bench.manager().on_fetch_config_failure(500);
-        }
-        outstanding = requests_of_queued_tasks(bench);
-        ASSERT_LT(outstanding, before);
-    }
-    EXPECT_EQ(1u, outstanding);
-}
-
-TEST(ConfigurationRunFailure, LeavesOneFetchHoweverOftenItsAccessoryLeavesAndComesBack) {
-    ManagerBench bench;
-    start_pending_run(bench);
-    std::size_t outstanding = 1;
-
-    for (int round = 0; round < 100; ++round) {
-        for (; outstanding != 0; --outstanding) {
-            bench.manager().on_fetch_config_failure(500);
-        }
-        bench.manager().remove_accessory("a");
-        bench.add_fake("a");
-        bench.manager().configure_accessory("a", "");
-        outstanding = requests_of_queued_tasks(bench);
-        ASSERT_EQ(2u, outstanding) << "the retry, and the new run's own first one";
-    }
+    bench.succeed("document");
+    EXPECT_EQ((Lines{"document"}), object->script->documents);
 }
 
 TEST(ConfigurationRunFailure, IsFollowedByASuccessOfTheSameRun) {
@@ -555,6 +504,25 @@ TEST(ConfigurationRunReplies, AccessoryThatTakesTheLastOnesPlaceInTheHandOutIsFe
     EXPECT_EQ(1u, bench.queued());
     EXPECT_TRUE(bench.manager().is_configure_accessory_pending());
     EXPECT_EQ(1u, bench.manager().get_number_of_pending_configs());
+}
+
+TEST(ConfigurationRunCleanUp, ClearsTheFlagThenTheCountersThenTheSetThenWritesTheLine) {
+    ManagerBench bench;
+    FakeConfig* object = bench.add_fake("a");
+    bench.manager().configure_accessory("a", "");
+    Lines steps;
+    const auto note = [&](const std::string& step) {
+        steps.push_back(
+            step + (bench.manager().is_configure_accessory_pending() ? ", flag" : ", no flag") +
+            ", pending " + std::to_string(bench.manager().get_number_of_pending_configs()));
+    };
+    object->script->on_retries = [&] { note("counter"); };
+    bench.plugins.log.hook = [&](const LogLine&) { note("line"); };
+
+    bench.manager().clean_up_pending_config_requests();
+
+    EXPECT_EQ((Lines{"counter, no flag, pending 1", "line, no flag, pending 0"}), steps);
+    object->script->on_retries = nullptr;
 }
 
 TEST(ConfigurationRunCleanUp, ResetsTheCountersOfThePendingObjectsAlone) {

@@ -404,11 +404,11 @@ const TwoAnswers two_answers[] = {
     {"DocumentAndFailureAtTheSecond", 2, 200, 404, false, 2},
     {"DocumentAndFailureInsideTheFirst", 1, 200, 404, true, 1},
     {"DocumentAndFailureInsideTheSecond", 2, 200, 404, true, 2},
-    // One fetch more for the failure, and not two.
-    {"FailureTwiceAtTheFirst", 1, 404, 404, false, 2},
-    {"FailureTwiceAtTheSecond", 2, 404, 404, false, 3},
-    {"FailureTwiceInsideTheFirst", 1, 404, 404, true, 2},
-    {"FailureTwiceInsideTheSecond", 2, 404, 404, true, 3},
+    // One fetch more for each failure.
+    {"FailureTwiceAtTheFirst", 1, 404, 404, false, 3},
+    {"FailureTwiceAtTheSecond", 2, 404, 404, false, 4},
+    {"FailureTwiceInsideTheFirst", 1, 404, 404, true, 3},
+    {"FailureTwiceInsideTheSecond", 2, 404, 404, true, 4},
     // That fetch is queued when the document comes after all.
     {"FailureAndDocumentAtTheFirst", 1, 404, 200, false, 2},
     {"FailureAndDocumentAtTheSecond", 2, 404, 200, false, 3},

@@ -62,10 +62,10 @@ Footprint footprint() {
     return {live_allocations, count_threads()};
 }
 
-/// The footprint after `rounds` of `round`; a few were run before the first one is taken.
+/// The footprint after `rounds` of `round`; some were run before the first one is taken.
 template <typename Round>
-void expect_no_growth(int rounds, Round round) {
-    for (int i = 0; i < 10; ++i) {
+void expect_no_growth(int rounds, Round round, int rounds_before = 10) {
+    for (int i = 0; i < rounds_before; ++i) {
         round();
     }
     const Footprint before = footprint();
@@ -108,6 +108,37 @@ TEST(GrowthTest, AttachingAndRemoving) {
         configure_headset(shared(headset_1()));
         host.run_worker();
         remove_peripheral("headset-1");
+    });
+}
+
+TEST(GrowthTest, AttachingAndRemovingWhileTheWorkerIsBusy) {
+    PhoneHost host;
+    host.start_up();
+    create_headset_mgmt(nullptr);
+    // The worker is not let on, so each round leaves a fetch in the queue, until it is full.
+    const int rounds_to_fill_the_queue = 200;
+
+    expect_no_growth(
+        1000,
+        [&] {
+            configure_headset(shared(headset_1()));
+            remove_peripheral("headset-1");
+        },
+        rounds_to_fill_the_queue);
+}
+
+TEST(GrowthTest, FailuresThatAreReportedTwice) {
+    PhoneHost host;
+    host.start_up();
+    create_headset_mgmt(nullptr);
+    configure_headset(shared(headset_1()));
+    host.run_worker();
+
+    expect_no_growth(200, [&] {
+        for (int report = 0; report < 200; ++report) {
+            httpResponse("", 404);
+        }
+        host.run_worker();
     });
 }
 

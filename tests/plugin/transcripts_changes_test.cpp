@@ -289,5 +289,37 @@ TEST(TranscriptsTest, SecondStartKnowsNothingOfTheFirst) {
         }));
 }
 
+TEST(TranscriptsTest, FailureBesideAnUnansweredRequestIsFetchedAgainAtOnceAndNothingElse) {
+    PhoneHost host;
+    host.start_up();
+    configure_headset(shared(headset_1()));
+    host.run_worker();
+    remove_peripheral("headset-1");
+    configure_headset(shared(headset_1()));
+    host.run_worker();
+    host.run_worker();
+    host.take();
+
+    httpResponse("", 503);
+    host.run_worker();
+    host.run_worker();
+
+    EXPECT_EQ(host.take(),
+              (Lines{
+                  "log 5 Lib::ConfigManagerImpl: on_fetch_config_failure reason code: 503",
+                  "log 5 ExecutorImpl::add_task: ENTER.\n",
+                  "log 5 ExecutorImpl::ExecutorImpl adding a task\n",
+                  "log 5 ExecutorImpl::threadLoop, start executing task\n",
+                  "log 5 Lib::ConfigManagerImpl: configure_accessory_task id:headset-1",
+                  "log 5 : get_config_url: tokenized url: http://{tftp}/{userid}/headsets.json",
+                  "httpRequest 0 http://[fe80::1]/4711/headsets.json null",
+                  "log 5 Lib::ConfigManagerImpl: configure_accessory_task: pending fetch config",
+                  "log 5 ExecutorImpl::threadLoop, complete executing task\n",
+                  "log 5 ExecutorImpl::threadLoop exiting.\n",
+              }));
+    host.run_worker();
+    EXPECT_EQ(host.take(), Lines{});
+}
+
 }  // namespace
 }  // namespace headsetmgmt::test_support

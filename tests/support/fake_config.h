@@ -31,6 +31,8 @@ public:
         std::function<void()> on_document;  ///< called from inside `update_from_server`
         std::function<void()> on_setting;   ///< called from inside `update_from_host`
         std::function<void()> on_clone;     ///< called from inside `clone`
+        std::function<void()> on_retries;   ///< called from inside `set_config_retries`
+        std::function<void()> on_end;       ///< called from inside the destructor
 
         std::vector<std::string> documents;      ///< handed to `update_from_server`
         std::vector<std::string> stamps;         ///< handed to `is_config_required`
@@ -46,7 +48,12 @@ public:
         : script(std::make_shared<Script>()), accessory_id(id), accessory(info->clone()) {
         ++live_;
     }
-    ~FakeConfig() override { --live_; }
+    ~FakeConfig() override {
+        --live_;
+        if (script->on_end) {
+            script->on_end();
+        }
+    }
 
     /// Objects alive in the whole process, copies included.
     static int live_count() { return live_; }
@@ -78,6 +85,9 @@ public:
     std::string get_accessory_id() const override { return accessory_id; }
     void set_config_retries(int retries) override {
         script->retries_set.push_back(retries);
+        if (script->on_retries) {
+            script->on_retries();
+        }
         ConfigInterface::set_config_retries(retries);
     }
     bool is_config_required(const std::string& version_stamp) const override {

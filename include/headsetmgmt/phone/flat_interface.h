@@ -79,11 +79,17 @@ HEADSETMGMT_EXPORT bool retrieve_config(const char* device_id, CONFIG_SETTING_US
                                         int* value);
 
 /// Delivers the answer to a fetch: with status 200, `body` is the document; any other status is a
-/// failure, and the document is requested again at once; while another request has no answer yet,
-/// only when that comes, or 30 to 40 seconds later if none does. So answer each request, and once:
-/// a lost answer makes every later failure wait, until the library is stopped. Answers that nobody
-/// waits for are dropped. The document is read and applied before this returns, on the calling
-/// thread: it needs 112 KiB of stack beside what the host functions take that it calls.
+/// failure, and the library requests the document again at once. Answers that nobody waits for are
+/// dropped.
+///
+/// The host sets the pace: it reports a failure after a pause. It answers each request, and once:
+/// one that it answers twice with a failure is followed by two requests, these by four. It joins
+/// requests for one URL that wait together into one transfer and answers each with its result: an
+/// accessory that leaves and comes back while its request is out adds a request to every round,
+/// until one succeeds. At most 100 requests are queued; a failure beyond that adds none.
+///
+/// The document is read and applied before this returns, on the calling thread: it needs 112 KiB of
+/// stack beside what the host functions take that it calls.
 HEADSETMGMT_EXPORT void httpResponse(const char* body, int status);
 
 /// Sends all settings of an accessory to it again, the user's included. False when the accessory is

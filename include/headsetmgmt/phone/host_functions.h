@@ -17,8 +17,9 @@
 #define HEADSETMGMT_HOST_FUNCTION [[gnu::visibility("default")]]
 
 /// Starts a request and returns without waiting for its answer. The answer to a fetch is delivered
-/// with `httpResponse`, exactly once, also when it is a time-out or another failure; the answer to
-/// a post must not be delivered. `body` is null for a fetch. The result is not looked at.
+/// with `httpResponse`, exactly once, also when it is a time-out or another failure, and a failure
+/// only after a pause (`httpResponse` says why); the answer to a post must not be delivered. `body`
+/// is null for a fetch. The result is not looked at.
 HEADSETMGMT_HOST_FUNCTION bool httpRequest(HttpRequestType type, const char* url, const char* body);
 
 /// Gives the device the setting `usage_id`, called `name`, the value `value`. The result is not
