@@ -16,6 +16,7 @@ namespace headsetmgmt::config {
 ConfigImpl::ConfigImpl(const std::string& id, const AccessoryInfoInterface* info,
                        std::string component)
     : logger(make_logger(component)), accessory_id(id), logger_name(std::move(component)) {
+    // In the body: the locks come after the logger, and the accessory is cloned last.
     settings_mutex = make_mutex(false);
     config_retries = 0;
     firmware_mutex = make_mutex(false);
@@ -24,20 +25,18 @@ ConfigImpl::ConfigImpl(const std::string& id, const AccessoryInfoInterface* info
 
 ConfigImpl::ConfigImpl(const ConfigImpl& other)
     : ConfigInterface(other), settings(other.settings), settings_mutex(make_mutex(false)),
-      current_model(other.current_model), last_updated_time(other.last_updated_time),
-      accessory_id(other.accessory_id), accessory(other.accessory->clone()),
-      pending_firmware(other.pending_firmware), firmware_mutex(make_mutex(false)) {
-    // The name is copied last: a copy's log lines carry no name, which tells them from those of the
-    // registered object.
-    logger = make_logger(logger_name);
-    logger_name = other.logger_name;
-}
+      // No name, which is copied last: it tells a copy's log lines from those of the original.
+      logger(make_logger("")), current_model(other.current_model),
+      last_updated_time(other.last_updated_time), accessory_id(other.accessory_id),
+      accessory(other.accessory->clone()), pending_firmware(other.pending_firmware),
+      firmware_mutex(make_mutex(false)), logger_name(other.logger_name) {}
 
 ConfigImpl::~ConfigImpl() {
     {
         const std::lock_guard<MutexInterface> settings_lock(*settings_mutex);
         settings.clear();
     }
+    // A fixed order, which is not that of the members.
     accessory.reset();
     logger.reset();
     firmware_mutex.reset();
@@ -92,6 +91,7 @@ bool ConfigImpl::reset_config() {
 bool ConfigImpl::update(const AccessoryInfoInterface* info) {
     reset_timestamps();
     set_config_retries(0);
+    // Cloned before the old facts go: memory may run out, and `info` may be the old facts.
     accessory.reset(info->clone());
     return true;
 }

@@ -29,6 +29,7 @@ public:
     using ConfigImpl::last_updated_time;
     using ConfigImpl::logger_name;
     using ConfigImpl::pending_firmware;
+    using ConfigImpl::settings;
 };
 
 /// A headset without facts, and recording fakes in the plug-in record. Declare it before the

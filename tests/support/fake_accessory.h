@@ -81,7 +81,7 @@ public:
     void set_connection(const std::string& type_of_link, const std::string& status) override;
     void reset() override { ++shared->resets; }
 
-private:
+protected:
     FakeAccessory(const FakeAccessory& other);
 };
 
