@@ -107,6 +107,10 @@ private:
     std::set<std::string> known;              // ids in the registry
     std::set<std::string> unsure;             // ids that may be there or not
     std::multiset<std::string> changing_now;  // ids that come or go this moment
+    /// The ids that were attached since the start, by what host functions see of them: a text ends
+    /// there at its first NUL.
+    std::map<std::string, std::set<std::string>> ids_shown_as;
+    bool blank_serial_numbers = false;  // a reported one began with a NUL
     std::vector<Frame> frames;
     std::size_t runs_wanted = 0;  // since the start
     std::size_t fetches = 0;
@@ -114,6 +118,10 @@ private:
     std::size_t reports = 0;
     std::string fact;
 };
+
+bool begins_with_nul(const std::string& text) {
+    return !text.empty() && text.front() == '\0';
+}
 
 Phone* phone = nullptr;
 
@@ -217,6 +225,8 @@ void Phone::stop() {
     call_at_next_line = false;
     known.clear();
     unsure.clear();
+    ids_shown_as.clear();
+    blank_serial_numbers = false;
     runs_wanted = fetches = reports_wanted = reports = 0;
 }
 
@@ -245,7 +255,8 @@ void Phone::configure() {
         expect(!configure_headset(accessory), "no accessory is configured");
         return;
     }
-    const std::string id = accessory->device_id.c_str();  // texts end at their first NUL
+    const std::string id = accessory->device_id;
+    ids_shown_as[id.c_str()].insert(id);
     const bool usable = accessory->accessory_type == 1 || accessory->accessory_type == 2;
     const bool wanted = running && (usable || is_known(id));
     const bool sure = usable || is_sure(id);
@@ -267,6 +278,8 @@ void Phone::report() {
     const std::shared_ptr<AccessoryCache> accessory = input.some_accessory();
     if (accessory != nullptr && running) {
         ++reports_wanted;
+        blank_serial_numbers = blank_serial_numbers || begins_with_nul(accessory->serial_number) ||
+                               begins_with_nul(accessory->dock_serial_number);
     }
     send_inventory(accessory);
 }
@@ -332,7 +345,7 @@ void Phone::take_request(HttpRequestType type, const char* url, const char* body
     expect(type == HTTP_REQUEST_GET || type == HTTP_REQUEST_POST, "a request is a fetch or a post");
     if (type == HTTP_REQUEST_POST) {
         expect(body != nullptr, "a post has a body");
-        expect_report(body);
+        expect_report(body, blank_serial_numbers);
     } else {
         expect(body == nullptr, "a fetch has no body");
     }
@@ -362,7 +375,8 @@ void Phone::take_request(HttpRequestType type, const char* url, const char* body
 void Phone::take_setting(const char* device_id, const char* name, const char* value, int usage_id) {
     expect(device_id != nullptr && name != nullptr && value != nullptr, "a setting is complete");
     expect(!frames.empty() && !stopping, "a setting is sent from inside a reset or an answer");
-    expect(++frames.back()[{device_id, usage_id}] == 1, "a setting is sent once", name);
+    expect(++frames.back()[{device_id, usage_id}] <= ids_shown_as[device_id].size(),
+           "a setting is sent once to an accessory", name);
     if (input.below(4) == 3) {
         call_from_inside();
     }

@@ -2,9 +2,7 @@
 
 #include "plugin/accessory_info_impl.h"
 
-#include <algorithm>
 #include <cstddef>
-#include <iterator>
 #include <string>
 
 namespace headsetmgmt {
@@ -72,46 +70,7 @@ void AccessoryInfoImpl::set_connection(const std::string& new_type, const std::s
     connection_status = new_status;
 }
 
-namespace {
-
-constexpr std::string AccessoryCache::*texts_of_cache[] = {
-    &AccessoryCache::device_id,
-    &AccessoryCache::software_version,
-    &AccessoryCache::hardware_version,
-    &AccessoryCache::model,
-    &AccessoryCache::serial_number,
-    &AccessoryCache::vendor,
-    &AccessoryCache::dock_serial_number,
-    &AccessoryCache::dock_model,
-    &AccessoryCache::dongle_serial_number,
-    &AccessoryCache::dongle_model,
-    &AccessoryCache::dongle_version,
-    &AccessoryCache::connection_type,
-    &AccessoryCache::connection_status,
-};
-
-bool holds_nul(const AccessoryCache& cache) {
-    return std::any_of(std::begin(texts_of_cache), std::end(texts_of_cache), [&cache](auto member) {
-        return (cache.*member).find('\0') != std::string::npos;
-    });
-}
-
-/// Each text up to its first NUL, which is all that the host and a report take of it.
-AccessoryCache cut_at_nul(const AccessoryCache& cache) {
-    AccessoryCache cut = cache;
-    for (const auto member : texts_of_cache) {
-        std::string& text = cut.*member;
-        text.resize(std::min(text.find('\0'), text.size()));
-    }
-    return cut;
-}
-
-}  // namespace
-
 std::shared_ptr<AccessoryInfoImpl> to_accessory_info(const AccessoryCache& cache) {
-    if (holds_nul(cache)) {
-        return to_accessory_info(cut_at_nul(cache));
-    }
     auto info = std::make_shared<AccessoryInfoImpl>(
         static_cast<ACCESSORY_TYPE>(cache.accessory_type), cache.device_id, cache.vendor,
         cache.serial_number, cache.model, cache.software_version, cache.hardware_version,

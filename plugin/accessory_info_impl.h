@@ -77,7 +77,7 @@ private:
     std::int32_t vendor_id;
 };
 
-/// The host's record turned into one of the library's own. Its texts end at their first NUL.
+/// The host's record turned into one of the library's own, its texts taken whole.
 std::shared_ptr<AccessoryInfoImpl> to_accessory_info(const AccessoryCache& cache);
 
 }  // namespace headsetmgmt

@@ -121,7 +121,7 @@ private:
         expect_no_nul(result, place + "/" + name);
     }
 
-    /// The library takes texts up to their first NUL.
+    /// Host and library exchange most texts as C strings, which end at their first NUL.
     void expect_no_nul(const std::string& value, const std::string& place) const {
         if (value.find('\0') != std::string::npos) {
             fail(place, "expected a text without a NUL character");

@@ -15,6 +15,8 @@ using headsetmgmt::to_accessory_info;
 
 namespace {
 
+using namespace std::string_literals;
+
 /// A headset with each fact different from every other.
 AccessoryInfoImpl some_headset() {
     return AccessoryInfoImpl(headsetmgmt::HEADSET, "id-1", "vendor-1", "serial-1", "model-1",
@@ -178,31 +180,34 @@ TEST(AccessoryInfoImplTest, CloneIsIndependentOfItsSource) {
     EXPECT_EQ(clone->get_connection_status(), "connected");
 }
 
-TEST(AccessoryInfoImplTest, TextsOfAHostRecordEndAtTheirFirstNul) {
+TEST(AccessoryInfoImplTest, TextsOfAHostRecordAreTakenWholeWithTheirNuls) {
     AccessoryCache cache;
-    cache.device_id = std::string("id\0x", 4);
-    cache.software_version = std::string("1-0\0x", 5);
-    cache.hardware_version = std::string("4\0x", 3);
-    cache.model = std::string("K30\0x", 5);
-    cache.serial_number = std::string("\0x", 2);
-    cache.vendor = std::string("Varos\0x", 7);
-    cache.dock_serial_number = std::string("\0D", 2);
-    cache.dock_model = std::string("Dock\0x", 6);
-    cache.dongle_serial_number = std::string("L1\0x", 4);
-    cache.dongle_model = std::string("Link\0x", 6);
-    cache.dongle_version = std::string("2-0\0x", 5);
-    cache.connection_type = std::string("USB\0x", 5);
-    cache.connection_status = std::string("connected\0x", 11);
+    cache.device_id = "id\0x"s;
+    cache.software_version = "1-0\0x"s;
+    cache.hardware_version = "4\0x"s;
+    cache.model = "K30\0x"s;
+    cache.serial_number = "\0x"s;
+    cache.vendor = "Varos\0x"s;
+    cache.dock_serial_number = "\0D"s;
+    cache.dock_model = "Dock\0x"s;
+    cache.dongle_serial_number = "L1\0x"s;
+    cache.dongle_model = "Link\0x"s;
+    cache.dongle_version = "2-0\0x"s;
+    cache.connection_type = "USB\0x"s;
+    cache.connection_status = "connected\0"s;
     cache.vendor_id = 7;
 
-    const auto info = headsetmgmt::to_accessory_info(cache);
+    const auto info = to_accessory_info(cache);
 
-    EXPECT_EQ(info->device_id(), "id");
+    EXPECT_EQ(info->device_id(), "id\0x"s);
+    EXPECT_EQ(info->get_software_version(), "1-0\0x"s);
+    EXPECT_EQ(info->get_serial_number(nullptr), "\0x"s);
+    EXPECT_EQ(info->get_connection_status(), "connected\0"s);
     EXPECT_EQ(info->to_string(),
-              "Accessory Info:\ntype:UNKNOWN\nid:id\nvendor:Varos\nvendor id:7\nmodel:K30\n"
-              "serial number:\nsw ver:1-0\nhw ver:4\ndock model:Dock\ndock serial number:\n"
-              "dongle model:Link\ndongle serial number:L1\ndongle version:2-0\n"
-              "connection type:USB\nconnection status:connected\n\n");
+              "Accessory Info:\ntype:UNKNOWN\nid:id\0x\nvendor:Varos\0x\nvendor id:7\n"
+              "model:K30\0x\nserial number:\0x\nsw ver:1-0\0x\nhw ver:4\0x\ndock model:Dock\0x\n"
+              "dock serial number:\0D\ndongle model:Link\0x\ndongle serial number:L1\0x\n"
+              "dongle version:2-0\0x\nconnection type:USB\0x\nconnection status:connected\0\n\n"s);
 }
 
 TEST(AccessoryInfoImplTest, FirmwareDataAreReadyWithVersionAndModel) {

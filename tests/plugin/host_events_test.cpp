@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "headsetmgmt/config_manager.h"
 #include "headsetmgmt/plugins.h"
 
 #include "plugin/phone_host.h"
@@ -10,6 +11,7 @@
 namespace headsetmgmt::test_support {
 namespace {
 
+using namespace std::string_literals;
 using plugin::PhonePluginImpl;
 
 /// The URL of the next fetch: a headset is attached for it and removed again.
@@ -254,6 +256,37 @@ TEST(HostEventsTest, RemovedAccessoryIsForgotten) {
     EXPECT_TRUE(remove_peripheral("headset-1"));
 
     EXPECT_FALSE(factory_reset("headset-1"));
+}
+
+TEST(HostEventsTest, IdWithANulIsTheWholeKeyAndTheHostGetsItUpToTheNul) {
+    PhoneHost host;
+    host.start_up();
+
+    EXPECT_TRUE(configure_headset(shared(headset_named("headset\0-1"s))));
+    EXPECT_EQ("log 5 PhonePluginImpl::configure_headset Accessory Info:\ntype:HEADSET\nid:headset",
+              host.take().at(1));
+    host.run_worker();
+    httpResponse(document_with_sidetone, 200);
+
+    ASSERT_EQ(fake_host().applied_changes().size(), 1U);
+    EXPECT_EQ(fake_host().applied_changes().at(0).device_id, "headset");
+    EXPECT_FALSE(factory_reset("headset"));
+    EXPECT_TRUE(config::create_config_manager()->reset_to_admin_defaults("headset\0-1"s));
+}
+
+TEST(HostEventsTest, SerialNumberThatBeginsWithANulCountsAndIsReportedEmpty) {
+    PhoneHost host;
+    host.start_up();
+    AccessoryCache record = headset_1();
+    record.serial_number = "\0SN"s;
+
+    send_inventory(shared(record));
+    host.run_worker();
+
+    ASSERT_EQ(fake_host().http_requests().size(), 1U);
+    EXPECT_NE(fake_host().http_requests().at(0).body->find(
+                  "\"headset\":\t{\n\t\t\t\"serialNumber\":\t\"\","),
+              std::string::npos);
 }
 
 TEST(HostEventsTest, NegativeAccessoryTypeHasNoReport) {

@@ -21,8 +21,8 @@ enum HttpRequestType : std::int32_t {
     HTTP_REQUEST_POST = 2,  ///< send a body; no answer is wanted
 };
 
-/// The host's own record of an accessory. The library reads it during the call, each text up to its
-/// first NUL, and never writes it.
+/// The host's own record of an accessory. The library reads it during the call, each text whole,
+/// and never writes it. What it passes on as a C string ends at the text's first NUL.
 struct AccessoryCache {
     std::string device_id;            ///< names the accessory in every call
     std::int32_t accessory_type = 0;  ///< a value of `headsetmgmt::ACCESSORY_TYPE`
