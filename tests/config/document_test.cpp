@@ -70,6 +70,16 @@ TEST(DocumentTemplate, IsTheFirstMemberOfItsHolderWhateverThatIsCalled) {
     EXPECT_EQ(1.0, document::read_updated_time(document::find_template(root.get())));
 }
 
+TEST(DocumentTemplate, IsTheFirstMemberOfItsHolderEvenIfThatIsNoObject) {
+    const JsonOwner number = parse(R"({"updatedTime": 1700, "templateConfiguration": {}})");
+    const JsonOwner text = parse(R"({"name": "headsets", "templateConfiguration": {}})");
+
+    ASSERT_NE(nullptr, document::find_template(number.get()));
+    EXPECT_EQ(1700.0, cJSON_GetNumberValue(document::find_template(number.get())));
+    ASSERT_NE(nullptr, document::find_template(text.get()));
+    EXPECT_STREQ("headsets", cJSON_GetStringValue(document::find_template(text.get())));
+}
+
 TEST(DocumentTemplate, IsFoundWhateverTheCaseOfItsKey) {
     const JsonOwner root = parse(R"({"TEMPLATEconfiguration": {"updatedTime": 7}})");
 

@@ -71,6 +71,24 @@ TEST(FirmwareDecisionWithoutDowngrade, FieldsMayBeWiderThanThirtyTwoBits) {
 
     EXPECT_EQ(1, config.check_firmware_upgrade("20260101120001", "20260101120000"));
     EXPECT_EQ(2, config.check_firmware_upgrade("4294967296", "4294967297"));
+    EXPECT_EQ(1, config.check_firmware_upgrade("4294967297", "5"));
+    EXPECT_EQ(2, config.check_firmware_upgrade("5", "4294967297"));
+}
+
+TEST(FirmwareDecisionWithoutDowngrade, FieldsAreDecimalWhateverTheirLeadingZeros) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+
+    EXPECT_EQ(1, config.check_firmware_upgrade("1-010", "1-9"));
+    EXPECT_EQ(2, config.check_firmware_upgrade("1-9", "1-010"));
+}
+
+TEST(FirmwareDecisionWithoutDowngrade, FieldOfTheReportMayHaveBlanksAndASign) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+
+    EXPECT_EQ(2, config.check_firmware_upgrade("1-2", "1- 3"));
+    EXPECT_EQ(2, config.check_firmware_upgrade("1-2", "1-+3"));
 }
 
 TEST(FirmwareDecisionWithoutDowngrade, FieldWithoutDigitsCountsAsZero) {
@@ -86,6 +104,7 @@ TEST(FirmwareDecisionWithoutDowngrade, FieldOfTheReportEndsAtItsFirstNonDigit) {
     OpenConfig config("acc-1", &bench.accessory);
 
     EXPECT_EQ(2, config.check_firmware_upgrade("1-2", "1-3.9"));
+    EXPECT_EQ(1, config.check_firmware_upgrade("1-3", "1-3.9"));
     EXPECT_EQ(1, config.check_firmware_upgrade("1-4", "1- 3.9"));
 }
 

@@ -70,6 +70,30 @@ TEST(UpdateFromServer, TimeBeforeTheTemplateIsReadAsTheTemplateAndYieldsNoSettin
     EXPECT_EQ(Settings{}, settings_of(config));
     EXPECT_EQ(0.0, config.last_updated_time);
     EXPECT_EQ(Calls{}, bench.driver_calls());
+    EXPECT_EQ(
+        (Lines{
+            "info HeadsetConfigImpl: update_from_server Enter:",
+            "info HeadsetConfigImpl: parse_remote_default_config Enter:",
+            "info HeadsetConfigImpl: parse_remote_default_config parsed updated_time:",
+            "info HeadsetConfigImpl: parse_remote_default_config: Current accessory plugged in: "
+            "Varos K20",
+            "notice HeadsetConfigImpl: parse_remote_default_config: No timestamp found on the "
+            "config. Proceed with updating config.",
+            "info HeadsetConfigImpl: save_common_settings_params: Common settings not found in "
+            "config",
+            "debug HeadsetConfigImpl: extract_model_firmware_settings: MODEL NAME Varos K20",
+            "notice HeadsetConfigImpl: extract_model_firmware_settings[KORM-ERR]: Model specific "
+            "settings not found in config",
+            "info HeadsetConfigImpl: save_model_specific_settings_params : "
+            "Model_firmware_settings do not exist",
+            "notice HeadsetConfigImpl: parse_remote_default_config[PARSING-ERR]: No settings "
+            "found to save.",
+            "notice HeadsetConfigImpl: upgrade_firmware[PARSING-ERR]: Model_firmware_settings do "
+            "not exist",
+            "info HeadsetConfigImpl: parse_remote_default_config: Failed",
+            "debug HeadsetConfigImpl: update_from_server: Parsing remote config failed.",
+        }),
+        bench.lines());
 }
 
 TEST(UpdateFromServer, TemplateInARootArrayIsUsed) {
@@ -191,6 +215,37 @@ TEST(UpdateFromServer, MissingFirmwareNameFailsTheDocument) {
     EXPECT_FALSE(config.update_from_server(R"({"templateConfiguration": {
         "commonSettings": [{"name": "a", "usageId": 1, "value": 1, "access": "Admin"}],
         "modelSpecificSettings": [{"models": ["Varos"], "modelFirmware": [{}]}]}})"));
+}
+
+TEST(UpdateFromServer, EmptyFirmwareVersionAsksNothingAndPassesTheDocument) {
+    ConfigBench bench;
+    bench.accessory.model = "Varos K20";
+    bench.accessory.software_version = "1-0";
+    OpenConfig config("acc-1", &bench.accessory);
+    config.pending_firmware = "0-9";
+
+    EXPECT_TRUE(config.update_from_server(R"({"templateConfiguration": {
+        "modelSpecificSettings": [{"models": ["Varos"], "modelFirmware": [
+            {"firmwareName": "k20.bin", "firmwareVersion": ""}]}]}})"));
+    EXPECT_EQ(Calls{}, bench.driver_calls());
+    EXPECT_EQ("", config.pending_firmware);
+    const Lines lines = bench.lines();
+    ASSERT_LE(10U, lines.size());
+    EXPECT_EQ(
+        (Lines{
+            "notice HeadsetConfigImpl: upgrade_firmware: received 1 entries for model firmware",
+            "info HeadsetConfigImpl: parse_firmware_version: Parsing: ",
+            "notice HeadsetConfigImpl: check_firmware_upgrade: FW ver candidate from "
+            "Configuration: ",
+            "info HeadsetConfigImpl: parse_firmware_version: Parsing: 1-0",
+            "notice HeadsetConfigImpl: check_firmware_upgrade: System info reported FW: 1-0",
+            "info HeadsetConfigImpl: check_firmware_upgrade: firmware version is empty",
+            "debug HeadsetConfigImpl: upgrade_firmware: Done",
+            "debug HeadsetConfigImpl: upgrade_firmware: Success.",
+            "info HeadsetConfigImpl: parse_remote_default_config: Success",
+            "info HeadsetConfigImpl: update_from_server: success",
+        }),
+        Lines(lines.end() - 10, lines.end()));
 }
 
 TEST(UpdateFromServer, FirmwareResultReplacesTheFailureToFindSettings) {

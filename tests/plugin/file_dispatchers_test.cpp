@@ -89,6 +89,9 @@ public:
 
     void put(const std::string& content) const { write_file(document, content); }
 
+    /// An empty folder in the document's place.
+    void put_folder() const { fs::create_directory(document); }
+
 private:
     fs::path folder = "/tmp/ram";
     fs::path document = folder / "defaultheadsetconfig.json";
@@ -212,6 +215,19 @@ TEST(TftpDispatcherImplTest, FileIsReadWholeWhateverTheNameSays) {
 
 TEST(TftpDispatcherImplTest, MissingFileIsRefusedAndKeepsTheDocument) {
     const MemoryFileSystem memory;
+    std::string document = "kept";
+
+    testing::internal::CaptureStdout();
+    const int result = TftpDispatcherImpl().get("defaultheadsetconfig.json", document);
+
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(result, 1);
+    EXPECT_EQ(document, "kept");
+}
+
+TEST(TftpDispatcherImplTest, FolderInTheFilesPlaceIsRefusedAndKeepsTheDocument) {
+    const MemoryFileSystem memory;
+    memory.put_folder();
     std::string document = "kept";
 
     testing::internal::CaptureStdout();

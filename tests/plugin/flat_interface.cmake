@@ -26,6 +26,13 @@ headsetmgmt_add_test(stop_windows_test
         stop_windows_test.cpp
     LIBRARIES ${flat_interface_libraries})
 
+# A program of its own: its linker hands one of the plug-in's calls to the test first.
+headsetmgmt_add_test(manager_deletions_test
+    SOURCES manager_deletions_test.cpp phone_host.cpp
+    LIBRARIES ${flat_interface_libraries})
+target_link_options(manager_deletions_test PRIVATE
+    -Wl,--wrap=_ZN11headsetmgmt6config21delete_config_managerEv)
+
 # A program of its own: it counts what the whole program allocates.
 headsetmgmt_add_test(growth_test
     SOURCES growth_test.cpp phone_host.cpp
