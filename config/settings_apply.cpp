@@ -28,12 +28,12 @@ bool is_host_changeable(int usage_id) {
 
 bool ConfigImpl::update_from_server(const std::string& document) {
     if (document.empty()) {
-        // Nothing is parsed, so there is no parser's error to tell either.
+        // Without a parse, the parser's last error is another document's, whose text is gone.
         logger->info() << "update_from_server: Nothing to parse";
         return false;
     }
     std::optional<std::string> unparsed;
-    const JsonOwner tree = parse_json(document, unparsed);
+    JsonOwner tree = parse_json(document, unparsed);
     if (!tree) {
         if (unparsed) {  // always, with cJSON 1.7
             logger->info() << "update_from_server: " << *unparsed;
@@ -51,6 +51,7 @@ bool ConfigImpl::update_from_server(const std::string& document) {
         logger->debug() << "update_from_server: Parsing remote config failed.";
         return false;
     }
+    tree.reset();
     logger->info() << "update_from_server: success";
     return true;
 }

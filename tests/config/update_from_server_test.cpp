@@ -3,10 +3,12 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdlib>
 #include <functional>
 #include <string>
 #include <thread>
 
+#include <cjson/cJSON.h>
 #include <gtest/gtest.h>
 
 #include "headsetmgmt/config.h"
@@ -302,6 +304,60 @@ TEST(UpdateFromServer, ObjectsThatParseAtTheSameTimeEachTellTheirOwnError) {
                                  "info HeadsetConfigImpl: update_from_server: first}"));
     EXPECT_EQ(rounds, std::count(lines.begin(), lines.end(),
                                  "info HeadsetConfigImpl: update_from_server: second]"));
+}
+
+int json_blocks = 0;
+
+/// Counts the blocks that the parser holds, for its own life.
+struct CountedJsonBlocks {
+    CountedJsonBlocks() {
+        json_blocks = 0;
+        cJSON_Hooks hooks{
+            [](std::size_t size) {
+                ++json_blocks;
+                return std::malloc(size);
+            },
+            [](void* block) {
+                json_blocks -= block != nullptr ? 1 : 0;
+                std::free(block);
+            },
+        };
+        cJSON_InitHooks(&hooks);
+    }
+    ~CountedJsonBlocks() { cJSON_InitHooks(nullptr); }
+
+    CountedJsonBlocks(const CountedJsonBlocks&) = delete;
+    CountedJsonBlocks& operator=(const CountedJsonBlocks&) = delete;
+};
+
+TEST(UpdateFromServer, TreeIsFreedBeforeSuccessIsToldAndAfterAFailureIs) {
+    struct Document {
+        const char* text;
+        const char* last_line;
+        bool holds_tree;
+    };
+    for (const Document& document : {
+             Document{R"({"templateConfiguration": {"modelSpecificSettings": [
+                 {"models": ["Varos"], "modelFirmware": [{"firmwareName": "LATEST"}]}]}})",
+                      "HeadsetConfigImpl: update_from_server: success", false},
+             Document{R"({"templateConfiguration": {}})",
+                      "HeadsetConfigImpl: update_from_server: Parsing remote config failed.", true},
+             Document{R"({"commonSettings": []})",
+                      "HeadsetConfigImpl: update_from_server: No config found.", true},
+         }) {
+        ConfigBench bench;
+        bench.accessory.model = "Varos K20";
+        OpenConfig config("acc-1", &bench.accessory);
+        const CountedJsonBlocks counted;
+        bool held_tree = false;
+        bench.plugins.log.hook = [&](const LogLine& /*line*/) { held_tree = json_blocks != 0; };
+
+        config.update_from_server(document.text);
+
+        EXPECT_EQ(document.last_line, bench.plugins.log.texts().back());
+        EXPECT_EQ(document.holds_tree, held_tree) << document.text;
+        EXPECT_EQ(0, json_blocks) << document.text;
+    }
 }
 
 TEST(ParseRemoteDefaultConfig, WithoutATemplateThereIsNothingToParse) {
