@@ -23,7 +23,7 @@ struct ConfigParam {
 namespace config {
 
 /// Why settings are sent to a device.
-enum class ApplyType : std::int32_t {
+enum ApplyType : std::int32_t {
     CONFIGURE = 0,  ///< the administrator's settings only
     RESET = 1,      ///< all settings
 };

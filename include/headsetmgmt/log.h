@@ -18,7 +18,7 @@
 namespace headsetmgmt::log {
 
 /// How grave a line is. The library filters nothing: every statement makes a line.
-enum class LogLevel : std::int32_t {
+enum LogLevel : std::int32_t {
     critical = 0,
     error = 1,
     warning = 2,
@@ -221,3 +221,11 @@ HEADSETMGMT_EXPORT headsetmgmt::log::Logger* create_logger(headsetmgmt::log::Hos
 
 /// Deletes a logger that `create_logger` made; null is ignored. Any thread.
 HEADSETMGMT_EXPORT void delete_logger(headsetmgmt::log::Logger* logger);
+
+namespace headsetmgmt::log {
+
+// The same two functions, found beside what they make and delete as well.
+using ::create_logger;
+using ::delete_logger;
+
+}  // namespace headsetmgmt::log
