@@ -25,6 +25,8 @@ class ConfigImpl : public ConfigInterface {
 public:
     /// Keeps a clone of `info`, which must not be null. `component` begins the object's log lines.
     ConfigImpl(const std::string& id, const AccessoryInfoInterface* info, std::string component);
+    /// An independent copy, whose log lines carry no component's name.
+    ConfigImpl(const ConfigImpl& other);
     ~ConfigImpl() override;
 
     bool update_from_server(const std::string& document) override;
@@ -58,8 +60,8 @@ public:
     bool save_common_settings_params(const cJSON* configuration_template);
 
     /// The firmware block of the first model entry that serves `device_model`; null when none does.
-    const cJSON* extract_model_firmware_settings(const cJSON* configuration_template,
-                                                 const std::string& device_model);
+    cJSON* extract_model_firmware_settings(const cJSON* configuration_template,
+                                           const std::string& device_model);
 
     /// Stores and applies a model's settings; whether there is a firmware block at all.
     bool save_model_specific_settings_params(const cJSON* model_firmware);
@@ -103,8 +105,6 @@ public:
     bool apply_settings(const cJSON* params);
 
 protected:
-    ConfigImpl(const ConfigImpl& other);
-
     std::map<int, ConfigParam> settings;  // by usage id
     MutexOwner settings_mutex;  // guards the settings; never held while the host is called
     LoggerOwner logger;

@@ -14,7 +14,7 @@ namespace headsetmgmt::document {
 
 namespace {
 
-const cJSON* member(const cJSON* object, const char* key) {
+cJSON* member(const cJSON* object, const char* key) {
     return cJSON_GetObjectItem(object, key);
 }
 
@@ -145,7 +145,7 @@ bool serves_model(const std::string& configured_name, const std::string& device_
     return !configured_name.empty() && device_model.find(configured_name) != std::string::npos;
 }
 
-const cJSON* find_model_firmware(const cJSON* model_entry) {
+cJSON* find_model_firmware(const cJSON* model_entry) {
     return member(model_entry, constants::key_model_firmware);
 }
 

@@ -38,7 +38,7 @@ std::vector<std::string> read_model_names(const cJSON* model_entry);
 bool serves_model(const std::string& configured_name, const std::string& device_model);
 
 /// A model entry's "modelFirmware"; null when it has none.
-const cJSON* find_model_firmware(const cJSON* model_entry);
+cJSON* find_model_firmware(const cJSON* model_entry);
 
 /// The first of a model's firmware objects, the only one that counts.
 struct Firmware {

@@ -102,8 +102,8 @@ bool ConfigImpl::save_common_settings_params(const cJSON* configuration_template
     return true;
 }
 
-const cJSON* ConfigImpl::extract_model_firmware_settings(const cJSON* configuration_template,
-                                                         const std::string& device_model) {
+cJSON* ConfigImpl::extract_model_firmware_settings(const cJSON* configuration_template,
+                                                   const std::string& device_model) {
     logger->debug() << "extract_model_firmware_settings: MODEL NAME " << device_model;
     const cJSON* entries = document::find_model_entries(configuration_template);
     if (entries == nullptr) {

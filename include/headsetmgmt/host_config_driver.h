@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "headsetmgmt/types.h"
@@ -10,7 +11,9 @@ namespace headsetmgmt::config {
 
 /// How a request for a configuration document went.
 struct ConfigureResponse {
-    explicit ConfigureResponse(RequestStatus outcome) : status(outcome) {}
+    /// `outcome` is a value of `RequestStatus`.
+    explicit ConfigureResponse(std::int32_t outcome)
+        : status(static_cast<RequestStatus>(outcome)) {}
 
     RequestStatus status;
 };
