@@ -10,8 +10,9 @@
 #include "headsetmgmt/log.h"
 #include "headsetmgmt/metrics.h"
 
-#include "core/json.h"
 #include "core/owners.h"
+
+struct cJSON;
 
 namespace headsetmgmt::metrics {
 
@@ -50,11 +51,11 @@ public:
     /// Where reports are posted: the host's template with its token replaced.
     std::string get_post_url();
 
-    // The parts of the report, each null when it could not be built.
-    JsonOwner build_envelop(log::Logger* envelop_logger);
-    JsonOwner build_host_payload(log::Logger* payload_logger, bool maker_accessory);
-    JsonOwner build_dock_payload();
-    JsonOwner build_accessory_payload();
+    // The parts of the report: new trees that the caller owns, null when they could not be built.
+    cJSON* build_envelop(log::Logger* envelop_logger);
+    cJSON* build_host_payload(log::Logger* payload_logger, bool maker_accessory);
+    cJSON* build_dock_payload();
+    cJSON* build_accessory_payload();
 
 private:
     std::string compose_report();

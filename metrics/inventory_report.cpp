@@ -10,6 +10,7 @@
 #include "headsetmgmt/system_info.h"
 #include "headsetmgmt/utilities.h"
 
+#include "core/json.h"
 #include "metrics/inventory_metric.h"
 
 namespace headsetmgmt::metrics {
@@ -29,11 +30,12 @@ bool add_object(const JsonOwner& parent, const std::string& key, JsonOwner child
     return true;
 }
 
-/// What `build` makes; null when it throws: memory ran out, or a host function threw.
+/// What `build` makes, for the caller to own; null when it throws: memory ran out, or a host
+/// function threw.
 template <typename Build>
-JsonOwner built_or_null(Build build) {
+cJSON* built_or_null(Build build) {
     try {
-        return build();
+        return build().release();
     } catch (...) {
         return nullptr;
     }
@@ -51,22 +53,23 @@ std::string InventoryMetric::assemble_metrics() {
 }
 
 std::string InventoryMetric::compose_report() {
-    const JsonOwner report = build_envelop(logger.get());
+    const JsonOwner report(build_envelop(logger.get()));
     JsonOwner value(cJSON_CreateObject());
     if (!report) {
         return fail_assembly(": Envelop build failed");
     }
     const bool maker_accessory = is_maker_accessory();
     if (!add_object(value, constants::key_host,
-                    build_host_payload(logger.get(), maker_accessory))) {
+                    JsonOwner(build_host_payload(logger.get(), maker_accessory)))) {
         return fail_assembly(": Building host payload failed");
     }
     // A missing dock never fails the report.
-    if (maker_accessory && !add_object(value, constants::key_dock, build_dock_payload())) {
+    if (maker_accessory &&
+        !add_object(value, constants::key_dock, JsonOwner(build_dock_payload()))) {
         logger->error() << "assemble_metrics" << constants::tag_lib_err
                         << ": Building dock payload failed";
     }
-    if (!add_object(value, get_inventory_accessory_key(), build_accessory_payload())) {
+    if (!add_object(value, get_inventory_accessory_key(), JsonOwner(build_accessory_payload()))) {
         return fail_assembly(": Building accessory payload failed");
     }
     const bool complete = add_object(report, constants::key_value, std::move(value));
@@ -79,7 +82,7 @@ std::string InventoryMetric::compose_report() {
     return text;
 }
 
-JsonOwner InventoryMetric::build_envelop(log::Logger* envelop_logger) {
+cJSON* InventoryMetric::build_envelop(log::Logger* envelop_logger) {
     envelop_logger->notice() << "build_envelop: Enter";
     return built_or_null([this]() -> JsonOwner {
         JsonOwner envelop(cJSON_CreateObject());
@@ -91,7 +94,7 @@ JsonOwner InventoryMetric::build_envelop(log::Logger* envelop_logger) {
     });
 }
 
-JsonOwner InventoryMetric::build_host_payload(log::Logger* payload_logger, bool maker_accessory) {
+cJSON* InventoryMetric::build_host_payload(log::Logger* payload_logger, bool maker_accessory) {
     payload_logger->notice() << "build_host_payload: Enter";
     return built_or_null([maker_accessory]() -> JsonOwner {
         SystemInfoInterface* phone = globals::plugins.system_info;
@@ -112,7 +115,7 @@ JsonOwner InventoryMetric::build_host_payload(log::Logger* payload_logger, bool 
     });
 }
 
-JsonOwner InventoryMetric::build_dock_payload() {
+cJSON* InventoryMetric::build_dock_payload() {
     logger->info() << "build_dock_payload: Enter";
     return built_or_null([this]() -> JsonOwner {
         const std::string serial_number = accessory->get_dock_serial_number();
@@ -127,7 +130,7 @@ JsonOwner InventoryMetric::build_dock_payload() {
     });
 }
 
-JsonOwner InventoryMetric::build_accessory_payload() {
+cJSON* InventoryMetric::build_accessory_payload() {
     logger->info() << "build_accessory_payload: Enter";
     return built_or_null([this]() -> JsonOwner {
         SystemInfoInterface* phone = globals::plugins.system_info;

@@ -382,8 +382,8 @@ TEST_F(InventoryReportTest, EnvelopeAndHostPayloadLogThroughTheLoggerTheyAreGive
     HeadsetInventoryMetrics metric(&headset);
     log::Logger given(&plugins.log, "Given", true);
 
-    const JsonOwner envelop = metric.build_envelop(&given);
-    const JsonOwner host = metric.build_host_payload(&given, false);
+    const JsonOwner envelop(metric.build_envelop(&given));
+    const JsonOwner host(metric.build_host_payload(&given, false));
 
     EXPECT_STREQ(JsonTextOwner(cJSON_PrintUnformatted(envelop.get())).get(),
                  "{\"time\":1795248000,\"key\":\"headsetInventory\"}");
