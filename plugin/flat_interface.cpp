@@ -10,7 +10,6 @@
 #include <string>
 #include <type_traits>
 #include <unistd.h>
-#include <utility>
 
 #include "headsetmgmt/utilities.h"
 
@@ -38,10 +37,24 @@ bool called_from_inside() {
 
 static_assert(std::is_trivially_destructible_v<std::mutex>, "locked while the process exits");
 
+/// Where the owner below lives: made before any code runs, and never destroyed.
+union InstanceRoom {
+    constexpr InstanceRoom() noexcept : instance() {}
+    // The default would be deleted: a union does not know which of its members to destroy.
+    ~InstanceRoom() {}  // NOLINT(modernize-use-equals-default)
+
+    InstanceRoom(const InstanceRoom&) = delete;
+    InstanceRoom& operator=(const InstanceRoom&) = delete;
+
+    std::shared_ptr<PhonePluginImpl> instance;
+};
+
+InstanceRoom instance_room;
+
 /// The one plug-in object; made by the first create or start, and changed only while the gate is
-/// closed. Its owner is `EndOfLibrary`; the pointer itself is never destroyed, so that calls may
-/// look at it while the process exits.
-PhonePluginImpl* plugin_instance = nullptr;
+/// closed. `EndOfLibrary` deletes the object, or leaves it for good; the owner itself stays in any
+/// case, so that calls may look at it while the process exits.
+constexpr std::shared_ptr<PhonePluginImpl>& plugin_instance = instance_room.instance;
 
 /// The process that the library's threads are in: the one that made it, or started it since.
 std::atomic<pid_t> library_process{0};
@@ -68,11 +81,11 @@ EndOfLibrary::~EndOfLibrary() {
     }
     const std::lock_guard<std::mutex> lifecycle_lock(lifecycle_mutex);
     gate.close_and_wait();
-    delete std::exchange(plugin_instance, nullptr);
+    plugin_instance.reset();
 }
 
 void make_plugin_instance() {
-    plugin_instance = new PhonePluginImpl();
+    plugin_instance = std::make_shared<PhonePluginImpl>();
     library_process = getpid();
     // From here on, and not from when the library was loaded: this ends the library before whatever
     // the host had made by now, and its host functions may use, is destroyed.

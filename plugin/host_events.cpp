@@ -11,6 +11,7 @@
 #include "plugin/accessory_info_impl.h"
 #include "plugin/host_boundary.h"
 #include "plugin/phone_plugin_impl.h"
+#include "plugin/phone_system_info_impl.h"
 
 namespace headsetmgmt::plugin {
 
@@ -51,7 +52,7 @@ bool PhonePluginImpl::configure_headset(const std::shared_ptr<AccessoryCache>& c
         return false;
     }
     const std::shared_ptr<AccessoryInfoImpl> info = to_accessory_info(*cache);
-    debug(("PhonePluginImpl::configure_headset " + info->to_string()).c_str());
+    debug("PhonePluginImpl::configure_headset " + info->to_string());
     const std::string configured = config_mgr_->initialize_accessory(info->device_id(), info.get());
     if (configured.empty()) {
         return false;
@@ -66,13 +67,13 @@ void PhonePluginImpl::sendInventory(const std::shared_ptr<AccessoryCache>& cache
         return;
     }
     const std::shared_ptr<AccessoryInfoImpl> info = to_accessory_info(*cache);
-    debug(("PhonePluginImpl::sendInventory " + info->to_string()).c_str());
+    debug("PhonePluginImpl::sendInventory " + info->to_string());
 
     try {
         const MetricOwner metric(create_metric(info.get()));
         metric->send();
     } catch (const std::exception& error) {
-        debug((std::string("PhonePluginImpl::sendInventory ") + error.what() + "\n").c_str());
+        debug(std::string("PhonePluginImpl::sendInventory ") + error.what() + "\n");
     }
 }
 
@@ -82,26 +83,28 @@ bool PhonePluginImpl::onHeadsetConfigUrl(const char* config_url, const char* inv
     if (config_mgr_ == nullptr) {
         return false;
     }
+    // `init_plugins` made it: the phone's own class, which alone takes facts.
+    auto& phone = static_cast<config::PhoneSystemInfoImpl&>(*phone_system_info_);
     if (is_given(config_url)) {
-        phone_system_info_->setConfigUrl(config_url);
+        phone.setConfigUrl(config_url);
     }
     if (is_given(inventory_post_url)) {
-        phone_system_info_->setInventoryPostUrl(inventory_post_url);
+        phone.setInventoryPostUrl(inventory_post_url);
     }
     if (is_given(service_url)) {
-        phone_system_info_->setServiceUrl(service_url);
+        phone.setServiceUrl(service_url);
     }
     if (is_given(user_id)) {
-        phone_system_info_->setUserId(user_id);
+        phone.setUserId(user_id);
     }
     for (int index = 0; index < servers_of_a_kind; ++index) {
         const char* tftp_server = server_at(tftp_servers, index);
         if (is_given(tftp_server)) {
-            phone_system_info_->addTftpServer(tftp_server);
+            phone.addTftpServer(tftp_server);
         }
         const char* korm_server = server_at(korm_servers, index);
         if (is_given(korm_server)) {
-            phone_system_info_->addKormServer(korm_server);
+            phone.addKormServer(korm_server);
         }
     }
     return true;

@@ -7,6 +7,7 @@
 #include "plugin/host_boundary.h"
 #include "plugin/http_dispatcher_impl.h"
 #include "plugin/phone_config_driver_impl.h"
+#include "plugin/phone_system_info_impl.h"
 #include "runtime/mutex.h"
 
 namespace headsetmgmt::plugin {
@@ -15,7 +16,7 @@ config::ConfigManager* PhonePluginImpl::config_mgr_ = nullptr;
 log::HostLogInterface* PhonePluginImpl::phone_log_ = nullptr;
 dispatcher::DispatcherInterface* PhonePluginImpl::dispatcher_ = nullptr;
 config::HostConfigDriverInterface* PhonePluginImpl::phone_config_driver_ = nullptr;
-config::PhoneSystemInfoImpl* PhonePluginImpl::phone_system_info_ = nullptr;
+SystemInfoInterface* PhonePluginImpl::phone_system_info_ = nullptr;
 ExecutorImpl* PhonePluginImpl::executor_ = nullptr;
 MutexFactoryInterface* PhonePluginImpl::mutex_factory_ = nullptr;
 
@@ -48,7 +49,7 @@ int PhonePluginImpl::map_to_host_log_level(log::LogLevel level) const {
 }
 
 void PhonePluginImpl::print(log::LogLevel /*level*/, const std::string& text) {
-    debug(text.c_str());
+    debug(text);
 }
 
 void PhonePluginImpl::debug(const char* text) noexcept {

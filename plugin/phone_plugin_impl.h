@@ -12,7 +12,6 @@
 #include "headsetmgmt/phone/host_types.h"
 #include "headsetmgmt/plugins.h"
 
-#include "plugin/phone_system_info_impl.h"
 #include "runtime/executor_impl.h"
 
 namespace headsetmgmt::plugin {
@@ -39,8 +38,12 @@ public:
     void print(log::LogLevel level, const std::string& text) override;
 
     /// Passes a line of the plug-in's own to the callback at host level 5. Without a callback the
-    /// line is gone; one that throws ends the process.
+    /// line is gone; one that throws ends the process. A literal takes no memory on its way, so a
+    /// stop has its line when memory has run out.
     void debug(const char* text) noexcept;
+
+    /// The same for a line that was composed.
+    void debug(const std::string& text) noexcept { debug(text.c_str()); }
 
     /// Registers the callback that takes all later lines; null for none.
     void setLogCB(HostLogCallback callback);
@@ -93,20 +96,21 @@ public:
     /// accessory not known.
     bool factory_reset(const char* device_id);
 
+    // What a start made; null after a stop. The object owns them and alone writes them; others may
+    // read them between a start and the stop.
+    static config::ConfigManager* config_mgr_;
+    static log::HostLogInterface* phone_log_;  // the object itself; not owned, stays set
+    static dispatcher::DispatcherInterface* dispatcher_;
+    static config::HostConfigDriverInterface* phone_config_driver_;
+    static SystemInfoInterface* phone_system_info_;
+    static ExecutorImpl* executor_;
+    static MutexFactoryInterface* mutex_factory_;
+
 private:
     void end_worker();
 
     Plugins plugins;
     std::atomic<HostLogCallback> log_callback{nullptr};
-
-    // Made at a start, deleted and null after a stop.
-    static config::ConfigManager* config_mgr_;
-    static log::HostLogInterface* phone_log_;  // the object itself; not owned, stays set
-    static dispatcher::DispatcherInterface* dispatcher_;
-    static config::HostConfigDriverInterface* phone_config_driver_;
-    static config::PhoneSystemInfoImpl* phone_system_info_;
-    static ExecutorImpl* executor_;
-    static MutexFactoryInterface* mutex_factory_;
 };
 
 }  // namespace headsetmgmt::plugin

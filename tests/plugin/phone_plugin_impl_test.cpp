@@ -165,6 +165,41 @@ TEST(PhonePluginImplTest, LineOfAnyLevelReachesTheHostAtLevelFive) {
     EXPECT_EQ(fake_host().transcript(), Lines(7, "log 5 line"));
 }
 
+TEST(PhonePluginImplTest, LiteralAndComposedTextReachTheHostAlike) {
+    fresh_fake_host();
+    PhonePluginImpl plugin;
+    plugin.setLogCB(record_host_log_line);
+
+    plugin.debug("literal\n");
+    plugin.debug(std::string("composed\n"));
+
+    EXPECT_EQ(fake_host().transcript(), (Lines{"log 5 literal\n", "log 5 composed\n"}));
+}
+
+TEST(PhonePluginImplTest, WhatAStartMakesIsThereUntilTheStop) {
+    PhonePluginImpl plugin;
+
+    EXPECT_TRUE(plugin.init_headsetmgmt_lib("", "", ""));
+
+    EXPECT_NE(PhonePluginImpl::config_mgr_, nullptr);
+    EXPECT_EQ(PhonePluginImpl::phone_log_, &plugin);
+    EXPECT_NE(PhonePluginImpl::dispatcher_, nullptr);
+    EXPECT_NE(PhonePluginImpl::phone_config_driver_, nullptr);
+    EXPECT_NE(PhonePluginImpl::phone_system_info_, nullptr);
+    EXPECT_NE(PhonePluginImpl::executor_, nullptr);
+    EXPECT_NE(PhonePluginImpl::mutex_factory_, nullptr);
+
+    plugin.stop_headset_mgmt();
+
+    EXPECT_EQ(PhonePluginImpl::config_mgr_, nullptr);
+    EXPECT_EQ(PhonePluginImpl::phone_log_, &plugin);
+    EXPECT_EQ(PhonePluginImpl::dispatcher_, nullptr);
+    EXPECT_EQ(PhonePluginImpl::phone_config_driver_, nullptr);
+    EXPECT_EQ(PhonePluginImpl::phone_system_info_, nullptr);
+    EXPECT_EQ(PhonePluginImpl::executor_, nullptr);
+    EXPECT_EQ(PhonePluginImpl::mutex_factory_, nullptr);
+}
+
 TEST(PhonePluginImplTest, StartedObjectIsNotStartedAgain) {
     fresh_fake_host();
     PhonePluginImpl plugin;
