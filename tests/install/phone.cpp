@@ -8,7 +8,6 @@
 
 #include "headsetmgmt/phone/flat_interface.h"
 #include "headsetmgmt/phone/host_functions.h"
-#include "headsetmgmt/types.h"
 
 namespace {
 

@@ -1,4 +1,6 @@
-// What the host application provides. The library binds these by name and parameter types.
+// What the host application provides. The library binds these by name and parameter types. Log
+// lines go to a callback instead (`HostLogCallback`): all at level 5, and one may hold the whole
+// rest of a broken document, such as 10 MB.
 //
 // The library calls them from its worker thread and from host threads that are inside the flat
 // interface. Texts that go in are valid for the call only; texts that come out are copied at once
@@ -20,6 +22,10 @@
 /// with `httpResponse`, exactly once, also when it is a time-out or another failure, and a failure
 /// only after a pause (`httpResponse` says why); the answer to a post must not be delivered. `body`
 /// is null for a fetch. The result is not looked at.
+///
+/// `url` is the one that `setHeadsetConfigUrl` was given, with its tokens replaced. For a fetch it
+/// may begin with "tftp://", or be a bare file name: "defaultheadsetconfig.json" if the host gave
+/// no URL. The user id stands in it as the host gave it: nothing is escaped.
 HEADSETMGMT_HOST_FUNCTION bool httpRequest(HttpRequestType type, const char* url, const char* body);
 
 /// Gives the device the setting `usage_id`, called `name`, the value `value`. The result is not

@@ -5,6 +5,13 @@
 #include <cstdint>
 #include <string>
 
+#include "headsetmgmt/types.h"
+
+// The texts of `AccessoryCache` would lie elsewhere than the library reads them.
+#if defined(_GLIBCXX_USE_CXX11_ABI) && _GLIBCXX_USE_CXX11_ABI == 0
+#error "headsetmgmt needs a host that is compiled with _GLIBCXX_USE_CXX11_ABI=1"
+#endif
+
 /// A setting's id on the device. Any 32-bit value may be passed.
 enum CONFIG_SETTING_USAGE_ID : std::int32_t {
     USAGE_SPEAKER_VOLUME = 32,
@@ -25,7 +32,7 @@ enum HttpRequestType : std::int32_t {
 /// and never writes it. What it passes on as a C string ends at the text's first NUL.
 struct AccessoryCache {
     std::string device_id;            ///< names the accessory in every call
-    std::int32_t accessory_type = 0;  ///< a value of `headsetmgmt::ACCESSORY_TYPE`
+    std::int32_t accessory_type = 0;  ///< `headsetmgmt::HEADSET` or `headsetmgmt::CAMERA`
     std::int32_t vendor_id = 0;       ///< USB vendor id
     std::string software_version;
     std::string hardware_version;
@@ -42,7 +49,8 @@ struct AccessoryCache {
 };
 
 /// Receives every log line: the host's level, which is always 5, and a text that is valid for the
-/// call only. Called from any thread, from several at once. A callback that throws ends the
-/// process. It is called again for each line that a function writes which it calls: one that calls
-/// such a function for every line overflows the stack.
+/// call only. The line about a document that cannot be parsed holds the document from the fault on,
+/// all of it: 10 MB in one line if so much is left. Called from any thread, from several at once. A
+/// callback that throws ends the process. It is called again for each line that a function writes
+/// which it calls: one that calls such a function for every line overflows the stack.
 using HostLogCallback = void (*)(int level, const char* text);
