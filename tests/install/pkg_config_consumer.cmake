@@ -6,6 +6,14 @@ set(ENV{PKG_CONFIG_PATH} ${prefix}/${libdir}/pkgconfig)
 run(${pkg_config} --modversion headsetmgmt)
 expect_equal("${output}" "1.0.0\n")
 
+# The shared library brings cJSON along; only a static link has to name it.
+run(${pkg_config} --libs headsetmgmt)
+string(FIND "${output}" "-lcjson" place)
+expect_equal("${place}" "-1")
+run(${pkg_config} --static --libs headsetmgmt)
+string(REGEX MATCH "-lheadsetmgmt .*-lcjson" libraries "${output}")
+expect_equal("${libraries}" "-lheadsetmgmt -lcjson")
+
 run(${pkg_config} --cflags --libs headsetmgmt)
 separate_arguments(package_flags UNIX_COMMAND "${output}")
 separate_arguments(build_flags UNIX_COMMAND "${flags}")
