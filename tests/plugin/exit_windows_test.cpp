@@ -12,11 +12,13 @@
 
 #include <gtest/gtest.h>
 
+#include "plugin/phone_plugin_impl.h"
 #include "plugin/stop_under_way.h"
 
 namespace headsetmgmt::test_support {
 namespace {
 
+using plugin::PhonePluginImpl;
 using ::testing::ExitedWithCode;
 
 constexpr char document_with_upgrade[] = R"({"templateConfiguration": {
@@ -41,6 +43,18 @@ void require(bool condition) {
     if (!condition) {
         std::_Exit(not_as_expected);
     }
+}
+
+/// What a process does last, when all objects of static life are destroyed; null for nothing.
+void (*at_the_very_end)() = nullptr;
+
+/// Called before such objects are made, so that the handler is called after they are destroyed.
+[[gnu::constructor(101)]] void register_the_very_end() {
+    std::atexit([] {
+        if (at_the_very_end != nullptr) {
+            at_the_very_end();
+        }
+    });
 }
 
 /// The host blocks at `moment`; `run`, on another thread, brings the library there.
@@ -218,6 +232,37 @@ TEST_F(ExitWindowsDeathTest, ExitWhileATaskIsHeldBack) {
             send_inventory(shared(headset_1()));
             require(host->wait_for("httpRequest 2", 1));
             std::exit(exited);
+        },
+        ExitedWithCode(exited), "");
+}
+
+TEST_F(ExitWindowsDeathTest, ExitFromInsideAHostFunctionLeavesWhatAStartMade) {
+    EXPECT_EXIT(
+        {
+            at_the_very_end = [] { require(PhonePluginImpl::executor_ != nullptr); };
+            create_with_host({"httpRequest 0"}, [] { std::exit(exited); });
+            attach();
+            wait_for_the_end();
+        },
+        ExitedWithCode(exited), "");
+}
+
+TEST_F(ExitWindowsDeathTest, ExitOfAForkedChildLeavesWhatTheParentsStartMade) {
+    EXPECT_EXIT(
+        {
+            block_at({"httpRequest 0"}, attach);
+            const pid_t child = fork();
+            if (child == 0) {
+                at_the_very_end = [] {
+                    require(PhonePluginImpl::executor_ != nullptr);
+                    _exit(exited);
+                };
+                alarm(60);  // ends it otherwise than by exit
+                std::exit(not_as_expected);
+            }
+            int status = 0;
+            waitpid(child, &status, 0);
+            _exit(WIFEXITED(status) ? WEXITSTATUS(status) : not_as_expected);
         },
         ExitedWithCode(exited), "");
 }
