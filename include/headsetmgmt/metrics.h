@@ -38,3 +38,11 @@ create_metric(headsetmgmt::AccessoryInfoInterface* accessory);
 
 /// Deletes a metric object; null is ignored. Any thread.
 HEADSETMGMT_EXPORT void delete_metric(headsetmgmt::metrics::MetricsInterface* metric);
+
+namespace headsetmgmt::metrics {
+
+// The same two functions, found beside what they make and delete as well.
+using ::create_metric;
+using ::delete_metric;
+
+}  // namespace headsetmgmt::metrics

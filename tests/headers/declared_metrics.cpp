@@ -61,6 +61,8 @@ void use_factory(AccessoryInfoInterface* accessory) {
     expect_type<bool>(made->send());
     expect_type<METRICS_TYPE>(made->get_type());
     ::delete_metric(made);
+    MetricsInterface* const made_beside_its_class = headsetmgmt::metrics::create_metric(accessory);
+    headsetmgmt::metrics::delete_metric(made_beside_its_class);
 }
 
 void use_metric(InventoryMetric& metric, headsetmgmt::log::Logger* logger,
