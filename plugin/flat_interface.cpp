@@ -4,9 +4,11 @@
 #include "headsetmgmt/phone/flat_interface.h"
 
 #include <atomic>
+#include <cstddef>
 #include <cstdlib>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <string>
 #include <type_traits>
 #include <unistd.h>
@@ -37,24 +39,16 @@ bool called_from_inside() {
 
 static_assert(std::is_trivially_destructible_v<std::mutex>, "locked while the process exits");
 
-/// Where the owner below lives: made before any code runs, and never destroyed.
-union InstanceRoom {
-    constexpr InstanceRoom() noexcept : instance() {}
-    // The default would be deleted: a union does not know which of its members to destroy.
-    ~InstanceRoom() {}  // NOLINT(modernize-use-equals-default)
-
-    InstanceRoom(const InstanceRoom&) = delete;
-    InstanceRoom& operator=(const InstanceRoom&) = delete;
-
-    std::shared_ptr<PhonePluginImpl> instance;
-};
-
-InstanceRoom instance_room;
-
-/// The one plug-in object; made by the first create or start, and changed only while the gate is
-/// closed. `EndOfLibrary` deletes the object, or leaves it for good; the owner itself stays in any
-/// case, so that calls may look at it while the process exits.
-constexpr std::shared_ptr<PhonePluginImpl>& plugin_instance = instance_room.instance;
+/// The owner of the one plug-in object, which the first create or start makes; changed only while
+/// the gate is closed. `EndOfLibrary` deletes the object, or leaves it for good. Nothing destroys
+/// the owner, so that calls may look at it while the process exits; and it is made by the first
+/// call, so that loading the library runs no code.
+std::shared_ptr<PhonePluginImpl>& plugin_instance() {
+    using Owner = std::shared_ptr<PhonePluginImpl>;
+    alignas(Owner) static std::byte room[sizeof(Owner)];
+    static Owner& owner = *new (room) Owner();
+    return owner;
+}
 
 /// The process that the library's threads are in: the one that made it, or started it since.
 std::atomic<pid_t> library_process{0};
@@ -81,11 +75,11 @@ EndOfLibrary::~EndOfLibrary() {
     }
     const std::lock_guard<std::mutex> lifecycle_lock(lifecycle_mutex);
     gate.close_and_wait();
-    plugin_instance.reset();
+    plugin_instance().reset();
 }
 
 void make_plugin_instance() {
-    plugin_instance = std::make_shared<PhonePluginImpl>();
+    plugin_instance() = std::make_shared<PhonePluginImpl>();
     library_process = getpid();
     // From here on, and not from when the library was loaded: this ends the library before whatever
     // the host had made by now, and its host functions may use, is destroyed.
@@ -113,7 +107,7 @@ template <typename Body>
 bool answer(Body body) noexcept {
     try {
         const CallGate::Passage passage(gate);
-        return passage && plugin_instance != nullptr && body();
+        return passage && plugin_instance() != nullptr && body();
     } catch (...) {
         return false;
     }
@@ -141,7 +135,7 @@ bool create_headset_mgmt(HostLogCallback callback) {
     // A caller from inside proves that the object exists.
     if (!called_from_inside() && !is_made()) {
         as_only_one(try_lifecycle(), [] {
-            if (plugin_instance == nullptr) {
+            if (plugin_instance() == nullptr) {
                 with_gate_closed([] {
                     make_plugin_instance();
                     return false;
@@ -151,7 +145,7 @@ bool create_headset_mgmt(HostLogCallback callback) {
         });
     }
     return answer([&] {
-        plugin_instance->setLogCB(callback);
+        plugin_instance()->setLogCB(callback);
         return true;
     });
 }
@@ -166,13 +160,13 @@ bool start_headset_mgmt(const char* phone_model, const char* phone_version,
             return true;  // by another thread, just now
         }
         return with_gate_closed([&] {
-            if (plugin_instance == nullptr) {
+            if (plugin_instance() == nullptr) {
                 make_plugin_instance();
             }
             library_process = getpid();
-            return plugin_instance->init_headsetmgmt_lib(text_or_empty(phone_model),
-                                                         text_or_empty(phone_version),
-                                                         text_or_empty(storage_path));
+            return plugin_instance()->init_headsetmgmt_lib(text_or_empty(phone_model),
+                                                           text_or_empty(phone_version),
+                                                           text_or_empty(storage_path));
         });
     });
 }
@@ -186,9 +180,9 @@ void stop_headset_mgmt() {
     // Waits for a start that is under way; not for another stop.
     const std::unique_lock<std::mutex> lifecycle_lock(lifecycle_mutex);
     as_only_one(lifecycle_lock, [] {
-        if (plugin_instance != nullptr) {
+        if (plugin_instance() != nullptr) {
             with_gate_closed([] {
-                plugin_instance->stop_headset_mgmt();
+                plugin_instance()->stop_headset_mgmt();
                 return false;
             });
         }
@@ -202,33 +196,33 @@ bool setHeadsetConfigUrl(const char* config_url, const char* inventory_post_url,
                          const char* service_url, const char** tftp_servers,
                          const char** korm_servers, const char* user_id) {
     return answer([&] {
-        return plugin_instance->onHeadsetConfigUrl(config_url, inventory_post_url, service_url,
-                                                   tftp_servers, korm_servers, user_id);
+        return plugin_instance()->onHeadsetConfigUrl(config_url, inventory_post_url, service_url,
+                                                     tftp_servers, korm_servers, user_id);
     });
 }
 
 bool configure_headset(std::shared_ptr<AccessoryCache> accessory) {
-    return answer([&] { return plugin_instance->configure_headset(accessory); });
+    return answer([&] { return plugin_instance()->configure_headset(accessory); });
 }
 
 void send_inventory(std::shared_ptr<AccessoryCache> accessory) {
     answer([&] {
-        plugin_instance->sendInventory(accessory);
+        plugin_instance()->sendInventory(accessory);
         return true;
     });
 }
 
 bool update_config(const char* device_id, CONFIG_SETTING_USAGE_ID usage_id, int value) {
     return answer([&] {
-        return plugin_instance->updateLocalConfig(device_id, usage_id,
-                                                  stringconverter::to_string(value));
+        return plugin_instance()->updateLocalConfig(device_id, usage_id,
+                                                    stringconverter::to_string(value));
     });
 }
 
 bool retrieve_config(const char* device_id, CONFIG_SETTING_USAGE_ID usage_id, int* value) {
     return answer([&] {
         std::string text;
-        if (value == nullptr || !plugin_instance->retrieveConfig(device_id, usage_id, text)) {
+        if (value == nullptr || !plugin_instance()->retrieveConfig(device_id, usage_id, text)) {
             return false;
         }
         // What atoi answers where a long has 64 bits, and so on all systems.
@@ -239,15 +233,15 @@ bool retrieve_config(const char* device_id, CONFIG_SETTING_USAGE_ID usage_id, in
 
 void httpResponse(const char* body, int status) {
     answer([&] {
-        plugin_instance->onHttpResponse(body, status);
+        plugin_instance()->onHttpResponse(body, status);
         return true;
     });
 }
 
 bool factory_reset(const char* device_id) {
-    return answer([&] { return plugin_instance->factory_reset(device_id); });
+    return answer([&] { return plugin_instance()->factory_reset(device_id); });
 }
 
 bool remove_peripheral(const char* device_id) {
-    return answer([&] { return plugin_instance->removePeripheral(device_id); });
+    return answer([&] { return plugin_instance()->removePeripheral(device_id); });
 }
