@@ -28,7 +28,6 @@ constexpr std::size_t end_left_out = 4096;
 
     auto* const lowest = static_cast<unsigned char*>(low);
     auto* const here = static_cast<unsigned char*>(__builtin_frame_address(0));
-    end = lowest;
     begin = lowest + stack_size;
     maker = here;
     painted_to = here - left_out;

@@ -25,14 +25,10 @@ public:
     /// The same from where this was made.
     std::size_t used_below_maker() const;
 
-    /// Bytes that there are.
-    std::size_t size() const { return static_cast<std::size_t>(begin - end); }
-
 private:
     const unsigned char* deepest() const;
 
     const unsigned char* begin = nullptr;  // a stack grows down: its high end
-    const unsigned char* end = nullptr;
     const unsigned char* maker = nullptr;
     unsigned char* painted_from = nullptr;
     unsigned char* painted_to = nullptr;

@@ -2,42 +2,15 @@
 
 #include "runtime/thread.h"
 
-#include <cstddef>
-#include <link.h>
 #include <mutex>
 #include <sched.h>
 #include <sys/prctl.h>
-#include <unistd.h>
 
 namespace vix {
 
 namespace {
 
 using StateLock = std::lock_guard<Mutex>;
-
-/// For the work itself, up to 11 KiB, and 104 for the deepest document, which a host may hand over
-/// from inside its request; the rest is the host's, which host_functions.h promises 240 and 120.
-constexpr std::size_t stack_size = std::size_t{256} * 1024;
-
-int add_thread_variables(dl_phdr_info* object, std::size_t /*size*/, void* sum) {
-    for (int i = 0; i < object->dlpi_phnum; ++i) {
-        const auto& segment = object->dlpi_phdr[i];
-        if (segment.p_type == PT_TLS) {
-            *static_cast<std::size_t*>(sum) += segment.p_memsz + segment.p_align;
-        }
-    }
-    return 0;
-}
-
-/// At most what the variables take that each thread has of its own, those of the host and of all
-/// libraries: where they lie in the thread's stack, they must not take the room of its work. In
-/// whole pages, as some systems want a stack.
-std::size_t size_of_thread_variables() {
-    const auto page_size = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-    std::size_t sum = 0;
-    dl_iterate_phdr(add_thread_variables, &sum);
-    return (sum + page_size - 1) / page_size * page_size;
-}
 
 /// Attributes of a thread to be made, given back at the end of the scope.
 class ThreadAttributes {
@@ -53,9 +26,6 @@ public:
     ThreadAttributes& operator=(const ThreadAttributes&) = delete;
 
     bool is_valid() const { return valid; }
-    bool set_stack_size(std::size_t size) {
-        return pthread_attr_setstacksize(&attributes, size) == 0;
-    }
     bool set_detached() {
         return pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED) == 0;
     }
@@ -84,8 +54,6 @@ bool Thread::run(const char* name, std::uint32_t wanted_flags, std::uint32_t wan
     if (!attributes.is_valid()) {
         return false;
     }
-    // The system's default where this is refused.
-    static_cast<void>(attributes.set_stack_size(stack_size + size_of_thread_variables()));
     const bool detached = (flags & THREAD_FLAG_DETACHED) != 0;
     if (detached && !attributes.set_detached()) {
         return false;

@@ -194,6 +194,26 @@ TEST(FlatInterfaceTest, HostThatThrowsOnTheWorkerLosesOneTask) {
     EXPECT_EQ(fake_host().http_requests().size(), 2U);
 }
 
+TEST(FlatInterfaceTest, HostFunctionOnTheWorkerMayHaveAFrameOf300Kibibytes) {
+    PhoneHost host;
+    bool filled = false;
+    HostBehaviour behaviour = usual_behaviour();
+    behaviour.on_http_request = [&](const HttpRequestCall&) {
+        volatile char frame[307200];
+        for (volatile char& byte : frame) {
+            byte = 1;
+        }
+        filled = true;
+    };
+    fake_host().behave(behaviour);
+    host.start_up();
+
+    configure_headset(shared(headset_1()));
+    host.run_worker();
+
+    EXPECT_TRUE(filled);
+}
+
 TEST(FlatInterfaceTest, FactThatThrowsLosesTheReportAlone) {
     PhoneHost host;
     HostBehaviour behaviour = usual_behaviour();

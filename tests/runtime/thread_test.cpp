@@ -2,14 +2,13 @@
 
 #include <array>
 #include <cerrno>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <link.h>
 #include <pthread.h>
 #include <sched.h>
 #include <string>
 #include <sys/prctl.h>
-#include <unistd.h>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -273,25 +272,32 @@ TEST(ThreadTest, ThreadThatTheSystemDoesNotLetGoCanStillBeJoined) {
     EXPECT_TRUE(thread.join());
 }
 
-/// What the variables take that each thread has of its own, this program's and its libraries', in
-/// whole pages.
-std::size_t size_of_thread_variables() {
-    std::size_t sum = 0;
-    const auto add = [](dl_phdr_info* object, std::size_t /*size*/, void* total) {
-        for (int i = 0; i < object->dlpi_phnum; ++i) {
-            if (object->dlpi_phdr[i].p_type == PT_TLS) {
-                *static_cast<std::size_t*>(total) +=
-                    object->dlpi_phdr[i].p_memsz + object->dlpi_phdr[i].p_align;
-            }
-        }
-        return 0;
-    };
-    dl_iterate_phdr(add, &sum);
-    const auto page_size = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-    return (sum + page_size - 1) / page_size * page_size;
-}
+/// Gives later threads of the program another default stack size for its own life.
+class DefaultStackSize {
+public:
+    explicit DefaultStackSize(std::size_t size) {
+        EXPECT_EQ(pthread_getattr_default_np(&earlier), 0);
+        pthread_attr_t wanted;
+        EXPECT_EQ(pthread_attr_init(&wanted), 0);
+        EXPECT_EQ(pthread_attr_setstacksize(&wanted, size), 0);
+        EXPECT_EQ(pthread_setattr_default_np(&wanted), 0);
+        EXPECT_EQ(pthread_attr_destroy(&wanted), 0);
+    }
+    ~DefaultStackSize() {
+        EXPECT_EQ(pthread_setattr_default_np(&earlier), 0);
+        EXPECT_EQ(pthread_attr_destroy(&earlier), 0);
+    }
 
-TEST(ThreadTest, ThreadHas256KibibytesOfStackBesideTheThreadVariables) {
+    DefaultStackSize(const DefaultStackSize&) = delete;
+    DefaultStackSize& operator=(const DefaultStackSize&) = delete;
+
+private:
+    pthread_attr_t earlier;
+};
+
+TEST(ThreadTest, ThreadHasAStackOfTheSystemsDefaultSize) {
+    // Larger than any before: a smaller one might get the stack of a thread that has ended.
+    const DefaultStackSize default_size(33554432);
     std::size_t size = 0;
     BodyThread thread([&] {
         pthread_attr_t attributes;
@@ -304,7 +310,7 @@ TEST(ThreadTest, ThreadHas256KibibytesOfStackBesideTheThreadVariables) {
     EXPECT_TRUE(thread.run(nullptr, 0, 0));
 
     EXPECT_TRUE(thread.join());
-    EXPECT_EQ(size, 262144U + size_of_thread_variables());
+    EXPECT_EQ(size, 33554432U);
 }
 
 /// The detach state of a thread that was run with `flags`.

@@ -8,8 +8,8 @@
 // and stop do nothing there. It must not take a lock that another thread may hold while it
 // calls the flat interface: that thread may be waiting for the call that this function is in. A
 // function should return soon: stopping the library waits for the one that is running. It must not
-// end or cancel its thread, nor unload the library. On the worker thread it has 240 KiB of stack,
-// half of that if it calls `httpResponse`.
+// end or cancel its thread, nor unload the library. The worker thread has a stack of the system's
+// default size.
 
 #pragma once
 
