@@ -5,6 +5,7 @@
 #include <mutex>
 #include <sched.h>
 #include <sys/prctl.h>
+#include <utility>
 
 namespace vix {
 
@@ -80,16 +81,15 @@ bool Thread::join() {
     pthread_t joined = 0;
     {
         const StateLock state_lock(state_mutex);
-        joined = handle;
+        // The system refuses a thread that joins itself, too, but its owner needs the handle still.
+        if (handle == 0 || pthread_equal(handle, pthread_self()) != 0) {
+            return false;
+        }
+        joined = std::exchange(handle, 0);
     }
-    // Without the mutex, which the thread needs in order to end. It fails of a thread that joins
-    // itself alone, which is not allowed.
-    if (joined == 0 || pthread_join(joined, nullptr) != 0) {
-        return false;
-    }
-    const StateLock state_lock(state_mutex);
-    handle = 0;
-    return true;
+    // Without the mutex, which the thread needs in order to end. Nothing of the object is touched
+    // any more: it may have deleted itself when this returns.
+    return pthread_join(joined, nullptr) == 0;
 }
 
 bool Thread::detach() {

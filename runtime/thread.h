@@ -37,11 +37,11 @@ public:
     /// run, when it is not running. Always true. Any thread.
     bool requestExit();
 
-    /// Waits for the thread's end; false when there is none to wait for. Another thread than this
-    /// one, which at most one at a time may call.
+    /// Waits for the thread's end; false when there is none to wait for: never started, detached,
+    /// joined already, or the caller's own. The object may delete itself meanwhile. Any thread.
     bool join();
 
-    /// Lets the thread end on its own; false when there is none.
+    /// Lets the thread end on its own; false when there is none, as for `join`. Any thread.
     bool detach();
 
     /// Whether the loop is under way. Any thread.

@@ -1,10 +1,13 @@
 // A POSIX thread that runs the body of its subclass again and again until it is asked to leave.
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <functional>
+#include <iterator>
 #include <pthread.h>
 #include <sched.h>
 #include <string>
@@ -20,6 +23,7 @@
 namespace vix {
 namespace {
 
+using headsetmgmt::test_support::calls_of;
 using headsetmgmt::test_support::Event;
 using headsetmgmt::test_support::latest_scheduling_request;
 using headsetmgmt::test_support::PthreadAnswer;
@@ -237,6 +241,59 @@ TEST(ThreadTest, ThreadIsJoinedOnce) {
     EXPECT_TRUE(thread.join());
 
     EXPECT_FALSE(thread.join());
+}
+
+TEST(ThreadTest, ThreadThatJoinsItselfIsRefusedAndLeftToItsOwner) {
+    bool joined_itself = true;
+    BodyThread* itself = nullptr;
+    BodyThread thread([&] {
+        joined_itself = itself->join();
+        return false;
+    });
+    itself = &thread;
+    EXPECT_TRUE(thread.run(nullptr, 0, 0));
+    while (thread.running()) {
+        sched_yield();
+    }
+
+    EXPECT_TRUE(thread.join());
+
+    EXPECT_FALSE(joined_itself);
+}
+
+/// A thread that lies where the test can see what is written there once it is gone.
+class BuriedThread : public BodyThread {
+public:
+    using BodyThread::BodyThread;
+
+    static void* operator new(std::size_t /*size*/) { return place; }
+    static void operator delete(void* object) { std::memset(object, earth, sizeof place); }
+
+    static bool lies_untouched() {
+        return std::all_of(std::begin(place), std::end(place),
+                           [](unsigned char byte) { return byte == earth; });
+    }
+
+private:
+    static constexpr unsigned char earth = 0xA5;
+    alignas(BodyThread) static unsigned char place[sizeof(BodyThread)];
+};
+
+alignas(BodyThread) unsigned char BuriedThread::place[sizeof(BodyThread)] = {};
+
+TEST(ThreadTest, JoinTouchesNothingOfAnObjectThatDeletesItself) {
+    const int joins_before = calls_of(PthreadCall::join);
+    auto* thread = new BuriedThread([=] {
+        while (calls_of(PthreadCall::join) == joins_before) {
+            sched_yield();
+        }
+        return false;
+    });
+    EXPECT_TRUE(thread->run(nullptr, THREAD_FLAG_AUTO_DELETE, 0));
+
+    EXPECT_TRUE(thread->join());
+
+    EXPECT_TRUE(BuriedThread::lies_untouched());
 }
 
 TEST(ThreadTest, ThreadThatWasLetGoCannotBeJoined) {

@@ -1,4 +1,4 @@
-// Makes calls of the threads library fail.
+// Makes calls of the threads library fail, and counts them.
 
 #include "support/failing_pthread.h"
 
@@ -14,16 +14,19 @@ namespace {
 // without them, and it uses nothing that they watch or that could come from a file built with them:
 // no template of the standard library and no static that has to be constructed.
 constexpr int pass_on = -1;  // no error number, so it stands for "no answer"
-constexpr int calls = 8;
+constexpr int functions = 9;
 
-int results[calls] = {pass_on, pass_on, pass_on, pass_on, pass_on, pass_on, pass_on, pass_on};
-bool answers_given[calls] = {};
+int results[functions] = {pass_on, pass_on, pass_on, pass_on, pass_on,
+                          pass_on, pass_on, pass_on, pass_on};
+bool answers_given[functions] = {};
+int calls[functions] = {};
 int latest_policy = -1;
 int latest_priority = -1;
 
 /// What this call is to answer; `pass_on` when the system is to be asked.
 int take_answer(PthreadCall call) {
     const int index = static_cast<int>(call);
+    __atomic_add_fetch(&calls[index], 1, __ATOMIC_SEQ_CST);
     const int result = __atomic_exchange_n(&results[index], pass_on, __ATOMIC_SEQ_CST);
     if (result != pass_on) {
         __atomic_store_n(&answers_given[index], true, __ATOMIC_SEQ_CST);
@@ -55,6 +58,10 @@ PthreadAnswer::~PthreadAnswer() {
 
 bool PthreadAnswer::given() const {
     return __atomic_load_n(&answers_given[static_cast<int>(answered)], __ATOMIC_SEQ_CST);
+}
+
+int calls_of(PthreadCall call) {
+    return __atomic_load_n(&calls[static_cast<int>(call)], __ATOMIC_SEQ_CST);
 }
 
 SchedulingRequest latest_scheduling_request() {
@@ -100,6 +107,10 @@ HEADSETMGMT_INTERPOSED int pthread_mutex_init(pthread_mutex_t* mutex,
 
 HEADSETMGMT_INTERPOSED int pthread_mutexattr_init(pthread_mutexattr_t* attributes) noexcept {
     HEADSETMGMT_ANSWER_OR_CALL(PthreadCall::mutexattr_init, pthread_mutexattr_init, attributes);
+}
+
+HEADSETMGMT_INTERPOSED int pthread_join(pthread_t thread, void** result) {
+    HEADSETMGMT_ANSWER_OR_CALL(PthreadCall::join, pthread_join, thread, result);
 }
 
 HEADSETMGMT_INTERPOSED int pthread_detach(pthread_t thread) noexcept {

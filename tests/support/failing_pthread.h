@@ -1,4 +1,4 @@
-// Makes calls of the threads library fail.
+// Makes calls of the threads library fail, and counts them.
 //
 // A program that uses `PthreadAnswer` gets its own `pthread_...` functions of the names below,
 // which pass every call on to the system's (or the sanitizer's) but for the one that is answered.
@@ -14,6 +14,7 @@ enum class PthreadCall {
     attr_setdetachstate,
     mutex_init,
     mutexattr_init,
+    join,
     detach,
     getschedparam,
     setschedparam,
@@ -38,6 +39,9 @@ public:
 private:
     PthreadCall answered;
 };
+
+/// How many calls of the function there were since the program began, answered or not. Any thread.
+int calls_of(PthreadCall call);
 
 /// What a thread asked `pthread_setschedparam` for.
 struct SchedulingRequest {
