@@ -33,8 +33,8 @@ public:
     /// Worker.
     virtual int check_status() = 0;
 
-    /// For how many seconds after it was queued a task that is not ready is held back, by the clock
-    /// of the system; then it runs all the same.
+    /// For how many seconds after it was queued a task that is not ready is held back; then it runs
+    /// all the same.
     virtual unsigned int get_timeout() const { return 0; }
 
     /// How many seconds pass before the task is looked at again, or for the first time.
@@ -55,6 +55,8 @@ using task_functor = void (*)(void* context, TaskParametersInterface* params);
 class ExecutorInterface {
 public:
     /// One entry of the queue. Copies share `params`, which belong to the queue.
+    ///
+    /// Waits by the clock of the system: one that is set back by an hour adds an hour to the wait.
     struct Task {
         /// Queued now, not deferred.
         Task(task_functor functor, void* task_context, TaskParametersInterface* parameters)
@@ -76,15 +78,14 @@ public:
             if (!deferring_flag || params == nullptr) {
                 return false;
             }
-            const std::time_t now = time_after_steps_back();
-            const double passed = std::difftime(now, deferral_start_time);
+            const double passed = std::difftime(std::time(nullptr), deferral_start_time);
             deferring_flag = std::max(static_cast<double>(params->get_defer_time()), 0.0) > passed;
             return deferring_flag;
         }
 
         /// Holds the task back from now on, for as long as its parameters say.
         void set_deferring() {
-            deferral_start_time = time_after_steps_back();
+            deferral_start_time = std::time(nullptr);
             deferring_flag = true;
         }
 
@@ -94,18 +95,6 @@ public:
         std::time_t creation_time;
         std::time_t deferral_start_time;
         bool deferring_flag = false;
-
-    private:
-        /// The time. When the clock was set back, by hours perhaps, the task's own times go back
-        /// with it, or it would wait until the clock is where it was.
-        std::time_t time_after_steps_back() {
-            const std::time_t now = std::time(nullptr);
-            if (now < deferral_start_time) {
-                creation_time -= deferral_start_time - now;
-                deferral_start_time = now;
-            }
-            return now;
-        }
     };
 
     /// Queues `functor(context, <clone of params>)`.

@@ -100,44 +100,67 @@ TEST(ExecutorTaskTest, ClockThatIsSetBackDoesNotTimeOut) {
     EXPECT_FALSE(task.timed_out());
 }
 
-TEST(ExecutorTaskTest, ClockThatIsSetBackPutsNeitherDeferralNorTimeoutOff) {
+TEST(ExecutorTaskTest, TaskIsHeldBackUntilAClockThatWasSetBackIsPastItsDeferral) {
     VirtualTime time(100000);
     Watched watched;
-    watched.timeout = 60;
     watched.defer_time = 30;
     WatchedParameters params(watched);
     Task task(do_nothing, nullptr, &params);
-    time.advance(10s);
     task.set_deferring();
 
     time.advance(-3600s);
     EXPECT_TRUE(task.deferring());
-    time.advance(29s);
+    time.advance(3629s);
     EXPECT_TRUE(task.deferring());
-    EXPECT_FALSE(task.timed_out());
     time.advance(1s);
     EXPECT_FALSE(task.deferring());
-    time.advance(19s);
+}
+
+TEST(ExecutorTaskTest, TaskIsTimedOutWhenAClockThatWasSetBackIsPastItsTimeout) {
+    VirtualTime time(100000);
+    Watched watched;
+    watched.timeout = 60;
+    WatchedParameters params(watched);
+    Task task(do_nothing, nullptr, &params);
+
+    time.advance(-3600s);
+    task.set_deferring();
+
+    time.advance(3659s);
     EXPECT_FALSE(task.timed_out());
     time.advance(1s);
     EXPECT_TRUE(task.timed_out());
 }
 
-TEST(ExecutorTaskTest, ClockThatIsSetBackBeforeTheFirstDeferralPutsNoTimeoutOff) {
+TEST(ExecutorTaskTest, ClockThatIsSetBackChangesNoTimeOfATask) {
     VirtualTime time(100000);
     Watched watched;
-    watched.timeout = 60;
-    watched.defer_time = 6;
+    watched.defer_time = 30;
     WatchedParameters params(watched);
     Task task(do_nothing, nullptr, &params);
 
     time.advance(-3600s);
     task.set_deferring();
+    EXPECT_EQ(task.deferral_start_time, 96400);
+    time.advance(-3600s);
+    EXPECT_TRUE(task.deferring());
 
-    time.advance(59s);
-    EXPECT_FALSE(task.timed_out());
-    time.advance(1s);
-    EXPECT_TRUE(task.timed_out());
+    EXPECT_EQ(task.creation_time, 100000);
+    EXPECT_EQ(task.deferral_start_time, 96400);
+}
+
+TEST(ExecutorTaskTest, ClockThatIsSetForwardEndsADeferral) {
+    VirtualTime time(100000);
+    Watched watched;
+    watched.defer_time = 30;
+    WatchedParameters params(watched);
+    Task task(do_nothing, nullptr, &params);
+    task.set_deferring();
+
+    time.advance(3600s);
+    EXPECT_FALSE(task.deferring());
+    time.advance(-3600s);
+    EXPECT_FALSE(task.deferring());
 }
 
 TEST(ExecutorTaskTest, NewTaskIsNotDeferring) {
