@@ -14,13 +14,18 @@ class Mutex {
 public:
     Mutex() : Mutex(false) {}
 
-    /// A mutex that could not be initialised is left zero-filled; nobody is told.
     explicit Mutex(bool recursive) { initialize(recursive); }
     ~Mutex();
 
     Mutex(const Mutex&) = delete;
     Mutex& operator=(const Mutex&) = delete;
 
+    /// Makes the mutex anew, of another kind perhaps; the constructors have done so already. Nobody
+    /// holds it or waits for it. One that the system cannot make is left zero-filled, and no error
+    /// is reported.
+    void initialize(bool recursive);
+
+    /// False when the system could not.
     bool lock() { return pthread_mutex_lock(&mutex) == 0; }
     void unlock() { pthread_mutex_unlock(&mutex); }
 
@@ -28,8 +33,6 @@ public:
     bool tryLock() { return pthread_mutex_trylock(&mutex) == 0; }
 
 private:
-    void initialize(bool recursive);
-
     pthread_mutex_t mutex = {};
 };
 

@@ -4,6 +4,7 @@
 #include <future>
 #include <memory>
 #include <mutex>
+#include <pthread.h>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -14,6 +15,7 @@
 namespace headsetmgmt {
 namespace {
 
+using test_support::latest_mutex_kind;
 using test_support::PthreadAnswer;
 using test_support::PthreadCall;
 
@@ -78,6 +80,26 @@ TEST(MutexTest, RecursiveMutexIsFreeAfterAsManyUnlocksAsLocks) {
     EXPECT_FALSE(free_for_others(mutex));
     mutex.unlock();
     EXPECT_TRUE(free_for_others(mutex));
+}
+
+TEST(MutexTest, MutexThatIsMadeAnewIsOfTheKindAskedForThen) {
+    vix::Mutex mutex;
+
+    mutex.initialize(true);
+
+    EXPECT_TRUE(mutex.lock());
+    ASSERT_TRUE(mutex.tryLock());
+    mutex.unlock();
+    mutex.unlock();
+}
+
+TEST(MutexTest, PlainMutexIsOfTheSystemsDefaultKind) {
+    const vix::Mutex recursive(true);
+    ASSERT_EQ(latest_mutex_kind(), PTHREAD_MUTEX_RECURSIVE);
+
+    const vix::Mutex plain;
+
+    EXPECT_EQ(latest_mutex_kind(), PTHREAD_MUTEX_DEFAULT);
 }
 
 TEST(MutexTest, OneThreadAtATimeIsInside) {
@@ -150,6 +172,15 @@ TEST(MutexImplTest, RecursiveLockIsTakenTwiceAndGivenBackTwice) {
     EXPECT_FALSE(free_for_others(mutex));
     mutex.unlock();
     EXPECT_TRUE(free_for_others(mutex));
+}
+
+TEST(MutexImplTest, PlainLockIsOfTheSystemsDefaultKind) {
+    const MutexImpl recursive(true);
+    ASSERT_EQ(latest_mutex_kind(), PTHREAD_MUTEX_RECURSIVE);
+
+    const MutexImpl plain(false);
+
+    EXPECT_EQ(latest_mutex_kind(), PTHREAD_MUTEX_DEFAULT);
 }
 
 TEST(MutexImplTest, InterfaceFitsLockGuard) {

@@ -20,6 +20,7 @@ int results[functions] = {pass_on, pass_on, pass_on, pass_on, pass_on,
                           pass_on, pass_on, pass_on, pass_on};
 bool answers_given[functions] = {};
 int calls[functions] = {};
+int latest_kind = -1;
 int latest_policy = -1;
 int latest_priority = -1;
 
@@ -64,6 +65,10 @@ int calls_of(PthreadCall call) {
     return __atomic_load_n(&calls[static_cast<int>(call)], __ATOMIC_SEQ_CST);
 }
 
+int latest_mutex_kind() {
+    return __atomic_load_n(&latest_kind, __ATOMIC_SEQ_CST);
+}
+
 SchedulingRequest latest_scheduling_request() {
     return {__atomic_load_n(&latest_policy, __ATOMIC_SEQ_CST),
             __atomic_load_n(&latest_priority, __ATOMIC_SEQ_CST)};
@@ -102,6 +107,11 @@ HEADSETMGMT_INTERPOSED int pthread_attr_setdetachstate(pthread_attr_t* attribute
 
 HEADSETMGMT_INTERPOSED int pthread_mutex_init(pthread_mutex_t* mutex,
                                               const pthread_mutexattr_t* attributes) noexcept {
+    int kind = PTHREAD_MUTEX_DEFAULT;
+    if (attributes != nullptr) {
+        pthread_mutexattr_gettype(attributes, &kind);
+    }
+    __atomic_store_n(&latest_kind, kind, __ATOMIC_SEQ_CST);
     HEADSETMGMT_ANSWER_OR_CALL(PthreadCall::mutex_init, pthread_mutex_init, mutex, attributes);
 }
 

@@ -43,6 +43,10 @@ private:
 /// How many calls of the function there were since the program began, answered or not. Any thread.
 int calls_of(PthreadCall call);
 
+/// The kind of the mutex that was made latest, or was to be made; -1 when there was none since the
+/// program began. Any thread.
+int latest_mutex_kind();
+
 /// What a thread asked `pthread_setschedparam` for.
 struct SchedulingRequest {
     int policy;
