@@ -26,6 +26,8 @@ constexpr useconds_t pause_between_passes = 50000;  // microseconds
 ExecutorImpl::ExecutorImpl(log::HostLogInterface* log_sink) : log(log_sink) {
     queue.reserve(usual_tasks);
     debug("ExecutorImpl::ExecutorImpl: ENTER.\n");
+    const QueueLock queue_lock(queue_mutex);
+    exiting = false;
 }
 
 ExecutorImpl::~ExecutorImpl() {
@@ -43,25 +45,23 @@ ExecutorImpl::~ExecutorImpl() {
 void ExecutorImpl::add_task(task_functor functor, void* context, TaskParametersInterface* params) {
     assert(functor);
     debug(lines.add_task);
+    if (is_exiting()) {
+        debug(lines.rejected);
+        return;
+    }
 
-    bool rejected = exiting;
     // Cloning and logging call others, so both are done without the lock and before the worker can
     // see the task.
-    if (!rejected) {
-        std::unique_ptr<TaskParametersInterface> copy(params != nullptr ? params->clone()
-                                                                        : nullptr);
-        Task task(functor, context, copy.get());
-        if (copy && copy->get_defer_time() != 0) {
-            debug(lines.deferred);
-            task.set_deferring();
-        }
-        debug(lines.adding);
-        rejected = !append(task);
-        if (!rejected) {
-            static_cast<void>(copy.release());  // the queue has it
-        }
+    std::unique_ptr<TaskParametersInterface> copy(params != nullptr ? params->clone() : nullptr);
+    Task task(functor, context, copy.get());
+    if (copy && copy->get_defer_time() != 0) {
+        debug(lines.deferred);
+        task.set_deferring();
     }
-    if (rejected) {
+    debug(lines.adding);
+    if (add(task)) {
+        static_cast<void>(copy.release());  // the queue has it
+    } else {
         debug(lines.rejected);
     }
 }
@@ -73,7 +73,7 @@ bool ExecutorImpl::requestExit() {
 bool ExecutorImpl::threadLoop() {
     unsigned int tasks_run = 0;
     while (!exit_requested()) {
-        const std::optional<Task> task = take_next();
+        std::optional<Task> task = take_next();
         if (!task) {
             break;
         }
@@ -90,16 +90,15 @@ bool ExecutorImpl::threadLoop() {
 }
 
 std::optional<ExecutorInterface::Task> ExecutorImpl::take_next() {
+    std::optional<Task> task;
     const QueueLock queue_lock(queue_mutex);
-    if (queue.empty() || tasks_deferring()) {
-        return std::nullopt;
+    if (!queue.empty() && !tasks_deferring()) {
+        task = queue.front();
+        queue.erase(queue.begin());
     }
-    const Task task = queue.front();
-    queue.erase(queue.begin());
     return task;
 }
 
-/// Whether all queued tasks are held back. The queue mutex is held.
 bool ExecutorImpl::tasks_deferring() {
     for (Task& task : queue) {
         if (!task.deferring()) {
@@ -109,8 +108,18 @@ bool ExecutorImpl::tasks_deferring() {
     return true;
 }
 
-/// Queues a task, new or held back; false when the executor is being deleted.
-bool ExecutorImpl::append(Task task) {
+void ExecutorImpl::requeue(Task task) {
+    const QueueLock queue_lock(queue_mutex);
+    queue.push_back(task);
+}
+
+bool ExecutorImpl::is_exiting() {
+    const QueueLock queue_lock(queue_mutex);
+    return exiting;
+}
+
+/// Queues a new task; false when the executor has begun to go since the task was cloned.
+bool ExecutorImpl::add(const Task& task) {
     const QueueLock queue_lock(queue_mutex);
     if (exiting) {
         return false;
@@ -120,11 +129,11 @@ bool ExecutorImpl::append(Task task) {
 }
 
 /// Runs a task that was taken off the queue, puts it back, or drops it; true when it ran.
-bool ExecutorImpl::handle(Task task) {
+bool ExecutorImpl::handle(Task& task) {
     std::unique_ptr<TaskParametersInterface> params(task.params);
     try {
         if (task.deferring()) {
-            append(task);
+            requeue(task);
             static_cast<void>(params.release());
             return false;
         }
@@ -132,7 +141,7 @@ bool ExecutorImpl::handle(Task task) {
         if (status == TaskParametersInterface::not_ready) {
             if (!task.timed_out()) {
                 task.set_deferring();
-                append(task);
+                requeue(task);
                 static_cast<void>(params.release());
                 return false;
             }

@@ -2,7 +2,6 @@
 
 #pragma once
 
-#include <atomic>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,7 +18,7 @@ namespace headsetmgmt {
 /// `requestExit` and joins before deleting the object.
 class ExecutorImpl : public ExecutorInterface, public vix::Thread {
 public:
-    /// `log_sink` is borrowed and may be null: the executor then says nothing.
+    /// `log_sink` is borrowed and may be null: the executor then writes no lines.
     explicit ExecutorImpl(log::HostLogInterface* log_sink);
 
     void add_task(task_functor functor, void* context, TaskParametersInterface* params) override;
@@ -31,22 +30,30 @@ public:
     /// between two tasks, when the thread was asked to leave.
     bool threadLoop() override;
 
+    /// Whether all queued tasks are held back; true without any. Looks at them from the oldest to
+    /// the first that is not, and so ends the deferrals that have passed. The queue mutex is held,
+    /// or no other thread uses the executor.
+    bool tasks_deferring();
+
+    /// Puts a task at the back of the queue, which owns its parameters from then on. Any thread.
+    void requeue(Task task);
+
     /// Asks the worker to leave after the task that it is in. Always true. Any thread.
     bool requestExit();
 
-private:
-    std::optional<Task> take_next();
-    bool tasks_deferring();
-    bool append(Task task);
-    bool handle(Task task);
-    void execute(const Task& task);
+    /// Hands `line` to the log sink, if there is one, at the level of debugging. Any thread.
     void debug(const std::string& line);
 
+private:
+    std::optional<Task> take_next();
+    bool is_exiting();
+    bool add(const Task& task);
+    bool handle(Task& task);
+    void execute(const Task& task);
+
     std::vector<Task> queue;  // the oldest task is at the front
-    vix::Mutex queue_mutex;   // guards the queue and what becomes of it, and nothing else
-    // Changed with the mutex held. Looked at without it before a task is copied, and with it again
-    // before the copy is queued.
-    std::atomic<bool> exiting{false};
+    vix::Mutex queue_mutex;   // guards the queue and the flag, and nothing else
+    bool exiting = true;      // no task is added: not made yet, or being deleted
     log::HostLogInterface* log;
 
     /// What the executor says, ready to be handed over: a line takes no memory.

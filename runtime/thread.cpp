@@ -106,10 +106,6 @@ bool Thread::running() {
     return is_running;
 }
 
-bool Thread::exit_requested() {
-    return exit_request;
-}
-
 std::uint32_t Thread::run_flags() {
     const StateLock state_lock(state_mutex);
     return flags;
@@ -118,7 +114,7 @@ std::uint32_t Thread::run_flags() {
 void* Thread::staticThreadEntryPoint(void* thread) {
     auto* self = static_cast<Thread*>(thread);
     if (self == nullptr) {
-        return nullptr;  // not reached: `run` passes the thread itself
+        return nullptr;
     }
     prctl(PR_SET_NAME, self->thread_name.c_str(), 0, 0, 0);
     if ((self->flags & THREAD_FLAG_REALTIME) != 0) {
@@ -142,10 +138,16 @@ void Thread::switch_to_realtime() {
 }
 
 void Thread::threadEntryPoint() {
-    bool go = !exit_requested();
+    bool go = false;
+    {
+        // Waits for `run` to have said that the thread runs.
+        const StateLock state_lock(state_mutex);
+        go = !exit_request;
+    }
     while (go) {
         go = threadLoop();
-        go = !exit_requested() && go;
+        const StateLock state_lock(state_mutex);
+        go = go && !exit_request;
     }
 
     bool auto_delete = false;

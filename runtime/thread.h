@@ -47,24 +47,30 @@ public:
     /// Whether the loop is under way. Any thread.
     bool running();
 
+    /// What `run` has its new thread do: takes the name and the scheduling of the `Thread` that
+    /// `thread` points to, and makes its loop. Null: does nothing. Always null.
+    static void* staticThreadEntryPoint(void* thread);
+
+    /// The loop, made on the calling thread: the body again and again until it answers false or the
+    /// thread was asked to leave. Deletes the object if the latest run asked for that.
+    void threadEntryPoint();
+
 protected:
     /// One round of the thread's work; false ends the thread.
     virtual bool threadLoop() = 0;
 
     /// Whether somebody asked the thread to leave, for bodies that can stop half way. Any thread.
-    bool exit_requested();
+    bool exit_requested() const { return exit_request; }
 
     /// Flags of the latest run, less `THREAD_FLAG_REALTIME` if that was refused. Any thread.
     std::uint32_t run_flags();
 
 private:
-    static void* staticThreadEntryPoint(void* thread);
-    void threadEntryPoint();
     void switch_to_realtime();
 
     pthread_t handle = 0;
     Mutex state_mutex;  // guards the handle, the two booleans and, once the thread runs, the flags
-    // Read without it, too: the worker asks before each task.
+    // Read without it, too, by bodies that can stop half way.
     std::atomic<bool> exit_request{false};
     bool is_running = false;
     std::string thread_name;

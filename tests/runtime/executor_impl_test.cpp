@@ -1,9 +1,11 @@
 // The queue of tasks: which task runs when, and what the log says of it.
 
+#include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdlib>
 #include <memory>
+#include <new>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -28,6 +30,7 @@ using test_support::RecordingLog;
 using test_support::Watched;
 using test_support::WatchedParameters;
 using test_support::Work;
+using namespace std::chrono_literals;
 
 using ExecutorImplTest = ExecutorBench;
 
@@ -249,6 +252,82 @@ TEST_F(ExecutorImplTest, ParametersThatCannotBeClonedQueueNothing) {
 
     EXPECT_EQ(record.ran(), Names());
     EXPECT_EQ(watched.alive, 0);
+}
+
+TEST_F(ExecutorImplTest, RequeuedTaskRunsAfterThoseThatAreQueued) {
+    Work queued = Work::named("queued", record);
+    Work requeued = Work::named("requeued", record);
+    Watched& watched = watch();
+    add_plain(executor, queued);
+    log.take();
+
+    executor.requeue({do_work, &requeued, new WatchedParameters(watched)});
+
+    EXPECT_EQ(log.take(), std::vector<LogLine>());
+    executor.threadLoop();
+    EXPECT_EQ(record.ran(), Names({"queued", "requeued"}));
+    EXPECT_EQ(watched.alive, 0);
+}
+
+TEST_F(ExecutorImplTest, EmptyQueueCountsAsDeferring) {
+    EXPECT_TRUE(executor.tasks_deferring());
+}
+
+TEST_F(ExecutorImplTest, QueueIsDeferringAsLongAsAllItsTasksAre) {
+    Work work = Work::named("task", record);
+    Watched& watched = watch();
+    watched.defer_time = 30;
+    add_watched(executor, work, watched);
+    time.advance(1s);
+    add_watched(executor, work, watched);
+
+    time.advance(28s);
+    EXPECT_TRUE(executor.tasks_deferring());
+    time.advance(1s);
+    EXPECT_FALSE(executor.tasks_deferring());
+}
+
+TEST_F(ExecutorImplTest, LookingAtDeferralsEndsThoseThatHavePassed) {
+    Work work = Work::named("task", record);
+    Watched& watched = watch();
+    watched.defer_time = 30;
+    add_watched(executor, work, watched);
+    time.advance(30s);
+
+    EXPECT_FALSE(executor.tasks_deferring());
+
+    watched.defer_time = 100;
+    executor.threadLoop();
+    EXPECT_EQ(record.ran(), Names({"task"}));
+}
+
+TEST_F(ExecutorImplTest, LineGoesToTheSinkAtTheLevelOfDebugging) {
+    log.take();
+
+    executor.debug("a line\n");
+
+    EXPECT_EQ(log.take(), debug_lines({"a line\n"}));
+}
+
+TEST_F(ExecutorImplTest, TaskThatComesWithTheFirstLineIsRejected) {
+    Work work = Work::named("task", record);
+    Watched& watched = watch();
+    alignas(ExecutorImpl) std::array<unsigned char, sizeof(ExecutorImpl)> place{};
+    auto* made = reinterpret_cast<ExecutorImpl*>(place.data());
+    log.take();
+    log.hook = [&](const LogLine& line) {
+        if (line.text == "ExecutorImpl::ExecutorImpl: ENTER.\n") {
+            add_watched(*made, work, watched);
+        }
+    };
+
+    made = new (place.data()) ExecutorImpl(&log);
+
+    EXPECT_EQ(log.take(), debug_lines({"ExecutorImpl::ExecutorImpl: ENTER.\n",
+                                       "ExecutorImpl::add_task: ENTER.\n",
+                                       "ExecutorImpl::ExecutorImpl existing, task rejected.\n"}));
+    EXPECT_EQ(watched.clones, 0);
+    made->~ExecutorImpl();
 }
 
 TEST_F(ExecutorImplTest, ExecutorWithoutALogSinkRunsItsTasks) {

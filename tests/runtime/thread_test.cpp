@@ -12,6 +12,7 @@
 #include <sched.h>
 #include <string>
 #include <sys/prctl.h>
+#include <thread>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -225,6 +226,25 @@ TEST(ThreadTest, AutoDeleteRunsTheDestructorOnTheThreadItself) {
     ASSERT_TRUE(gone.wait());
     EXPECT_NE(destroyer, static_cast<pthread_t>(0));
     EXPECT_EQ(destroyer, body_thread);
+}
+
+TEST(ThreadTest, EntryPointWithoutAThreadDoesNothing) {
+    EXPECT_EQ(Thread::staticThreadEntryPoint(nullptr), nullptr);
+}
+
+TEST(ThreadTest, EntryPointMakesTheLoopOnTheThreadThatCallsIt) {
+    std::thread::id caller;
+    int calls = 0;
+    BodyThread thread([&] {
+        caller = std::this_thread::get_id();
+        return ++calls < 3;
+    });
+
+    thread.threadEntryPoint();
+
+    EXPECT_EQ(calls, 3);
+    EXPECT_EQ(caller, std::this_thread::get_id());
+    EXPECT_FALSE(thread.running());
 }
 
 TEST(ThreadTest, NeverStartedObjectHasNothingToJoinOrDetach) {
