@@ -136,11 +136,10 @@ static_assert(std::is_constructible_v<ExecutorImpl, log::HostLogInterface*>);
     Report report;
     executor.add_task(task_forwarder, nullptr, &report);
     made.requeue(ExecutorInterface::Task(task_forwarder, nullptr, nullptr));
-    bool answer = made.tasks_deferring();
-    made.debug(std::string("a line"));
-    answer = answer && made.threadLoop() && made.run("Headset-mgmt task thread", 0, 0);
-    if (answer) {
-        answer = made.requestExit() && made.join();
+    const bool deferring = made.tasks_deferring();
+    made.debug(std::string(deferring ? "held back" : "a line"));
+    if (made.threadLoop() && made.run("Headset-mgmt task thread", 0, 0) && made.requestExit()) {
+        made.join();
     }
 }
 
