@@ -145,16 +145,9 @@ public:
 
     void push(task_functor functor, void* context, const TaskParametersInterface& params) {
         print(lines[0]);
-        if (is_closed()) {
-            return;
-        }
         const Entry entry = {functor, context, params.clone()};
         print(lines[1]);
         const std::lock_guard<std::mutex> lock(mutex);
-        if (closed) {
-            delete entry.params;
-            return;
-        }
         entries.push_back(entry);
     }
 
@@ -178,11 +171,6 @@ private:
         TaskParametersInterface* params;
     };
 
-    bool is_closed() {
-        const std::lock_guard<std::mutex> lock(mutex);
-        return closed;
-    }
-
     void print(const std::string& line) {
         benchmark::DoNotOptimize(sink);
         sink->print(log::LogLevel::debug, line);
@@ -194,7 +182,6 @@ private:
                                   "ExecutorImpl::threadLoop, complete executing task\n"};
     std::mutex mutex;
     std::deque<Entry> entries;
-    bool closed = false;  // takes no more tasks, and then must not clone them either
     log::HostLogInterface* sink;
 };
 
