@@ -25,7 +25,7 @@ ConfigImpl::ConfigImpl(const std::string& id, const AccessoryInfoInterface* info
 
 ConfigImpl::ConfigImpl(const ConfigImpl& other)
     : ConfigInterface(other), settings(other.settings), settings_mutex(make_mutex(false)),
-      // No name, which is copied last: it tells a copy's log lines from those of the original.
+      // No name, which is copied last: it sets a copy's log lines apart from those of the original.
       logger(make_logger("")), current_model(other.current_model),
       last_updated_time(other.last_updated_time), accessory_id(other.accessory_id),
       accessory(other.accessory->clone()), pending_firmware(other.pending_firmware),

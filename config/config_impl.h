@@ -56,10 +56,11 @@ public:
     /// Stores every parameter object of the array that can be read, and answers how many.
     int save_config_to_map(const cJSON* params);
 
-    /// Stores the template's common settings; false when it has none.
+    /// Stores the template's common settings; false when it has none or storing them threw.
     bool save_common_settings_params(const cJSON* configuration_template);
 
-    /// The firmware block of the first model entry that serves `device_model`; null when none does.
+    /// The firmware block of the first model entry that serves `device_model`; null when none does,
+    /// or that one has no block.
     cJSON* extract_model_firmware_settings(const cJSON* configuration_template,
                                            const std::string& device_model);
 

@@ -104,7 +104,6 @@ private:
     void queue_fetch(ConfigInterface* config);
     void end_run_without_fetch();
     void request_document(ConfigInterface& config, RequestStatus& status);
-    bool is_awaiting_document();
     std::vector<std::string> hand_out(const std::string& document);
     void hand_to(ConfigInterface& config, const std::string& document);
 

@@ -29,11 +29,15 @@ public:
     QueuedFetch(ConfigInterface* object, std::shared_ptr<void> reference)
         : ConfigAccessoryParams(object), queue_reference(std::move(reference)) {}
 
-    TaskParametersInterface* clone() const override { return new QueuedFetch(*this); }
+    TaskParametersInterface* clone() const override {
+        auto* copy = new QueuedFetch(*this);
+        queue_reference.reset();  // the copy is what is queued, and one fetch counts once
+        return copy;
+    }
     void leave_queue() { queue_reference.reset(); }
 
 private:
-    std::shared_ptr<void> queue_reference;
+    mutable std::shared_ptr<void> queue_reference;
 };
 
 }  // namespace
@@ -56,7 +60,7 @@ bool ConfigManagerImpl::configure_accessory(const std::string& id, std::string c
         return false;
     }
     if (!is_registered(id, config)) {
-        return false;
+        return false;  // removed on one of the object's lines
     }
     if (!config_url.empty()) {
         for (const auto& entry : registry) {
@@ -152,7 +156,9 @@ RequestStatus ConfigManagerImpl::fetch_config(const std::string& url, std::strin
 bool ConfigManagerImpl::on_fetch_config_success(std::string& document) {
     // To the end of the run: an accessory that is attached in between would be lost.
     const RegistryHold hold(*this);
-    if (!is_awaiting_document()) {
+    // One that comes from inside the hand-out is dropped as well, or a device that answers would
+    // have objects parse inside their own parse, deeper and deeper.
+    if (!is_configure_accessory_pending() || handing_out) {
         logger->error() << "on_fetch_config_success: no configuration in progress, dropping data";
         return false;
     }
@@ -229,7 +235,7 @@ void ConfigManagerImpl::hand_to(ConfigInterface& config, const std::string& docu
 bool ConfigManagerImpl::on_fetch_config_failure(int reason) {
     const RegistryHold hold(*this);
     logger->notice() << "on_fetch_config_failure reason code: " << reason;
-    if (!is_awaiting_document()) {
+    if (!is_configure_accessory_pending()) {
         logger->error() << "on_fetch_config_failure: no configuration in progress, dropping data";
         return false;
     }
@@ -246,12 +252,6 @@ bool ConfigManagerImpl::on_fetch_config_failure(int reason) {
     }
     queue_fetch(config);
     return true;
-}
-
-/// Whether an answer is wanted: a run is under way, and its document is not being handed out by
-/// this very thread. The registry is held.
-bool ConfigManagerImpl::is_awaiting_document() {
-    return is_configure_accessory_pending() && !handing_out;
 }
 
 /// Fetches that have not begun. The registry is held.

@@ -71,6 +71,7 @@ int ConfigImpl::save_config_to_map(const cJSON* params) {
         }
         ++count;
     }
+    // The host may write settings meanwhile.
     std::size_t map_size = 0;
     {
         const SettingsLock settings_lock(*settings_mutex);

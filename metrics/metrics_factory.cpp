@@ -13,8 +13,7 @@ namespace metrics = headsetmgmt::metrics;
 namespace {
 
 /// The message starts as many characters further in as the type's value says: the number was meant
-/// to be appended, and the receivers of the text are used to what became of it. It never starts
-/// outside the text.
+/// to be appended. Receivers know the text as it is. It never starts outside the text.
 const char* unsupported_type_message(headsetmgmt::ACCESSORY_TYPE type) {
     static constexpr char text[] = "metrics factory: Unsupported METRICS_TYPE: ";
     constexpr std::int32_t length = sizeof(text) - 1;

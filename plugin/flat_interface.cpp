@@ -69,8 +69,11 @@ EndOfLibrary::~EndOfLibrary() {
     }
     gate.close_for_good();
     if (called_from_inside()) {
-        // A host function or the log callback called exit. Its callers, and the worker, use all
-        // that is there until the process is gone, so it stays.
+        // A host function or the log callback called exit. Its callers, and the task that the
+        // worker is in, use all that is there until the process is gone, so it stays.
+        if (plugin_instance() != nullptr) {
+            plugin_instance()->dismiss_worker();
+        }
         return;
     }
     const std::lock_guard<std::mutex> lifecycle_lock(lifecycle_mutex);

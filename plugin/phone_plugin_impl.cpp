@@ -129,9 +129,15 @@ bool PhonePluginImpl::reset_headsetmgmt_lib() {
     return true;
 }
 
-void PhonePluginImpl::end_worker() {
+void PhonePluginImpl::dismiss_worker() {
     if (executor_ != nullptr) {
         executor_->requestExit();
+    }
+}
+
+void PhonePluginImpl::end_worker() {
+    dismiss_worker();
+    if (executor_ != nullptr) {
         executor_->join();
     }
 }

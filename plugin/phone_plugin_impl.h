@@ -34,7 +34,7 @@ public:
     int map_to_host_log_level(log::LogLevel level) const override;
 
     /// Passes the line to the callback, at host level 5 whatever its own level: the mapping above
-    /// is not applied.
+    /// is not applied. The line is not copied: it arrives when memory has run out, too.
     void print(log::LogLevel level, const std::string& text) override;
 
     /// Passes a line of the plug-in's own to the callback at host level 5. Without a callback the
@@ -62,6 +62,9 @@ public:
 
     /// Makes everything that the core needs, and fills the plug-in record with it.
     void init_plugins();
+
+    /// Asks the worker, if there is one, to leave after the task that it is in; waits for nothing.
+    void dismiss_worker();
 
     // Events (host_events.cpp). A null text counts as empty.
 

@@ -18,7 +18,7 @@ namespace {
 
 using QueueLock = std::lock_guard<vix::Mutex>;
 
-constexpr std::size_t usual_tasks = 16;             // at once, at most
+constexpr std::size_t usual_tasks = 16;             // room from the start; the queue grows beyond
 constexpr useconds_t pause_between_passes = 50000;  // microseconds
 
 }  // namespace
@@ -37,6 +37,7 @@ ExecutorImpl::~ExecutorImpl() {
         exiting = true;
         dropped.swap(queue);
     }
+    // Without the lock: what deletes parameters may add a task, which is rejected then.
     for (const Task& task : dropped) {
         delete task.params;
     }
@@ -72,6 +73,7 @@ bool ExecutorImpl::requestExit() {
 
 bool ExecutorImpl::threadLoop() {
     unsigned int tasks_run = 0;
+    // Asked before each task, or a full queue would hold up a stop.
     while (!exit_requested()) {
         std::optional<Task> task = take_next();
         if (!task) {
@@ -170,7 +172,7 @@ void ExecutorImpl::execute(const Task& task) {
     debug(completed ? lines.completed : lines.failed);
 }
 
-void ExecutorImpl::debug(const std::string& line) {
+void ExecutorImpl::debug(const std::string& line) noexcept {
     if (log != nullptr) {
         log->print(log::LogLevel::debug, line);
     }

@@ -41,8 +41,9 @@ public:
     /// Asks the worker to leave after the task that it is in. Always true. Any thread.
     bool requestExit();
 
-    /// Hands `line` to the log sink, if there is one, at the level of debugging. Any thread.
-    void debug(const std::string& line);
+    /// Hands `line` to the log sink, if there is one, at the level of debugging. A sink that throws
+    /// ends the process. Any thread.
+    void debug(const std::string& line) noexcept;
 
 private:
     std::optional<Task> take_next();

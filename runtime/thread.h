@@ -30,7 +30,8 @@ public:
 
     /// Starts the thread under `name` (null: "workerthread"; the system keeps 15 characters), with
     /// `wanted_flags` of `ThreadFlags`; `wanted_priority` matters for real-time scheduling alone.
-    /// False when the system could not. Not while the thread runs.
+    /// False when the system could not; throws `std::bad_alloc` when there is no room for the name.
+    /// Not while the thread runs.
     bool run(const char* name, std::uint32_t wanted_flags, std::uint32_t wanted_priority);
 
     /// Asks the thread to leave after the body that it is in. Does nothing, not even for a later

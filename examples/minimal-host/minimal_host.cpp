@@ -80,15 +80,19 @@ void carry_out_requests() {
         const long status = perform(request, answer);
         const bool fetch = request.type == HTTP_REQUEST_GET;
         std::printf("  %s %s: status %ld\n", fetch ? "GET" : "POST", request.url.c_str(), status);
+        if (fetch && status != 200) {
+            // The library asks again at once when it hears of this: a pause, or the server is
+            // flooded.
+            lock.lock();
+            phone_changed.wait_for(lock, std::chrono::seconds(1), [] { return hanging_up; });
+            lock.unlock();
+        }
         if (fetch) {
+            // Requests of one URL would be joined here if accessories were removed and came back.
             httpResponse(answer.c_str(), static_cast<int>(status));
         }
 
         lock.lock();
-        if (fetch && status != 200) {
-            // The library has asked again already: without a pause, the server would be flooded.
-            phone_changed.wait_for(lock, std::chrono::seconds(1), [] { return hanging_up; });
-        }
         (fetch ? configured : reported) |= fetch ? status == 200 : status / 100 == 2;
         phone_changed.notify_all();
     }

@@ -15,7 +15,7 @@ namespace headsetmgmt {
 /// One setting of an accessory.
 struct ConfigParam {
     std::int32_t usage_id = 0;  ///< the setting's id on the device, and its key in the settings map
-    std::string name;           ///< the parameter's name, for messages
+    std::string name;           ///< the parameter's name; the device gets it with the value
     std::string value;          ///< what the device is given
     std::string access;         ///< "User", "Admin" in any case, or empty when the host set it
 };
@@ -30,12 +30,15 @@ enum ApplyType : std::int32_t {
 
 /// One accessory's settings map, and what it takes to fill it and to bring it to the device.
 ///
-/// Made by `create_config`, deleted by `delete_config`. One thread at a time, except that settings
-/// may be written by `update_from_host` while `apply_config_to_device` runs.
+/// Made by `create_config`, deleted by `delete_config`. One thread at a time, except that
+/// `update_from_host` may write settings while another thread is in `update_from_server`,
+/// `apply_config_to_device` or `reset_config`.
 class ConfigInterface {
 public:
-    /// Reads a configuration document, decides on a firmware upgrade and sends the settings to the
-    /// device. False when the document could not be used; the log says why.
+    /// Reads a configuration document: stores its settings, sends them to the device if the model
+    /// has some of its own, then decides on a firmware upgrade. False when the document cannot be
+    /// read or has no firmware for the device, also after settings were stored and sent; the log
+    /// says why.
     virtual bool update_from_server(const std::string& document) = 0;
 
     /// Records a setting that was changed on the phone; nothing is sent. False for a usage id that
@@ -59,12 +62,13 @@ public:
 
     virtual std::string get_accessory_id() const = 0;
 
-    /// How often the fetch was tried for this object.
+    /// How often the fetch was repeated for this object, which is also the index of the TFTP server
+    /// in `get_config_url`. The manager counts in a copy of the object: here it stays 0.
     virtual int get_config_retries() const { return config_retries; }
     virtual void set_config_retries(int retries) { config_retries = retries; }
 
-    /// Whether a document with this version stamp (any text, a hyphen, epoch seconds) has to be
-    /// applied. An empty stamp always does, a malformed one never.
+    /// Whether a document with this version stamp (text without a hyphen, a hyphen, epoch
+    /// seconds) has to be applied. An empty stamp always does, a malformed one never.
     virtual bool is_config_required(const std::string& version_stamp) const = 0;
 
     /// Sends every setting to the device, the user's too. Always true.
@@ -94,7 +98,7 @@ protected:
 }  // namespace headsetmgmt
 
 /// A new configuration object for a headset or a camera; null for any other type, which the log
-/// tells. Keeps a clone of `info`, which must not be null. The caller deletes the object with
+/// says. Keeps a clone of `info`, which must not be null. The caller deletes the object with
 /// `delete_config`. A complete plug-in record must be installed. Any thread.
 HEADSETMGMT_EXPORT headsetmgmt::config::ConfigInterface*
 create_config(const std::string& accessory_id, const headsetmgmt::AccessoryInfoInterface* info);

@@ -34,8 +34,8 @@ public:
     /// way: the document is dropped.
     virtual bool on_fetch_config_success(std::string& document) = 0;
 
-    /// Queues the fetch again, unless 100 are queued already. `reason` is for the log. False when no
-    /// run is under way, or when the run was given up.
+    /// Queues the fetch again, unless 100 are queued already. `reason` is for the log. False when
+    /// no run is under way, or when the run was given up.
     virtual bool on_fetch_config_failure(int reason) = 0;
 
     /// Sends all settings to the device again. False when the accessory is not known.

@@ -34,10 +34,11 @@ public:
     virtual int check_status() = 0;
 
     /// For how many seconds after it was queued a task that is not ready is held back; then it runs
-    /// all the same.
+    /// all the same. Worker.
     virtual unsigned int get_timeout() const { return 0; }
 
-    /// How many seconds pass before the task is looked at again, or for the first time.
+    /// How many seconds pass before the task is looked at again, or for the first time. Any thread.
+    /// The queue may be locked meanwhile: this calls nothing of the executor.
     virtual unsigned int get_defer_time() const { return 0; }
 
 protected:

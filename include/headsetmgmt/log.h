@@ -86,8 +86,8 @@ public:
     }
 
     /// Delivers what the line holds so far and keeps it. When memory runs out the line is cut short
-    /// where it did, or lost.
-    void flush() {
+    /// where it did, or lost. A host that throws ends the process.
+    void flush() noexcept {
         if (!enabled || host == nullptr) {
             return;
         }

@@ -20,7 +20,8 @@ class MetricsInterface {
 public:
     virtual ~MetricsInterface() = default;
 
-    /// Queues the report. Always true; how the sending went is told by the log. Any thread.
+    /// Queues the report. Always true, or throws what copying the accessory throws; the log says
+    /// how the sending went. Any thread.
     virtual bool send() = 0;
 
     virtual METRICS_TYPE get_type() const = 0;

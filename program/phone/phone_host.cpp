@@ -146,8 +146,8 @@ void PhoneHost::interrupt() {
     {
         const Lock lock(state_mutex);
         interrupted = true;
-        interrupted_while = interruption({under_way, attempt, held_back.has_value(),
-                                          tally.wants_document(), last_fetch_failure});
+        interrupted_while = interruption(
+            {under_way, attempt, !held_back.empty(), tally.wants_document(), last_fetch_failure});
         changed.notify_all();
     }
     transfers.interrupt();
@@ -208,8 +208,9 @@ void PhoneHost::log_line(const char* text) {
 void PhoneHost::work_on_requests() {
     Lock lock(state_mutex);
     while (!stopping && !interrupted) {
-        if (held_back && held_back->due <= Clock::now()) {
-            const HeldBackFailure failure = *std::exchange(held_back, std::nullopt);
+        if (!held_back.empty() && held_back.begin()->first <= Clock::now()) {
+            const HeldBackFailure failure = held_back.begin()->second;
+            held_back.erase(held_back.begin());
             lock.unlock();
             report_failure(failure);
             lock.lock();
@@ -224,8 +225,8 @@ void PhoneHost::work_on_requests() {
             lock.lock();
             under_way = RunProgress::UnderWay::nothing;
             changed.notify_all();
-        } else if (held_back) {
-            changed.wait_until(lock, held_back->due);
+        } else if (!held_back.empty()) {
+            changed.wait_until(lock, held_back.begin()->first);
         } else {
             changed.wait(lock);
         }
@@ -346,7 +347,7 @@ void PhoneHost::fail_fetch(const std::string& url, int status, bool for_good) {
         }
         next_attempt = attempt + 1;
         wait = wait_before(next_attempt, jitter);
-        held_back = HeldBackFailure{Clock::now() + wait, url, status};
+        held_back.insert({Clock::now() + wait, {url, status}});
     }
     output.tell({{"event", "wait"}, {"attempt", next_attempt}, {"milliseconds", wait.count()}});
 }

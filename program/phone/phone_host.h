@@ -67,7 +67,6 @@ private:
     };
     /// A failed fetch that the library hears of later, so that it does not fetch again at once.
     struct HeldBackFailure {
-        Clock::time_point due;
         std::string url;
         int status;
     };
@@ -93,7 +92,7 @@ private:
     std::condition_variable changed;
     std::deque<TransferRequest> requests;
     JoinedFetches fetches;
-    std::optional<HeldBackFailure> held_back;
+    std::multimap<Clock::time_point, HeldBackFailure> held_back;  // by when they are due
     std::map<std::string, std::map<int, Setting>> devices;  // what each was given, by usage id
     std::mt19937 jitter;
     RunProgress::UnderWay under_way = RunProgress::UnderWay::nothing;

@@ -146,12 +146,24 @@ TEST(ConfigRequired, StampMayBeginWithItsHyphen) {
 
 TEST(ConfigRequired, DocumentThatWasAppliedIsNotRequiredAgainUntilTheTimesAreReset) {
     ConfigBench bench;
+    bench.accessory.model = "Varos K30";
     OpenConfig config("acc-1", &bench.accessory);
-    config.update_from_server(R"({"templateConfiguration": {"updatedTime": 1700}})");
+    ASSERT_TRUE(config.update_from_server(R"({"templateConfiguration": {
+        "updatedTime": 1700,
+        "modelSpecificSettings": [
+            {"models": ["K30"], "modelFirmware": [{"firmwareName": "LATEST"}]}]}})"));
 
     EXPECT_FALSE(config.is_config_required(std::string("stamp-1700")));
     config.reset_timestamps();
     EXPECT_TRUE(config.is_config_required(std::string("stamp-1700")));
+}
+
+TEST(ConfigRequired, DocumentThatFailedIsNotRequiredAgainEither) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+    ASSERT_FALSE(config.update_from_server(R"({"templateConfiguration": {"updatedTime": 1700}})"));
+
+    EXPECT_FALSE(config.is_config_required(std::string("stamp-1700")));
 }
 
 }  // namespace

@@ -153,6 +153,22 @@ TEST(DocumentTemplate, EmptyCommonSettingsCountAsNone) {
     EXPECT_EQ(nullptr, document::find_common_settings(null.get()));
 }
 
+TEST(DocumentTemplate, CommonSettingsInAnObjectAreReadLikeThoseOfAnArray) {
+    const JsonOwner object = parse(R"({"commonSettings": {"any": {"name": "Sidetone"}}})");
+
+    EXPECT_NE(nullptr, document::find_common_settings(object.get()));
+}
+
+TEST(DocumentTemplate, KeysThatNobodyReadsChangeNothing) {
+    const JsonOwner tree = parse(R"({
+        "userConfiguration": {"updatedTime": 9}, "userId": "u", "time": 8, "settings": [1],
+        "key": "k", "latest": true, "updatedTime": 7})");
+
+    EXPECT_EQ(7.0, document::read_updated_time(tree.get()));
+    EXPECT_EQ(nullptr, document::find_common_settings(tree.get()));
+    EXPECT_EQ(nullptr, document::find_model_entries(tree.get()));
+}
+
 TEST(DocumentTemplate, ModelEntriesAreAbsentOrThereEvenWhenEmpty) {
     const JsonOwner missing = parse(R"({"commonSettings": []})");
     const JsonOwner empty = parse(R"({"modelSpecificSettings": []})");

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <ctime>
 #include <deque>
 #include <string>
 
@@ -152,6 +153,36 @@ TEST(Outage, CostsOneTransferAPauseInAHostThatJoinsRequestsHoweverOftenItIsReplu
         EXPECT_EQ(row.expected, hour.transfers);
         EXPECT_EQ(60u, hour.waiting);
     }
+}
+
+TEST(HeldBackRetry, LetsALaterOneRunAndRunsAfterAMinute) {
+    VirtualTime clock(1000, VirtualTime::Sleepers::move_the_clock);
+    FakePlugins plugins;
+    ExecutorImpl executor(nullptr);
+    plugins.record.executor = &executor;
+    init(plugins.record);
+    FakeAccessory headset;
+    config::ConfigManagerImpl& manager = *config::ConfigManagerImpl::get_instance();
+    manager.initialize_accessory("headset", &headset);
+    executor.threadLoop();
+    ASSERT_EQ(1u, plugins.dispatcher.requests().size());
+
+    headset.shared->firmware_data_ready = false;
+    manager.on_fetch_config_failure(503);
+    executor.threadLoop();
+    ASSERT_EQ(1u, plugins.dispatcher.requests().size()) << "held back";
+    headset.shared->firmware_data_ready = true;
+    manager.on_fetch_config_failure(503);
+    executor.threadLoop();
+    EXPECT_EQ(2u, plugins.dispatcher.requests().size()) << "the second one alone";
+
+    headset.shared->firmware_data_ready = false;
+    const std::time_t queued = clock.now();
+    while (plugins.dispatcher.requests().size() < 3 && clock.now() < queued + 100) {
+        executor.threadLoop();
+    }
+    EXPECT_EQ(60, clock.now() - queued);
+    config::delete_config_manager();
 }
 
 }  // namespace

@@ -381,6 +381,7 @@ TEST(LogDeathTest, HostThatThrowsEndsTheProcess) {
 
     EXPECT_DEATH(logger.info() << "line", "the host failed");
     EXPECT_DEATH(logger.write(LogLevel::info, "line"), "the host failed");
+    EXPECT_DEATH((logger.info() << "line").flush(), "the host failed");
 }
 
 }  // namespace

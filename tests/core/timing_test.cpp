@@ -1,5 +1,6 @@
 // Waiting, and how long to wait.
 
+#include <cstdlib>
 #include <ctime>
 #include <limits>
 #include <set>
@@ -106,6 +107,17 @@ TEST(TimingTest, AnotherSecondGivesAnotherWait) {
     const unsigned int second = get_seconds_to_wait(10, 1000000);
 
     EXPECT_NE(first, second);
+}
+
+TEST(TimingTest, WaitIsTheFirstDrawOfAGeneratorThatIsSeededWithTheTime) {
+    const VirtualTime clock(1700000000);
+    std::srand(1700000000U);
+    const auto first_draw = static_cast<unsigned int>(std::rand());
+    const int second_draw = std::rand();
+
+    EXPECT_EQ(get_seconds_to_wait(30, 999999), 30U + first_draw % 1000000U);
+
+    EXPECT_EQ(std::rand(), second_draw) << "one draw, no more";
 }
 
 TEST(TimingTest, WaitPastTheLastValueWrapsAround32Bits) {

@@ -1,6 +1,7 @@
 // A process that exits without a stop, while the library is in the middle of something. Each in a
 // process of its own.
 
+#include <chrono>
 #include <cstdlib>
 #include <functional>
 #include <ostream>
@@ -242,6 +243,22 @@ TEST_F(ExitWindowsDeathTest, ExitFromInsideAHostFunctionLeavesWhatAStartMade) {
             at_the_very_end = [] { require(PhonePluginImpl::executor_ != nullptr); };
             create_with_host({"httpRequest 0"}, [] { std::exit(exited); });
             attach();
+            wait_for_the_end();
+        },
+        ExitedWithCode(exited), "");
+}
+
+TEST_F(ExitWindowsDeathTest, ExitFromInsideAHostFunctionMakesTheWorkerLeave) {
+    EXPECT_EXIT(
+        {
+            at_the_very_end = [] {
+                const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+                while (threads_named(worker_name) != 0) {
+                    require(std::chrono::steady_clock::now() < limit);
+                }
+            };
+            create_with_host({"apply_changes"}, [] { std::exit(exited); });
+            configure();
             wait_for_the_end();
         },
         ExitedWithCode(exited), "");

@@ -379,6 +379,17 @@ TEST_F(ExecutorImplTest, TaskAddedOnceDestructionHasBegunIsRejectedAndNotCloned)
     EXPECT_EQ(record.ran(), Names());
 }
 
+TEST(ExecutorImplDeathTest, SinkThatThrowsEndsTheProcess) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    RecordingLog log;
+    ExecutorImpl executor(&log);
+    log.hook = [](const LogLine& line) {
+        throw std::runtime_error("the host failed: " + line.text);
+    };
+
+    EXPECT_DEATH(executor.debug("line"), "the host failed: line");
+}
+
 TEST(ExecutorImplDeathTest, NullFunctorFailsAnAssertion) {
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     RecordingLog log;

@@ -142,6 +142,18 @@ TEST(MutexTest, FailedRecursiveInitialisationLeavesAPlainMutex) {
     mutex.unlock();
 }
 
+TEST(MutexTest, FailedInitialisationLeavesNothingOfAnEarlierOne) {
+    vix::Mutex mutex(true);
+    const PthreadAnswer out_of_memory(PthreadCall::mutex_init, ENOMEM);
+
+    mutex.initialize(false);
+
+    EXPECT_TRUE(out_of_memory.given());
+    EXPECT_TRUE(mutex.lock());
+    EXPECT_FALSE(mutex.tryLock()) << "not recursive any more";
+    mutex.unlock();
+}
+
 TEST(MutexTest, MissingAttributesLeaveAPlainMutex) {
     const PthreadAnswer out_of_memory(PthreadCall::mutexattr_init, ENOMEM);
 

@@ -4,9 +4,9 @@
 // in any order, from any host thread, also from inside a host function or the log callback; at the
 // end `stop_headset_mgmt`, after which a start begins afresh.
 //
-// None throws. A null text counts as empty. Before `create_headset_mgmt` or `start_headset_mgmt`,
-// while another thread starts or stops the library, and when memory runs out, a function answers
-// false or does nothing.
+// None throws. A null text counts as empty. A function answers false or does nothing before
+// `create_headset_mgmt` or `start_headset_mgmt`, while the library is started or stopped, from the
+// log callback of that start or stop too, once the process exits, and when memory runs out.
 //
 // Calls that work on accessories run one at a time: a call may wait until another thread's call,
 // and the host function that it is in, returns. So call nothing here, start, stop and exit
@@ -15,8 +15,13 @@
 // A thread that is inside must not be cancelled, nor leave by `pthread_exit` or `longjmp`. A daemon
 // calls `create_headset_mgmt` after it has forked; a forked child calls nothing here. The process
 // may exit without a stop, unless a host function uses objects that were made after
-// `create_headset_mgmt`: then stop the library first. The library may be unloaded when no thread of
-// the host is inside.
+// `create_headset_mgmt`: then stop the library first. When a host function itself calls `exit`, the
+// library cannot wait for it: what is under way calls host functions to the very end, so these may
+// use nothing that the exit destroys. A new-handler calls no `exit`, and no host function does
+// while another thread exits.
+//
+// The library may be unloaded when no thread of the host is inside. Stop it first if a host
+// function loads libraries, or looks up names, which does: unloading holds the loader's lock.
 
 #pragma once
 
@@ -79,8 +84,8 @@ HEADSETMGMT_EXPORT bool retrieve_config(const char* device_id, CONFIG_SETTING_US
                                         int* value);
 
 /// Delivers the answer to a fetch: with status 200, `body` is the document; any other status is a
-/// failure, and the library requests the document again at once. Answers that nobody waits for are
-/// dropped.
+/// failure, and the library requests the document again at once, unless version or model are
+/// missing (`configure_headset`). Answers that nobody waits for are dropped.
 ///
 /// The host sets the pace: it reports a failure after a pause. It answers each request, and once:
 /// one that it answers twice with a failure is followed by two requests, these by four. It joins
