@@ -132,12 +132,13 @@ bool PhonePluginImpl::reset_headsetmgmt_lib() {
 void PhonePluginImpl::dismiss_worker() {
     if (executor_ != nullptr) {
         executor_->requestExit();
+        executor_->detach();
     }
 }
 
 void PhonePluginImpl::end_worker() {
-    dismiss_worker();
     if (executor_ != nullptr) {
+        executor_->requestExit();
         executor_->join();
     }
 }
