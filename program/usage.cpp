@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "program/output.h"
+#include "program/url_mask.h"
 
 namespace headsetmgmt::program {
 
@@ -69,7 +70,8 @@ CLI::Validator decimal_number(const std::string& expected, double smallest, doub
     return number(expected, smallest, largest);
 }
 
-void tell_usage_error(const std::string& who, const std::string& message, bool as_json) {
+void tell_usage_error(const std::string& who, const std::string& refusal, bool as_json) {
+    const std::string message = with_masked_passwords(refusal);
     if (as_json) {
         Output(true, nullptr).tell({{"event", "error"}, {"message", message}});
     } else {

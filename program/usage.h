@@ -22,7 +22,7 @@ CLI::Validator whole_number(const std::string& expected, std::size_t smallest, s
 CLI::Validator decimal_number(const std::string& expected, double smallest, double largest);
 
 /// Tells what is wrong with a command line or with what it names: on standard error, after `who`
-/// ("headsetmgmt phone"), or as a JSON line.
+/// ("headsetmgmt phone"), or as a JSON line. No password in a URL is shown.
 void tell_usage_error(const std::string& who, const std::string& message, bool as_json);
 
 }  // namespace headsetmgmt::program

@@ -17,6 +17,7 @@
 #include "program/phone/fetch_url.h"
 #include "program/phone/retry_wait.h"
 #include "program/phone/transfer_events.h"
+#include "program/url_mask.h"
 
 namespace headsetmgmt::program {
 
@@ -200,7 +201,7 @@ void PhoneHost::log_line(const char* text) {
         }
     }
     if (options.verbose) {
-        output.tell({{"event", "log"}, {"text", line}});
+        output.tell({{"event", "log"}, {"text", with_masked_passwords(line)}});
     }
 }
 

@@ -17,6 +17,7 @@
 #include "headsetmgmt/constants.h"
 
 #include "program/phone/fetch_url.h"
+#include "program/url_mask.h"
 
 namespace headsetmgmt::program {
 
@@ -43,9 +44,10 @@ struct Template {
     std::vector<std::string> schemes;
 };
 
+/// No password is shown: refusals end in logs.
 [[noreturn]] void refuse(const std::string& kind, const std::string& value,
                          const std::string& why) {
-    throw BenchError(kind + " \"" + value + "\": " + why);
+    throw BenchError(kind + " \"" + masked_url(value) + "\": " + why);
 }
 
 std::string listed(const std::vector<std::string>& texts) {
@@ -71,15 +73,20 @@ public:
     CURLUcode error() const { return result; }
 
     /// Empty when the URL tells none.
-    std::string port() const {
-        char* text = nullptr;
-        const CURLUcode got = curl_url_get(parsed.get(), CURLUPART_PORT, &text, 0);
-        std::string port = got == CURLUE_OK ? text : "";
-        curl_free(text);
-        return port;
-    }
+    std::string port() const { return part(CURLUPART_PORT, 0); }
+
+    /// Without what is coded with percent signs.
+    std::string host() const { return part(CURLUPART_HOST, CURLU_URLDECODE); }
 
 private:
+    std::string part(CURLUPart wanted, unsigned int flags) const {
+        char* text = nullptr;
+        const CURLUcode got = curl_url_get(parsed.get(), wanted, &text, flags);
+        std::string part = got == CURLUE_OK ? text : "";
+        curl_free(text);
+        return part;
+    }
+
     struct Deleter {
         void operator()(CURLU* url) const { curl_url_cleanup(url); }
     };
@@ -110,6 +117,11 @@ struct UrlParts {
     for (const Placeholder& placeholder : url.placeholders) {
         known.append(&placeholder == &url.placeholders.front() ? "" : ", ")
             .append(placeholder.token);
+    }
+    if (masked_url(url.text).find(token) == std::string::npos) {
+        refuse(url.kind, url.text,
+               "letters in braces stand in the password; " + known +
+                   "; a brace itself is written %7B or %7D");
     }
     if (token == tftp_token || token == korm_token || token == userid_token) {
         refuse(url.kind, url.text, token + " is not replaced there; " + known);
@@ -190,7 +202,7 @@ std::string quoted(char character) {
         with_port.insert(place, port);
     }
     refuse(placeholder.kind, server,
-           "no port here; write it into the " + url.kind + ": " + with_port);
+           "no port here; write it into the " + url.kind + ": " + masked_url(with_port));
 }
 
 /// Refuses a server that is missing, or no bare host name or address.
@@ -234,14 +246,53 @@ void check_user_id(const Template& url, const Placeholder& user) {
     }
 }
 
+/// Why no name service can know the host; empty when one can.
+std::string fault_of_host(std::string host) {
+    constexpr std::size_t longest_label = 63;
+    constexpr std::size_t longest_name = 253;
+    constexpr char letters[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_.";
+    if (host.front() == '[') {
+        return {};  // an IPv6 address, which libcurl has read
+    }
+    const std::size_t wrong = host.find_first_not_of(letters);
+    if (wrong != std::string::npos) {
+        constexpr unsigned char last_ascii = 0x7f;
+        return static_cast<unsigned char>(host[wrong]) > last_ascii
+                   ? "only ASCII letters can stand in a host name; write the others in its coded "
+                     "form, which begins with xn--"
+                   : quoted(host[wrong]) + " cannot stand in a host name";
+    }
+    if (host.back() == '.') {
+        host.pop_back();
+    }
+    if (host.size() > longest_name) {
+        return "expected a host name of at most " + std::to_string(longest_name) +
+               " characters, found " + std::to_string(host.size());
+    }
+    for (std::size_t begin = 0; begin <= host.size();) {
+        const std::size_t end = std::min(host.find('.', begin), host.size());
+        if (end == begin) {
+            return "nothing stands before a dot of the host name";
+        }
+        if (end - begin > longest_label) {
+            return "expected at most " + std::to_string(longest_label) +
+                   " characters between the dots of a host name, found " +
+                   std::to_string(end - begin);
+        }
+        begin = end + 1;
+    }
+    return {};
+}
+
 /// Refuses a whole URL, with everything replaced, that libcurl refuses or that no server can
 /// answer.
 void check_syntax(const Template& url, const std::string& made) {
-    std::string told = url.text;
+    std::string told = masked_url(url.text);
     if (made != url.text) {
-        told += "\", which becomes \"" + made;
+        told += "\", which becomes \"" + masked_url(made);
     }
     const UrlParts parts(made);
+    const UrlParts shown(masked_url(made));
     const std::size_t wrong = blank_or_control_in(made);
     if (wrong != made.size()) {
         // A user name and a password before the host can be coded.
@@ -253,19 +304,23 @@ void check_syntax(const Template& url, const std::string& made) {
     }
     const ParsedUrl parsed(made);
     if (parsed.error() == CURLUE_NO_HOST) {
-        refuse(url.kind, told, "no server stands after \"" + parts.before + "\"");
+        refuse(url.kind, told, "no server stands after \"" + shown.before + "\"");
     }
     if (parsed.error() == CURLUE_BAD_PORT_NUMBER || parsed.port() == "0") {
         refuse(url.kind, told,
-               "expected a port from 1 to 65535, found \"" + parts.authority + "\"");
+               "expected a port from 1 to 65535, found \"" + shown.authority + "\"");
     }
     if (parsed.error() == CURLUE_BAD_HOSTNAME || parsed.error() == CURLUE_BAD_IPV6) {
         refuse(url.kind, told,
-               "expected a host name or an IP address after \"" + parts.before + "\", found \"" +
-                   parts.authority + "\"");
+               "expected a host name or an IP address after \"" + shown.before + "\", found \"" +
+                   shown.authority + "\"");
     }
     if (parsed.error() != CURLUE_OK) {
         refuse(url.kind, told, curl_url_strerror(parsed.error()));
+    }
+    const std::string fault = fault_of_host(parsed.host());
+    if (!fault.empty()) {
+        refuse(url.kind, told, fault);
     }
 }
 
