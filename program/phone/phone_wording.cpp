@@ -52,11 +52,14 @@ std::string status(const Event& event) {
 
 /// How a request ended; `bytes` names what was counted.
 std::string outcome(const Event& event, const std::string& bytes) {
-    if (event.contains("error")) {
+    if (event.contains("error") && !event.contains("status")) {
         return said(event, "error");
     }
     const std::string text = status(event) + ", " + said(event, "bytes") + " " + bytes + ", " +
                              said(event, "milliseconds") + " ms";
+    if (event.contains("error")) {
+        return text + "; then: " + said(event, "error");
+    }
     return event.contains("message") ? text + ": " + said(event, "message") : text;
 }
 

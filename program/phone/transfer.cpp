@@ -3,11 +3,15 @@
 #include "program/phone/transfer.h"
 
 #include <cstring>
+#include <new>
 #include <sstream>
+#include <string_view>
 #include <strings.h>
 #include <utility>
 
 #include <curl/curl.h>
+
+#include "program/url_mask.h"
 
 namespace headsetmgmt::program {
 
@@ -27,23 +31,79 @@ struct HeadersDeleter {
 using Easy = std::unique_ptr<CURL, EasyDeleter>;
 using Headers = std::unique_ptr<curl_slist, HeadersDeleter>;
 
-/// Where an answer's bytes go, counted here: libcurl's own limit holds neither for TFTP nor for an
-/// answer that does not tell its length.
-struct Sink {
-    std::string body;
-    std::size_t limit = 0;
-    bool too_large = false;
-    bool header_begun = false;
-    bool header_ended = false;
+/// The options of a request, and the first failure to set one: without it, the request would be
+/// another one.
+class Options {
+public:
+    explicit Options(CURL* easy) : handle(easy) {}
+
+    template <typename Value>
+    void set(CURLoption option, Value value) {
+        const CURLcode code = curl_easy_setopt(handle, option, value);
+        failure = failure == CURLE_OK ? code : failure;
+    }
+
+    CURLcode result() const { return failure; }
+
+private:
+    CURL* handle;
+    CURLcode failure = CURLE_OK;
 };
 
-/// Notes how far the header came: libcurl takes one that breaks off for a complete answer.
+/// Where an answer's bytes go, counted here: libcurl's own limit holds neither for TFTP, nor for an
+/// answer that does not report its length, nor for trailers.
+struct Sink {
+    CURL* handle = nullptr;
+    std::string body;
+    std::size_t limit = 0;
+    std::size_t header_limit = 0;
+    std::size_t header_bytes = 0;
+    bool too_large = false;
+    bool header_too_large = false;
+    bool out_of_memory = false;
+    bool header_begun = false;
+    bool header_ended = false;
+    bool https_alone = false;  // a request was sent by https: a redirect must not leave it
+};
+
+bool is_https(CURL* handle) {
+    const char* url = nullptr;
+    curl_easy_getinfo(handle, CURLINFO_EFFECTIVE_URL, &url);
+    constexpr char https[] = "https:";
+    return url != nullptr && strncasecmp(url, https, sizeof(https) - 1) == 0;
+}
+
+/// Called before each request is sent, those after a redirect included.
+int prepare_request(void* context, char* /*server*/, char* /*client*/, int /*server_port*/,
+                    int /*client_port*/) {
+    auto* sink = static_cast<Sink*>(context);
+    if (is_https(sink->handle) && !sink->https_alone) {
+        sink->https_alone = true;
+        const CURLcode code = curl_easy_setopt(sink->handle, CURLOPT_REDIR_PROTOCOLS_STR, "https");
+        return code == CURLE_OK ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
+    }
+    return CURL_PREREQFUNC_OK;
+}
+
+/// Counts the lines of headers and trailers, and notes how far a header came: libcurl takes one
+/// that breaks off for a complete answer.
 std::size_t take_header_line(char* bytes, std::size_t size, std::size_t count, void* context) {
     auto* sink = static_cast<Sink*>(context);
-    const std::string line(bytes, size * count);
-    sink->header_begun = true;
-    sink->header_ended = line == "\r\n" || line == "\n";
-    return size * count;
+    const std::string_view line(bytes, size * count);
+    if (line.size() > sink->header_limit - sink->header_bytes) {
+        sink->header_too_large = true;
+        return 0;
+    }
+    sink->header_bytes += line.size();
+    // A status line begins a header. Trailers have none: they do not make the header incomplete.
+    constexpr std::string_view status_line = "HTTP/";
+    if (line.substr(0, status_line.size()) == status_line) {
+        sink->header_begun = true;
+        sink->header_ended = false;
+    } else if (line == "\r\n" || line == "\n") {
+        sink->header_ended = true;
+    }
+    return line.size();
 }
 
 std::size_t take_bytes(char* bytes, std::size_t size, std::size_t count, void* context) {
@@ -53,7 +113,12 @@ std::size_t take_bytes(char* bytes, std::size_t size, std::size_t count, void* c
         sink->too_large = true;
         return 0;
     }
-    sink->body.append(bytes, length);
+    try {
+        sink->body.append(bytes, length);
+    } catch (const std::bad_alloc&) {
+        sink->out_of_memory = true;
+        return 0;
+    }
     return length;
 }
 
@@ -73,6 +138,11 @@ std::string in_seconds(std::chrono::milliseconds time) {
     return text.str();
 }
 
+std::string in_tenths_of_seconds(std::chrono::milliseconds time) {
+    constexpr long tenth = 100;
+    return in_seconds(std::chrono::milliseconds((time.count() + tenth / 2) / tenth * tenth));
+}
+
 /// Where redirects led; empty without one.
 std::string final_url_of(CURL* handle) {
     long redirects = 0;
@@ -85,19 +155,14 @@ std::string final_url_of(CURL* handle) {
 /// What there was none of when the limit for connecting was reached: for https that holds for the
 /// TLS handshake too.
 std::string missing_connection(const EndedTransfer& ended) {
-    const char* url = nullptr;
-    curl_easy_getinfo(ended.handle, CURLINFO_EFFECTIVE_URL, &url);
-    constexpr char https[] = "https:";
-    const bool is_https = url != nullptr && strncasecmp(url, https, sizeof(https) - 1) == 0;
-    return is_https ? "no connection, or no TLS handshake," : "no connection";
+    return is_https(ended.handle) ? "no connection, or no TLS handshake," : "no connection";
 }
 
 /// TFTP has no connections, and libcurl makes limits of its own for it out of all that were set:
 /// none of them can be named, but how long it took.
 std::string tftp_time_out(const EndedTransfer& ended, bool anything_came) {
-    constexpr long tenth = 100;
-    const std::chrono::milliseconds duration{(ended.duration.count() + tenth / 2) / tenth * tenth};
-    return (anything_came ? "not complete after " : "no answer for ") + in_seconds(duration);
+    return (anything_came ? "not complete after " : "no answer for ") +
+           in_tenths_of_seconds(ended.duration);
 }
 
 /// Which limit was reached. libcurl has one code for all; but for TFTP the stall alone has words of
@@ -105,7 +170,12 @@ std::string tftp_time_out(const EndedTransfer& ended, bool anything_came) {
 std::string time_out(const EndedTransfer& ended, bool anything_came) {
     constexpr char stalled[] = "Operation too slow";
     if (std::strncmp(ended.detail, stalled, sizeof(stalled) - 1) == 0) {
-        return "nothing arrived for " + in_seconds(ended.limits.stall) + " (--stall)";
+        // libcurl measures the body alone: an endless header or chunk extension is none.
+        curl_off_t first_byte_after = 0;
+        curl_easy_getinfo(ended.handle, CURLINFO_STARTTRANSFER_TIME_T, &first_byte_after);
+        return (first_byte_after == 0 ? "nothing arrived for "
+                                      : "nothing of the answer's body arrived for ") +
+               in_seconds(ended.limits.stall) + " (--stall)";
     }
     curl_off_t connected_after = 0;
     curl_easy_getinfo(ended.handle, CURLINFO_CONNECT_TIME_T, &connected_after);
@@ -122,10 +192,14 @@ std::string time_out(const EndedTransfer& ended, bool anything_came) {
 }
 
 /// The refusal of the URL's protocol; empty when it is not the protocol that was refused.
-std::string refused_protocol(const EndedTransfer& ended) {
+std::string refused_protocol(const EndedTransfer& ended, const Sink& sink) {
     const std::string final_url = final_url_of(ended.handle);
     const std::string& url = final_url.empty() ? ended.request.url : final_url;
     const std::string protocol = url.substr(0, url.find(':'));
+    if (strcasecmp(protocol.c_str(), "http") == 0 && sink.https_alone) {
+        return "a redirect from https to http is refused: http encrypts nothing; let the server "
+               "redirect to https";
+    }
     if (strcasecmp(protocol.c_str(), "http") == 0 || strcasecmp(protocol.c_str(), "https") == 0) {
         return "";  // what the server speaks is none
     }
@@ -137,14 +211,18 @@ std::string refused_protocol(const EndedTransfer& ended) {
                                             : "a document is fetched by http, https or tftp");
 }
 
-/// What the result code means. For TFTP, libcurl's own text of a failed transfer is wrong.
-std::string explain(const EndedTransfer& ended, const Sink& sink) {
-    if (sink.too_large) {
-        return "the answer is larger than the limit of " + std::to_string(sink.limit) +
-               " bytes (--limit)";
-    }
-    std::string libcurls_own =
-        *ended.detail != '\0' ? ended.detail : curl_easy_strerror(ended.code);
+/// libcurl's own text; for TFTP it may be about a connection, which TFTP has none of.
+std::string text_of_libcurl(const EndedTransfer& ended) {
+    constexpr char about_connection[] = "getpeername()";
+    const bool is_useless =
+        *ended.detail == '\0' ||
+        std::strncmp(ended.detail, about_connection, sizeof(about_connection) - 1) == 0;
+    return is_useless ? curl_easy_strerror(ended.code) : ended.detail;
+}
+
+/// What the result code means for TFTP; empty when it means the same as for HTTP.
+std::string explain_tftp(const EndedTransfer& ended) {
+    const std::string error = "the TFTP server answered with error ";
     switch (ended.code) {
     case CURLE_TFTP_NOTFOUND:
         return "the TFTP server has no such file";
@@ -152,20 +230,81 @@ std::string explain(const EndedTransfer& ended, const Sink& sink) {
         return "the TFTP server denies access to the file";
     case CURLE_TFTP_ILLEGAL:
         return "the TFTP server refused the request";
+    case CURLE_REMOTE_DISK_FULL:
+        return error + "3 (disk full)";
+    case CURLE_TFTP_UNKNOWNID:
+        return error + "5 (unknown transfer)";
+    case CURLE_REMOTE_FILE_EXISTS:
+        return error + "6 (file exists)";
+    case CURLE_TFTP_NOSUCHUSER:
+        return error + "7 (no such user)";
+    case CURLE_ABORTED_BY_CALLBACK:
+        return error + "8 or above, which is none of a fetch";
+    case CURLE_COULDNT_CONNECT:
+        return "no answer, or only packets too short to be one, for " +
+               in_tenths_of_seconds(ended.duration);
+    default:
+        return "";
+    }
+}
+
+/// libcurl reports a line that is too long for it as memory that ran out.
+std::string too_long_line(const std::string& part) {
+    return "a line of the answer's " + part +
+           " is longer than libcurl takes (about 100,000 bytes in a header, 4,000 in a trailer), "
+           "or memory ran out";
+}
+
+/// What the result code means.
+std::string explain(const EndedTransfer& ended, const Sink& sink) {
+    if (sink.too_large) {
+        return "the answer is larger than the limit of " + std::to_string(sink.limit) +
+               " bytes (--limit)";
+    }
+    if (sink.header_too_large) {
+        return "the answer's headers and trailers are larger than the limit of " +
+               std::to_string(sink.header_limit) + " bytes";
+    }
+    if (sink.out_of_memory) {
+        return "memory ran out after " + std::to_string(sink.body.size()) + " bytes of the answer";
+    }
+    if (is_tftp_url(ended.request.url)) {
+        std::string explanation = explain_tftp(ended);
+        if (!explanation.empty()) {
+            return explanation;
+        }
+    }
+    switch (ended.code) {
     case CURLE_OPERATION_TIMEDOUT:
         return time_out(ended, !sink.body.empty());
     case CURLE_UNSUPPORTED_PROTOCOL: {
-        std::string refusal = refused_protocol(ended);
-        return refusal.empty() ? libcurls_own : refusal;
+        std::string refusal = refused_protocol(ended, sink);
+        return refusal.empty() ? text_of_libcurl(ended) : refusal;
     }
     case CURLE_TOO_MANY_REDIRECTS:
         return "more than " + std::to_string(redirects_at_most) + " redirects";
+    case CURLE_OUT_OF_MEMORY: {
+        curl_off_t sent_after = 0;
+        curl_easy_getinfo(ended.handle, CURLINFO_PRETRANSFER_TIME_T, &sent_after);
+        return sent_after == 0 ? "memory ran out" : too_long_line("header");
+    }
+    case CURLE_RECV_ERROR: {
+        constexpr char in_trailer[] = "Out of memory in chunked-encoding";
+        return std::strcmp(ended.detail, in_trailer) == 0 ? too_long_line("trailer")
+                                                          : text_of_libcurl(ended);
+    }
     default:
-        return libcurls_own;
+        return text_of_libcurl(ended);
     }
 }
 
 }  // namespace
+
+bool is_success(int status) {
+    constexpr int first_success = 200;
+    constexpr int first_redirect = 300;
+    return status >= first_success && status < first_redirect;
+}
 
 std::string remark_on(int status) {
     constexpr int no_content = 204;
@@ -206,46 +345,62 @@ TransferResult Transfers::perform(const TransferRequest& request) {
     const auto start = std::chrono::steady_clock::now();
     const Easy easy(curl_easy_init());
     const Headers headers(curl_slist_append(nullptr, "Content-Type: application/json"));
-    Sink sink;
-    sink.limit = limits.bytes;
     char detail[CURL_ERROR_SIZE] = "";
     CURL* handle = easy.get();
-    curl_easy_setopt(handle, CURLOPT_URL, request.url.c_str());
-    curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR,
-                     request.is_post ? post_and_redirect_protocols : fetch_protocols);
-    curl_easy_setopt(handle, CURLOPT_REDIR_PROTOCOLS_STR, post_and_redirect_protocols);
-    curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 1L);
-    curl_easy_setopt(handle, CURLOPT_MAXREDIRS, redirects_at_most);
-    curl_easy_setopt(handle, CURLOPT_POSTREDIR, static_cast<long>(CURL_REDIR_POST_ALL));
-    curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);  // a name that is looked up is not waited for
-    curl_easy_setopt(handle, CURLOPT_PROXY, "");
-    curl_easy_setopt(handle, CURLOPT_USERAGENT, "headsetmgmt-phone");
-    curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, static_cast<long>(limits.total.count()));
-    curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(limits.connect.count()));
-    curl_easy_setopt(handle, CURLOPT_LOW_SPEED_LIMIT, 1L);
-    curl_easy_setopt(handle, CURLOPT_LOW_SPEED_TIME, static_cast<long>(limits.stall.count()));
-    curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, detail);
+    Sink sink;
+    sink.handle = handle;
+    sink.limit = limits.bytes;
+    sink.header_limit = limits.header_bytes;
+    Options options(handle);
+    options.set(CURLOPT_URL, request.url.c_str());
+    options.set(CURLOPT_PROTOCOLS_STR,
+                request.is_post ? post_and_redirect_protocols : fetch_protocols);
+    options.set(CURLOPT_REDIR_PROTOCOLS_STR, post_and_redirect_protocols);
+    options.set(CURLOPT_FOLLOWLOCATION, 1L);
+    options.set(CURLOPT_MAXREDIRS, redirects_at_most);
+    options.set(CURLOPT_POSTREDIR, static_cast<long>(CURL_REDIR_POST_ALL));
+    options.set(CURLOPT_NOSIGNAL, 1L);
+    options.set(CURLOPT_QUICK_EXIT, 1L);  // a name that is looked up is not waited for
+    options.set(CURLOPT_PROXY, "");
+    options.set(CURLOPT_USERAGENT, "headsetmgmt-phone");
+    options.set(CURLOPT_TIMEOUT_MS, static_cast<long>(limits.total.count()));
+    options.set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(limits.connect.count()));
+    options.set(CURLOPT_LOW_SPEED_LIMIT, 1L);
+    options.set(CURLOPT_LOW_SPEED_TIME, static_cast<long>(limits.stall.count()));
+    options.set(CURLOPT_ERRORBUFFER, detail);
     // What a server sends beyond its answer is no answer to the next request.
-    curl_easy_setopt(handle, CURLOPT_FORBID_REUSE, 1L);
+    options.set(CURLOPT_FORBID_REUSE, 1L);
     // libcurl takes the size 0 that a TFTP server may answer for an error.
-    curl_easy_setopt(handle, CURLOPT_TFTP_NO_OPTIONS, 1L);
-    curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, take_header_line);
-    curl_easy_setopt(handle, CURLOPT_HEADERDATA, &sink);
-    curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, take_bytes);
-    curl_easy_setopt(handle, CURLOPT_WRITEDATA, &sink);
+    options.set(CURLOPT_TFTP_NO_OPTIONS, 1L);
+    options.set(CURLOPT_HEADERFUNCTION, take_header_line);
+    options.set(CURLOPT_HEADERDATA, &sink);
+    options.set(CURLOPT_WRITEFUNCTION, take_bytes);
+    options.set(CURLOPT_WRITEDATA, &sink);
+    options.set(CURLOPT_PREREQFUNCTION, prepare_request);
+    options.set(CURLOPT_PREREQDATA, &sink);
+    options.set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));  // at least
     if (!limits.ca_file.empty()) {
-        curl_easy_setopt(handle, CURLOPT_CAINFO, limits.ca_file.c_str());
-        curl_easy_setopt(handle, CURLOPT_CAPATH, nullptr);
+        options.set(CURLOPT_CAINFO, limits.ca_file.c_str());
+        options.set(CURLOPT_CAPATH, static_cast<char*>(nullptr));
     }
     if (request.is_post) {
-        curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE, static_cast<long>(request.body.size()));
-        curl_easy_setopt(handle, CURLOPT_POSTFIELDS, request.body.c_str());
-        curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers.get());
+        options.set(CURLOPT_POSTFIELDSIZE, static_cast<long>(request.body.size()));
+        options.set(CURLOPT_POSTFIELDS, request.body.c_str());
+        options.set(CURLOPT_HTTPHEADER, headers.get());
     }
 
     TransferResult result;
-    curl_multi_add_handle(multi.get(), handle);
+    const bool has_memory = handle != nullptr && headers != nullptr && multi != nullptr;
+    const CURLcode setup = has_memory ? options.result() : CURLE_OUT_OF_MEMORY;
+    if (setup != CURLE_OK) {
+        result.error = std::string("the request could not be set up: ") + curl_easy_strerror(setup);
+        return result;
+    }
+    const CURLMcode added = curl_multi_add_handle(multi.get(), handle);
+    if (added != CURLM_OK) {
+        result.error = std::string("the request could not be begun: ") + curl_multi_strerror(added);
+        return result;
+    }
     CURLMsg* message = nullptr;
     int running = 1;
     while (!is_interrupted && message == nullptr && running != 0) {
@@ -258,22 +413,26 @@ TransferResult Transfers::perform(const TransferRequest& request) {
     }
     result.duration = std::chrono::duration_cast<std::chrono::milliseconds>(
         std::chrono::steady_clock::now() - start);
+    long status = 0;
+    curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &status);
     if (message == nullptr) {
         result.interrupted = true;
         result.error = "interrupted";
     } else if (message->data.result == CURLE_OK && sink.header_begun && !sink.header_ended) {
         result.error = "the answer broke off in its header";
     } else if (message->data.result == CURLE_OK) {
-        long status = 0;
-        curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &status);
         constexpr int status_ok = 200;
         result.status = is_tftp_url(request.url) ? status_ok : static_cast<int>(status);
         result.body = std::move(sink.body);
     } else {
-        result.error =
-            explain({handle, message->data.result, detail, request, limits, result.duration}, sink);
+        result.error = with_masked_passwords(explain(
+            {handle, message->data.result, detail, request, limits, result.duration}, sink));
+        // No redirect follows a success: the header that came whole is the answer's own.
+        const bool is_taken =
+            request.is_post && sink.header_ended && is_success(static_cast<int>(status));
+        result.status = is_taken ? static_cast<int>(status) : 0;
     }
-    result.final_url = final_url_of(handle);
+    result.final_url = masked_url(final_url_of(handle));
     curl_multi_remove_handle(multi.get(), handle);
     return result;
 }

@@ -18,6 +18,7 @@ struct TransferLimits {
     std::chrono::milliseconds connect{10000};
     std::chrono::seconds stall{10};
     std::size_t bytes = 4UL * 1024 * 1024;
+    std::size_t header_bytes = 256UL * 1024;  ///< redirects, interim answers and trailers included
     std::string ca_file;  ///< certificates to trust instead of the system's; empty: the system's
 };
 
@@ -27,9 +28,11 @@ struct TransferRequest {
     std::string body;  ///< of a post
 };
 
-/// How a request ended: with an answer (`error` is empty) or without.
+/// How a request ended: with an answer (`error` is empty) or without. Holds no URL's password.
 struct TransferResult {
-    int status = 0;  ///< the server's; 200 for a TFTP success; 0 without a complete answer
+    /// The server's; 200 for a TFTP success; 0 without a complete answer. Of a post a success
+    /// stands here with an `error` too: nobody needs the body of its answer.
+    int status = 0;
     std::string body;
     std::string error;      ///< what went wrong below HTTP, for people
     std::string final_url;  ///< where redirects led; empty without one
@@ -37,8 +40,8 @@ struct TransferResult {
     std::chrono::milliseconds duration{0};
 };
 
-/// Carries out requests, one at a time: http, https (certificates are verified) and tftp, at most
-/// five redirects.
+/// Carries out requests, one at a time: http, https (TLS 1.2 or newer, certificates are verified)
+/// and tftp, at most five redirects, none from https to http.
 class Transfers {
 public:
     explicit Transfers(TransferLimits transfer_limits);
@@ -58,6 +61,9 @@ private:
     std::atomic<bool> is_interrupted{false};
     std::unique_ptr<CURLM, MultiDeleter> multi;
 };
+
+/// Whether the HTTP status is a success, 200 to 299.
+bool is_success(int status);
 
 /// What an HTTP status says of a request that did not succeed, beyond its name; may be empty.
 std::string remark_on(int status);

@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "program/url_mask.h"
+
 namespace headsetmgmt::program {
 
 namespace {
@@ -14,6 +16,8 @@ void add_outcome(Event& told, const TransferResult& result, bool is_good) {
     }
     if (!result.error.empty()) {
         told["error"] = result.error;
+    }
+    if (result.status == 0) {
         return;
     }
     told["status"] = result.status;
@@ -30,15 +34,13 @@ bool is_fetched(const TransferResult& result) {
 }
 
 bool is_accepted(const TransferResult& result) {
-    constexpr int first_success = 200;
-    constexpr int first_redirect = 300;
-    return result.status >= first_success && result.status < first_redirect;
+    return is_success(result.status);
 }
 
 Event fetch_event(int attempt, const TransferRequest& request, const TransferResult& result) {
     Event told = {{"event", "fetch"},
                   {"attempt", attempt},
-                  {"url", request.url},
+                  {"url", masked_url(request.url)},
                   {"milliseconds", result.duration.count()}};
     add_outcome(told, result, is_fetched(result));
     if (result.error.empty()) {
@@ -49,7 +51,7 @@ Event fetch_event(int attempt, const TransferRequest& request, const TransferRes
 
 Event report_event(const TransferRequest& request, const TransferResult& result) {
     Event told = {{"event", "report"},
-                  {"url", request.url},
+                  {"url", masked_url(request.url)},
                   {"bytes", request.body.size()},
                   {"accepted", is_accepted(result)},
                   {"milliseconds", result.duration.count()}};

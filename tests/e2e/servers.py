@@ -186,6 +186,8 @@ http {{
         listen 127.0.0.1:{port} {tls};
         root {documents};
         location = /inventory {{ return 204; }}
+        location /trailer/ {{ alias {documents}/; add_trailer X-Checksum 1; }}
+        location = /inventory-trailer {{ return 200 taken; add_trailer X-Checksum 1; }}
     }}
 }}
 """

@@ -38,7 +38,9 @@ def other_authority(tmp_path_factory):
 
 def run(program, benches, url, document, *options):
     arguments = ["--bench", benches / "headset-with-dock.json", "--give-up-after", "1"]
-    arguments += ["--config-url", f"{url}/{document}", "--inventory-url", f"{url}/inventory"]
+    arguments += ["--config-url", f"{url}/{document}"]
+    if "--inventory-url" not in options:
+        arguments += ["--inventory-url", f"{url}/inventory"]
     with Phone(program, [*arguments, *options]) as phone:
         code = phone.finish()
     assert phone.errors == []
@@ -50,6 +52,17 @@ def test_document_and_report_over_http(program, benches, documents, tmp_path):
         code, lines = run(program, benches, nginx.url, "good.json")
     assert lines == GOOD_RUN
     assert nginx.requests == ["GET /good.json 200", "POST /inventory 204"]
+    assert code == 0
+
+
+def test_document_and_report_with_trailers(program, benches, documents, tmp_path):
+    with Nginx(documents, tmp_path) as nginx:
+        options = ["--inventory-url", f"{nginx.url}/inventory-trailer"]
+        code, lines = run(program, benches, nginx.url, "trailer/good.json", *options)
+    assert "fetch, attempt 1: SERVER/trailer/good.json: status 200, 1767 bytes, # ms" in lines
+    report = "report to SERVER/inventory-trailer: accepted: status 200, 545 bytes sent, # ms"
+    assert report in lines
+    assert nginx.requests == ["GET /trailer/good.json 200", "POST /inventory-trailer 200"]
     assert code == 0
 
 

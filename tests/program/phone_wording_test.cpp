@@ -251,6 +251,18 @@ TEST(PhoneWording, ReportThatWasAccepted) {
                               {"status", 202}}));
 }
 
+TEST(PhoneWording, ReportThatWasAcceptedWithAnAnswerThatBrokeOff) {
+    EXPECT_EQ("report to http://h/inventory: accepted: status 200, 714 bytes sent, 3 ms; then: "
+              "transfer closed",
+              phone_event_in_words({{"event", "report"},
+                                    {"url", "http://h/inventory"},
+                                    {"bytes", 714},
+                                    {"accepted", true},
+                                    {"milliseconds", 3},
+                                    {"error", "transfer closed"},
+                                    {"status", 200}}));
+}
+
 TEST(PhoneWording, ReportThatWasNotAccepted) {
     EXPECT_EQ("report to http://127.0.0.1:8080/inventory: not accepted: status 503 (Service "
               "Unavailable), 714 bytes sent, 3 ms",

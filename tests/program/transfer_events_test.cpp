@@ -52,6 +52,24 @@ TEST(FetchEvent, TellsWhereRedirectsLed) {
     EXPECT_EQ(fetch_event(1, fetch, result)["finalUrl"], "http://other/a.json");
 }
 
+TEST(FetchEvent, TellsNoPassword) {
+    const TransferRequest with_password = {"http://me:word@h/a.json", false, ""};
+    EXPECT_EQ(fetch_event(1, with_password, answered(200))["url"], "http://me:***@h/a.json");
+}
+
+TEST(ReportEvent, TellsNoPassword) {
+    const TransferRequest with_password = {"http://me:word@h/inventory", true, "{}"};
+    EXPECT_EQ(report_event(with_password, answered(200))["url"], "http://me:***@h/inventory");
+}
+
+TEST(ReportEvent, OfASuccessWithABrokenBodyIsAcceptedAndTellsTheError) {
+    TransferResult result = answered(200);
+    result.error = "cut";
+    EXPECT_EQ(report_event(post, result).dump(),
+              R"({"event":"report","url":"http://h/inventory","bytes":2,"accepted":true,)"
+              R"("milliseconds":12,"error":"cut","status":200})");
+}
+
 TEST(ReportEvent, OfEverySuccessIsAccepted) {
     EXPECT_EQ(report_event(post, answered(204)).dump(),
               R"({"event":"report","url":"http://h/inventory","bytes":2,"accepted":true,)"

@@ -179,6 +179,144 @@ TEST(Transfers, LimitHoldsForAllChunksTogether) {
               get(transfers, server.url()).error);
 }
 
+TEST(Transfers, TrailersDoNotMakeTheHeaderIncomplete) {
+    const ScriptedServer server({{"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n"
+                                  "2\r\n{}\r\n0\r\nX-Checksum: 1\r\nX-More: 2\r\n\r\n"}});
+    Transfers transfers{TransferLimits()};
+
+    const TransferResult result = get(transfers, server.url());
+
+    EXPECT_EQ("", result.error);
+    EXPECT_EQ(200, result.status);
+    EXPECT_EQ("{}", result.body);
+}
+
+TEST(Transfers, HeaderThatBreaksOffIsNoAnswer) {
+    const ScriptedServer server(
+        {{"HTTP/1.1 200 OK\r\nX-Half: 1\r\n"},
+         {"HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 200 OK\r\nX-Half: 1\r\n"}});
+    Transfers transfers{TransferLimits()};
+
+    EXPECT_EQ("the answer broke off in its header", get(transfers, server.url()).error);
+    EXPECT_EQ("the answer broke off in its header", get(transfers, server.url()).error);
+}
+
+std::string repeated(const std::string& text, std::size_t times) {
+    std::string result;
+    for (std::size_t i = 0; i < times; ++i) {
+        result += text;
+    }
+    return result;
+}
+
+/// 100 bytes.
+const std::string header_line = "X: " + std::string(95, 'x') + "\r\n";
+
+constexpr char too_large_header[] =
+    "the answer's headers and trailers are larger than the limit of 262144 bytes";
+
+TEST(Transfers, HeaderBelowItsLimitIsTaken) {
+    const ScriptedServer server(
+        {{"HTTP/1.1 200 OK\r\nContent-Length: 2\r\n" + repeated(header_line, 2620) + "\r\n{}"}});
+    Transfers transfers{TransferLimits()};
+
+    EXPECT_EQ("", get(transfers, server.url()).error);
+}
+
+TEST(Transfers, HeaderAboveItsLimitIsRefused) {
+    const ScriptedServer server(
+        {{"HTTP/1.1 200 OK\r\nContent-Length: 2\r\n" + repeated(header_line, 2622) + "\r\n{}"}});
+    Transfers transfers{TransferLimits()};
+
+    const TransferResult result = get(transfers, server.url());
+
+    EXPECT_EQ(too_large_header, result.error);
+    EXPECT_EQ(0, result.status);
+}
+
+TEST(Transfers, TrailersCountAsTheHeader) {
+    const ScriptedServer server({{"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n"
+                                  "2\r\n{}\r\n0\r\n" +
+                                  repeated(header_line, 2622) + "\r\n"}});
+    Transfers transfers{TransferLimits()};
+
+    const TransferResult result = get(transfers, server.url());
+
+    EXPECT_EQ(too_large_header, result.error);
+    EXPECT_EQ("", result.body);
+}
+
+TEST(Transfers, InterimAnswersCountAsTheHeader) {
+    const ScriptedServer server({{repeated("HTTP/1.1 100 Continue\r\n\r\n", 10486) +
+                                  "HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\n{}"}});
+    Transfers transfers{TransferLimits()};
+
+    EXPECT_EQ(too_large_header, get(transfers, server.url()).error);
+}
+
+TEST(Transfers, HeaderLineThatIsTooLongIsNamed) {
+    const ScriptedServer server({{"HTTP/1.1 200 OK\r\nX: " + std::string(200000, 'x')}});
+    Transfers transfers{TransferLimits()};
+
+    EXPECT_EQ("a line of the answer's header is longer than libcurl takes (about 100,000 bytes in "
+              "a header, 4,000 in a trailer), or memory ran out",
+              get(transfers, server.url()).error);
+}
+
+TEST(Transfers, TrailerLineThatIsTooLongIsNamed) {
+    const ScriptedServer server(
+        {{"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n2\r\n{}\r\n0\r\nX: " +
+          std::string(100000, 'x')}});
+    Transfers transfers{TransferLimits()};
+
+    EXPECT_THAT(get(transfers, server.url()).error,
+                StartsWith("a line of the answer's trailer is longer than libcurl takes "));
+}
+
+TEST(Transfers, RequestThatCannotBeSetUpIsNotSent) {
+    constexpr std::size_t more_than_libcurl_takes = 8000001;
+    Transfers transfers{TransferLimits()};
+
+    const TransferResult result =
+        get(transfers, "http://127.0.0.1/" + std::string(more_than_libcurl_takes, 'x'));
+
+    EXPECT_THAT(result.error, StartsWith("the request could not be set up: "));
+    EXPECT_FALSE(result.interrupted);
+}
+
+TransferResult post_to(const ScriptedServer& server, std::size_t limit) {
+    Transfers transfers{limits_of(limit)};
+    return transfers.perform({server.url(), true, "{}"});
+}
+
+TEST(Transfers, StatusOfAReportHoldsWhateverItsBodyIs) {
+    const ScriptedServer cut({{"HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf"}});
+    const ScriptedServer large({{"HTTP/1.1 201 Created\r\nContent-Length: 11\r\n\r\n0123456789a"}});
+
+    const TransferResult of_cut = post_to(cut, 10);
+    const TransferResult of_large = post_to(large, 10);
+
+    EXPECT_EQ(200, of_cut.status);
+    EXPECT_THAT(of_cut.error, StartsWith("transfer closed with "));
+    EXPECT_EQ(201, of_large.status);
+    EXPECT_EQ("the answer is larger than the limit of 10 bytes (--limit)", of_large.error);
+}
+
+TEST(Transfers, StatusOfAReportIsNoneBeforeTheEndOfTheHeader) {
+    const ScriptedServer server({{"HTTP/1.1 200 OK\r\nX: 1\r\n"}});
+
+    const TransferResult result = post_to(server, 10);
+
+    EXPECT_EQ(0, result.status);
+    EXPECT_EQ("the answer broke off in its header", result.error);
+}
+
+TEST(Transfers, StatusOfAReportThatIsNoSuccessIsNoneWithAnError) {
+    const ScriptedServer server({{"HTTP/1.1 500 No\r\nContent-Length: 100\r\n\r\nhalf"}});
+
+    EXPECT_EQ(0, post_to(server, 10).status);
+}
+
 TEST(Transfers, AnswerWithoutALengthEndsWithTheConnection) {
     const ScriptedServer server({{"HTTP/1.0 200 OK\r\n\r\n0123456789"}});
     Transfers transfers{limits_of(10)};
