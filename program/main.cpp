@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <fcntl.h>
 #include <functional>
@@ -71,6 +72,8 @@ int run(int argc, char* argv[]) {
                      std::generic_category().message(errno).c_str());
         return exit_failed;
     }
+    // The terminal or the session that started it may end; only SIGINT and SIGTERM end the program.
+    std::signal(SIGHUP, SIG_IGN);
     CLI::App program("Accessory management for desk IP phones", "headsetmgmt");
     program.require_subcommand(1);
     program.set_version_flag("--version", HEADSETMGMT_VERSION);
