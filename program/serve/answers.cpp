@@ -2,12 +2,17 @@
 
 #include "program/serve/answers.h"
 
+#include <cstring>
 #include <memory>
+#include <new>
+#include <string_view>
+#include <strings.h>
 #include <sys/types.h>
 #include <unistd.h>
 #include <utility>
 
 #include "program/serve/inventory_report.h"
+#include "program/serve/refusal.h"
 
 namespace headsetmgmt::program {
 
@@ -20,7 +25,10 @@ using ResponseOwner = std::unique_ptr<MHD_Response, ResponseDeleter>;
 
 MHD_Result queue(MHD_Connection* connection, Request& request, unsigned int status,
                  std::uint64_t bytes, const ResponseOwner& response) {
-    if (response == nullptr || MHD_queue_response(connection, status, response.get()) != MHD_YES) {
+    // One request a connection: the library's own reading of a second header is not relied on.
+    if (response == nullptr ||
+        MHD_add_response_header(response.get(), MHD_HTTP_HEADER_CONNECTION, "close") != MHD_YES ||
+        MHD_queue_response(connection, status, response.get()) != MHD_YES) {
         request.error = "no answer could be made";
         return MHD_NO;
     }
@@ -33,9 +41,7 @@ MHD_Result queue(MHD_Connection* connection, Request& request, unsigned int stat
 /// message among them.
 MHD_Result refuse(MHD_Connection* connection, Request& request, unsigned int status,
                   const std::string& message, const Event& facts = Event::object()) {
-    Event body = {{"error", message}, {"method", request.method}, {"path", request.target}};
-    body.update(facts);
-    std::string text = body.dump(2, ' ', false, Event::error_handler_t::replace) + "\n";
+    std::string text = refusal_body(message, request.method, request.target, facts);
     const ResponseOwner response(
         MHD_create_response_from_buffer(text.size(), text.data(), MHD_RESPMEM_MUST_COPY));
     if (response != nullptr) {
@@ -48,10 +54,45 @@ MHD_Result refuse(MHD_Connection* connection, Request& request, unsigned int sta
     return queue(connection, request, status, text.size(), response);
 }
 
+/// With as little memory as an answer takes.
+MHD_Result refuse_for_lack_of_memory(MHD_Connection* connection, Request& request) {
+    request.body = std::string();
+    return refuse(connection, request, MHD_HTTP_SERVICE_UNAVAILABLE,
+                  "the server lacks the memory for this report; try again later");
+}
+
+unsigned int status_for(OpenedDocument::Fault fault) {
+    switch (fault) {
+    case OpenedDocument::Fault::missing:
+        return MHD_HTTP_NOT_FOUND;
+    case OpenedDocument::Fault::path:
+        return MHD_HTTP_BAD_REQUEST;
+    case OpenedDocument::Fault::server:
+        break;
+    }
+    return MHD_HTTP_INTERNAL_SERVER_ERROR;
+}
+
 bool is_json(const std::string& target) {
     const std::string path = target.substr(0, target.find('?'));
     constexpr std::size_t length = 5;
     return path.size() > length && path.compare(path.size() - length, length, ".json") == 0;
+}
+
+/// The value of the header field; null when it is missing.
+const char* header(MHD_Connection* connection, const char* name) {
+    return MHD_lookup_connection_value(connection, MHD_HEADER_KIND, name);
+}
+
+/// Whether a Content-Type is application/json, with or without parameters.
+bool is_json_type(const char* text) {
+    constexpr std::string_view wanted = "application/json";
+    if (strncasecmp(text, wanted.data(), wanted.size()) != 0) {
+        return false;
+    }
+    const char* rest = text + wanted.size();
+    rest += std::strspn(rest, " \t");
+    return *rest == '\0' || *rest == ';';
 }
 
 /// A document on its way. Read piece by piece here: what the library has for files waits for ever,
@@ -97,9 +138,7 @@ MHD_Result Answers::answer(MHD_Connection* connection, Request& request) {
 MHD_Result Answers::answer_document(MHD_Connection* connection, Request& request) {
     OpenedDocument document = documents.open(request.target);
     if (!document.file.is_open()) {
-        const unsigned int status =
-            document.is_missing ? MHD_HTTP_NOT_FOUND : MHD_HTTP_INTERNAL_SERVER_ERROR;
-        return refuse(connection, request, status, document.reason);
+        return refuse(connection, request, status_for(document.fault), document.reason);
     }
     const std::uint64_t size = document.size;
     auto transfer = std::make_unique<DocumentTransfer>(
@@ -116,6 +155,19 @@ MHD_Result Answers::answer_document(MHD_Connection* connection, Request& request
 }
 
 MHD_Result Answers::answer_report(MHD_Connection* connection, Request& request) {
+    // A browser sends a form or a text to any address without asking first; both name themselves.
+    if (header(connection, MHD_HTTP_HEADER_ORIGIN) != nullptr) {
+        return refuse(connection, request, MHD_HTTP_FORBIDDEN,
+                      "the header has an Origin: web pages may not send reports");
+    }
+    const char* type = header(connection, MHD_HTTP_HEADER_CONTENT_TYPE);
+    if (type != nullptr && !is_json_type(type)) {
+        return refuse(connection, request, MHD_HTTP_UNSUPPORTED_MEDIA_TYPE,
+                      "expected Content-Type: application/json, or none");
+    }
+    if (request.is_out_of_memory) {
+        return refuse_for_lack_of_memory(connection, request);
+    }
     if (request.body_bytes > largest_report) {
         return refuse(connection, request, MHD_HTTP_CONTENT_TOO_LARGE,
                       "the body is longer than " + std::to_string(largest_report) + " bytes");
@@ -124,8 +176,8 @@ MHD_Result Answers::answer_report(MHD_Connection* connection, Request& request) 
         const Event report = read_report(request.body);
         const Event& accessory = report["value"]["headset"];
         Event facts = Event::object();
-        for (const char* member : {"serialNumber", "model", "firmwareVersion"}) {
-            facts[member] = accessory.value(member, Event(""));
+        for (const char* member : accessory_facts) {
+            facts[member] = accessory.value(member, "");
         }
         tell({{"event", "report"},
               {"path", request.target},
@@ -133,6 +185,8 @@ MHD_Result Answers::answer_report(MHD_Connection* connection, Request& request) 
               {"accessory", facts},
               {"report", report}});
         ++reports_taken;
+    } catch (const std::bad_alloc&) {
+        return refuse_for_lack_of_memory(connection, request);
     } catch (const ReportRefusal& refusal) {
         return refuse(
             connection, request, MHD_HTTP_BAD_REQUEST, refusal.what(),

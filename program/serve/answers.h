@@ -20,8 +20,9 @@ inline constexpr std::size_t largest_report = 1024UL * 1024;
 struct Request {
     std::string target;  // as the client wrote it
     std::string client;
-    std::string method;  // empty until the header is complete
-    std::string body;    // of a report
+    std::string method;             // empty until the header is complete
+    std::string body;               // of a report
+    bool is_out_of_memory = false;  // its body could not be kept
     std::uint64_t body_bytes = 0;
     unsigned int status = 0;  // 0 without an answer
     std::uint64_t answer_bytes = 0;

@@ -2,42 +2,152 @@
 
 #pragma once
 
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <map>
+#include <mutex>
 #include <string>
 #include <sys/socket.h>
+#include <thread>
+#include <vector>
 
 #include "program/output.h"
+#include "program/serve/documents.h"
+#include "program/serve/request_header.h"
 
 namespace headsetmgmt::program {
 
-/// A client's address and port, such as "127.0.0.1:4711" or "[::1]:4711"; "unknown" for null.
-std::string client_name(const sockaddr* address);
+/// How long a connection may take for each of its parts.
+struct TimeLimits {
+    std::chrono::milliseconds header = std::chrono::seconds(10);
+    std::chrono::milliseconds body = std::chrono::seconds(30);
+    /// Without a byte of the body.
+    std::chrono::milliseconds body_pause = std::chrono::seconds(10);
+    /// Without a byte of the answer. Long: the system of a client that reads 2 KB/s may take 64 KiB
+    /// at a time.
+    std::chrono::milliseconds answer_pause = std::chrono::seconds(120);
+    /// A connection that is younger does not make room for others.
+    std::chrono::milliseconds grace = std::chrono::seconds(1);
+};
 
-/// Keeps a client from taking all connections, and tells, by the event "connection", of those that
-/// no request tells of. On the thread of the server that it belongs to.
+/// Takes connections and hands each one whose header is proper to an HTTP library. The header is
+/// read without removing it from the socket: the library reads it again. Answers an improper one
+/// itself: the library would take some of them for another request than the client, or a proxy,
+/// meant.
+///
+/// Keeps every connection within its time, also after it was handed over, and a client from taking
+/// all connections. When all are taken and a client waits, the slowest makes room. Reports what the
+/// library does not see: a "connection" that is refused or ends without a request, a "request" that
+/// is refused by its header or whose header does not arrive.
+///
+/// Made, started and stopped by one thread; has a thread of its own.
 class Connections {
 public:
-    struct Connection {
-        std::string client;
-        std::string host;  // the client without its port
-        bool has_request = false;
-    };
+    using Tell = std::function<void(const Event&)>;
+    /// Takes a connection over. The socket belongs to the callee, also when it fails.
+    /// False: it failed.
+    using HandOver = std::function<bool(int socket, const sockaddr* address, socklen_t length)>;
 
-    /// `teller` is borrowed.
-    explicit Connections(const std::function<void(const Event&)>& teller) : tell(teller) {}
+    /// `teller` is called on the connections' thread, and by `stop`; `on_proper_header` on the
+    /// connections' thread.
+    Connections(FileHandle listening_socket, const TimeLimits& time_limits, Tell teller,
+                HandOver on_proper_header);
+    ~Connections();
 
-    /// Whether the client may have one more; when not, tells that.
-    bool admit(const sockaddr* address) const;
+    Connections(const Connections&) = delete;
+    Connections& operator=(const Connections&) = delete;
 
-    Connection begin(const sockaddr* address);
+    /// The port that is listened on.
+    std::uint16_t port() const;
 
-    /// Tells of a connection that ends without having brought a request that could be read.
-    void end(const Connection& connection);
+    /// Takes connections from here on. Throws std::system_error.
+    void start();
+
+    /// Takes no more, and closes those that were not handed over. Does nothing the second time.
+    void stop();
+
+    // About those that were handed over, for their owner. Any thread.
+
+    /// The request has been read; its answer is on its way.
+    void begin_answer(int socket);
+    /// Why the connection was shut down here; empty when it was not.
+    std::string reason_of_shutdown(int socket);
+    /// The socket is about to be closed.
+    void forget(int socket);
 
 private:
-    const std::function<void(const Event&)>& tell;
-    std::map<std::string, unsigned int> open_by_host;
+    using Clock = std::chrono::steady_clock;
+    enum class Phase { header, refused, body, answer };
+
+    struct Connection {
+        Connection(FileHandle socket, const sockaddr_storage& from, socklen_t length);
+
+        FileHandle owned;  // not open any more when it is handed over
+        int fd;
+        sockaddr_storage address;
+        socklen_t address_length;
+        std::string client;  // for people
+        std::string host;
+        Phase phase = Phase::header;
+        Clock::time_point begin = Clock::now();
+        Clock::time_point phase_begin = begin;
+        std::uint64_t moved = 0;  // bytes
+        Clock::time_point last_move = begin;
+        std::string target;       // of a header that is not whole
+        std::size_t dropped = 0;  // bytes, after a refusal
+        std::string shutdown;     // why
+        short events = 0;         // that `poll` found
+    };
+    using Table = std::map<int, Connection>;  // by socket
+
+    /// A connection that is to be handed over.
+    struct Proper {
+        FileHandle socket;
+        sockaddr_storage address;
+        socklen_t address_length;
+    };
+
+    /// What a look at the table leaves to do without its lock.
+    struct Outcome {
+        std::vector<Proper> proper;
+        std::vector<Event> events;
+    };
+
+    void run();
+    void wait_for_events();
+    void look_at_all(Outcome& outcome);
+    void accept_waiting();
+    void report_refused(Outcome& outcome);
+    bool serve(Connection& connection, Outcome& outcome);
+    bool serve_header(Connection& connection, Outcome& outcome);
+    void refuse(Connection& connection, const RequestHeader& header, Outcome& outcome);
+    bool drop_input(Connection& connection);
+    std::string overdue(Connection& connection) const;
+    Table::iterator end(Table::iterator place, const std::string& reason, Outcome& outcome);
+    void make_room(Outcome& outcome);
+    void finish(Outcome& outcome);
+
+    FileHandle listener;
+    TimeLimits limits;
+    Tell tell;
+    HandOver hand_over;
+    FileHandle wake;  // an event for the thread, when there is less or nothing more to do
+    std::atomic<bool> stopping{false};
+    std::thread thread;
+
+    std::mutex table_mutex;
+    Table table;
+
+    // Of the thread alone.
+    std::vector<char> arrived;  // of a header
+    bool is_client_waiting = false;
+    Clock::time_point accept_from;  // when descriptors had run out
+    std::uint64_t refused = 0;      // connections, since the last event about them
+    Event refused_last;
+    Clock::time_point refused_reported;
 };
 
 }  // namespace headsetmgmt::program

@@ -1,4 +1,4 @@
-// The folder of documents that a server gives away.
+// The folder of documents that a server serves.
 
 #include "program/serve/documents.h"
 
@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <linux/openat2.h>
 #include <optional>
+#include <strings.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <system_error>
@@ -72,9 +73,11 @@ int open_beneath(int root, const char* path, int flags) {
     }
 }
 
-OpenedDocument not_opened(const std::string& reason, bool is_missing = true) {
+using Fault = OpenedDocument::Fault;
+
+OpenedDocument not_opened(const std::string& reason, Fault fault = Fault::missing) {
     OpenedDocument document;
-    document.is_missing = is_missing;
+    document.fault = fault;
     document.reason = reason;
     return document;
 }
@@ -86,15 +89,33 @@ OpenedDocument not_opened(int error) {
     case ENAMETOOLONG:
         return not_opened("no such document");
     case EXDEV:
-    case ELOOP:
         return not_opened("the path leads out of the documents folder");
+    case ELOOP:
+        return not_opened("the path has symbolic links that form a loop, or too many");
     case EACCES:
     case ENXIO:  // a socket
         return not_opened("the document cannot be read: " + std::generic_category().message(error));
     default:
-        return not_opened(
-            "the document could not be opened: " + std::generic_category().message(error), false);
+        return not_opened("the document could not be opened: " +
+                              std::generic_category().message(error),
+                          Fault::server);
     }
+}
+
+FileHandle open_folder(const std::string& path) {
+    return FileHandle(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+}
+
+/// The part of a request's target that names the document, with its percent escapes.
+std::string path_in(const std::string& target) {
+    std::string path = target.substr(0, target.find('?'));
+    constexpr const char* scheme = "http://";
+    constexpr std::size_t scheme_length = 7;
+    if (strncasecmp(path.c_str(), scheme, scheme_length) != 0) {
+        return path;
+    }
+    const std::size_t start = path.find('/', scheme_length);
+    return start == std::string::npos ? "/" : path.substr(start);
 }
 
 }  // namespace
@@ -109,13 +130,13 @@ int FileHandle::release() {
     return std::exchange(fd, -1);
 }
 
-Documents::Documents(const std::string& folder)
-    : root(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+Documents::Documents(std::string folder) : folder_path(std::move(folder)) {
+    const FileHandle root = open_folder(folder_path);
     if (!root.is_open()) {
         throw std::system_error(errno, std::generic_category());
     }
-    // What every later request needs is tried once, so that a kernel that lacks
-    // it is told of here.
+    // What every later request needs is tried once, so that a kernel that lacks it is reported
+    // here.
     const FileHandle probe(open_beneath(root.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!probe.is_open()) {
         throw std::system_error(errno, std::generic_category());
@@ -123,11 +144,14 @@ Documents::Documents(const std::string& folder)
 }
 
 OpenedDocument Documents::open(const std::string& target) const {
-    const std::optional<std::string> path = decoded(target.substr(0, target.find('?')));
+    const std::optional<std::string> path = decoded(path_in(target));
     if (!path) {
         return not_opened("the path has a percent escape that is none");
     }
-    if (path->empty() || path->front() != '/' || path->find('\0') != std::string::npos) {
+    if (path->find('\0') != std::string::npos) {
+        return not_opened("the path has a NUL character", Fault::path);
+    }
+    if (path->empty() || path->front() != '/') {
         return not_opened("the path is none of a document");
     }
     if (*path == "/") {
@@ -135,6 +159,12 @@ OpenedDocument Documents::open(const std::string& target) const {
     }
     if (climbs(*path)) {
         return not_opened("the path leads out of the documents folder");
+    }
+    const FileHandle root = open_folder(folder_path);
+    if (!root.is_open()) {
+        return not_opened("the documents folder cannot be opened: " +
+                              std::generic_category().message(errno),
+                          Fault::server);
     }
     // Opening must not wait for the other end of a pipe.
     FileHandle file(open_beneath(root.get(), path->c_str() + 1, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
@@ -151,7 +181,7 @@ OpenedDocument Documents::open(const std::string& target) const {
     if (!S_ISREG(facts.st_mode)) {
         return not_opened("no regular file");
     }
-    return {std::move(file), static_cast<std::uint64_t>(facts.st_size), false, {}};
+    return {std::move(file), static_cast<std::uint64_t>(facts.st_size), {}, {}};
 }
 
 }  // namespace headsetmgmt::program

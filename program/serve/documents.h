@@ -1,4 +1,4 @@
-// The folder of documents that a server gives away.
+// The folder of documents that a server serves.
 
 #pragma once
 
@@ -30,26 +30,32 @@ private:
 
 /// A document that is open for reading, or why it is not.
 struct OpenedDocument {
+    enum class Fault {
+        missing,  ///< there is none for the client, as far as it can know
+        path,     ///< the path is malformed
+        server,   ///< the folder or the system
+    };
+
     FileHandle file;
-    std::uint64_t size = 0;  ///< when it was opened
-    bool is_missing = true;  ///< when not open: there is none for the client, as
-                             ///< far as it can know
-    std::string reason;      ///< when not open, for people
+    std::uint64_t size = 0;        ///< when it was opened
+    Fault fault = Fault::missing;  ///< when not open
+    std::string reason;            ///< when not open, for people
 };
 
 /// Regular files of a folder, and below it. Any thread.
 class Documents {
 public:
-    /// Throws std::system_error when the folder cannot be opened.
-    explicit Documents(const std::string& folder);
+    /// Throws std::system_error when the folder cannot be opened. It is opened again for each
+    /// document: `folder` may be a symbolic link that is switched to another release meanwhile.
+    explicit Documents(std::string folder);
 
-    /// `target` is a request's: percent escapes are decoded, a query is ignored.
-    /// Nothing outside the folder is opened: no "..", and no symbolic link but a
+    /// `target` is a request's, "/a.json" or "http://host/a.json": percent escapes are decoded, a
+    /// query is ignored. Nothing outside the folder is opened: no "..", and no symbolic link but a
     /// relative one that stays inside.
     OpenedDocument open(const std::string& target) const;
 
 private:
-    FileHandle root;
+    std::string folder_path;
 };
 
 }  // namespace headsetmgmt::program

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <array>
 #include <stdexcept>
 #include <string>
 
@@ -20,10 +21,14 @@ public:
     std::string found;
 };
 
-/// The report that `body` holds. Throws ReportRefusal when it is no JSON, is
-/// nested deeper or has more members than a report could, or lacks one of
-/// "time", "key", "value", "value.host", "value.headset" with the type of each.
-/// Other members are taken as they are. Any thread.
+/// Members of "value.headset" that an accessory is known by: texts.
+inline constexpr std::array<const char*, 3> accessory_facts = {"serialNumber", "model",
+                                                               "firmwareVersion"};
+
+/// The report that `body` holds. Throws ReportRefusal when it is not JSON, is nested deeper or has
+/// more members or array elements than a report could, lacks one of "time", "key", "value",
+/// "value.host", "value.headset" with the type of each, or has an accessory's fact that is not a
+/// text. Other members are taken as they are. Any thread.
 Event read_report(const std::string& body);
 
 }  // namespace headsetmgmt::program

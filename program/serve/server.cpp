@@ -1,27 +1,37 @@
-// A small HTTP server for tests and shows: gives documents away, takes
+// A small HTTP server for tests and shows: serves documents, takes
 // inventory reports.
 
 #include "program/serve/server.h"
 
+#include <cerrno>
 #include <cstddef>
 #include <cstdlib>
 #include <exception>
 #include <memory>
+#include <new>
 #include <strings.h>
 #include <system_error>
 #include <utility>
 
+#include "program/serve/client_socket.h"
 #include "program/serve/listener.h"
 
 namespace headsetmgmt::program {
 
 namespace {
 
-constexpr unsigned int most_connections = 64;
+// More than the connections that are handed over: the library counts one a little longer.
+constexpr unsigned int most_connections = 128;
 constexpr std::size_t memory_of_a_connection = 32UL * 1024;
 // A client reads its answer only after it has sent its body, so some more is
 // read, and forgotten.
 constexpr std::size_t largest_body = 16 * largest_report;
+
+int socket_of(MHD_Connection* connection) {
+    const MHD_ConnectionInfo* info =
+        MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD);
+    return info == nullptr ? -1 : info->connect_fd;
+}
 
 /// Null when it is not known.
 const sockaddr* address_of(MHD_Connection* connection) {
@@ -44,20 +54,19 @@ bool waits_with_body(MHD_Connection* connection) {
     return text != nullptr && strcasecmp(text, "100-continue") == 0;
 }
 
-std::string ending(const Request& request, MHD_RequestTerminationCode how, unsigned int patience) {
+std::string ending(const Request& request, MHD_RequestTerminationCode how) {
     if (!request.error.empty()) {
         return request.error;
     }
     switch (how) {
     case MHD_REQUEST_TERMINATED_COMPLETED_OK:
         return "";
-    case MHD_REQUEST_TERMINATED_TIMEOUT_REACHED:
-        return "nothing moved for " + std::to_string(patience) + " s";
     case MHD_REQUEST_TERMINATED_DAEMON_SHUTDOWN:
         return "broken off: the server stops";
     case MHD_REQUEST_TERMINATED_READ_ERROR:
     case MHD_REQUEST_TERMINATED_CLIENT_ABORT:
         return "broken off by the client";
+    case MHD_REQUEST_TERMINATED_TIMEOUT_REACHED:  // not asked for
     case MHD_REQUEST_TERMINATED_WITH_ERROR:
         break;
     }
@@ -66,42 +75,29 @@ std::string ending(const Request& request, MHD_RequestTerminationCode how, unsig
                : "broken off during the answer";
 }
 
-// From here on: what the HTTP library calls. No exception may pass through it.
-
-MHD_Result on_connecting(void* connections, const sockaddr* address, socklen_t /*length*/) {
+void keep_body(Request& request, const char* bytes, std::size_t size) {
     try {
-        return static_cast<Connections*>(connections)->admit(address) ? MHD_YES : MHD_NO;
-    } catch (const std::exception& /*out of memory*/) {
-        return MHD_NO;
+        if (!request.is_out_of_memory) {
+            request.body.append(bytes, size);
+        }
+    } catch (const std::bad_alloc&) {
+        // Answered when the rest of it has been read: the client looks for an answer only then.
+        request.is_out_of_memory = true;
+        request.body = std::string();
     }
 }
 
-void on_connection(void* connections, MHD_Connection* connection, void** context,
+// From here on: what the HTTP library calls. No exception may pass through it.
+
+void on_connection(void* server, MHD_Connection* connection, void** /*context*/,
                    MHD_ConnectionNotificationCode what) {
-    auto* all = static_cast<Connections*>(connections);
-    try {
-        if (what == MHD_CONNECTION_NOTIFY_STARTED) {
-            *context = new Connections::Connection(all->begin(address_of(connection)));
-            return;
-        }
-        const std::unique_ptr<Connections::Connection> ended(
-            static_cast<Connections::Connection*>(*context));
-        *context = nullptr;
-        if (ended != nullptr) {
-            all->end(*ended);
-        }
-    } catch (const std::exception& /*out of memory*/) {
-        // The connection goes on untold.
+    if (what == MHD_CONNECTION_NOTIFY_CLOSED) {
+        static_cast<Server*>(server)->forget(connection);
     }
 }
 
 void* on_first_line(void* /*server*/, const char* target, MHD_Connection* connection) {
     try {
-        const MHD_ConnectionInfo* info =
-            MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT);
-        if (info != nullptr && info->socket_context != nullptr) {
-            static_cast<Connections::Connection*>(info->socket_context)->has_request = true;
-        }
         auto request = std::make_unique<Request>();
         request->target = target;
         request->client = client_name(address_of(connection));
@@ -126,12 +122,12 @@ MHD_Result on_request(void* server, MHD_Connection* connection, const char* /*de
     }
 }
 
-void on_completed(void* server, MHD_Connection* /*connection*/, void** context,
+void on_completed(void* server, MHD_Connection* connection, void** context,
                   MHD_RequestTerminationCode how) {
     const std::unique_ptr<Request> request(static_cast<Request*>(*context));
     *context = nullptr;
     if (request != nullptr) {
-        static_cast<Server*>(server)->complete(*request, how);
+        static_cast<Server*>(server)->complete(connection, *request, how);
     }
 }
 
@@ -148,10 +144,18 @@ Documents open_documents(const std::string& folder) {
 }  // namespace
 
 Server::Server(const ServerOptions& options, Tell teller)
-    : tell(std::move(teller)), answers(open_documents(options.documents), tell),
-      patience_seconds(options.patience_seconds) {
-    FileHandle listener = listen_on(options.address, options.port);
-    listening_port = port_of(listener);
+    : tell([this, teller = std::move(teller)](const Event& event) {
+          if (event["event"] == "request") {
+              ++requests;
+          }
+          teller(event);
+      }),
+      answers(open_documents(options.documents), tell),
+      connections(listen_on(options.address, options.port), options.limits, tell,
+                  [this](int socket, const sockaddr* address, socklen_t length) {
+                      return MHD_add_connection(daemon.get(), socket, address, length) == MHD_YES;
+                  }),
+      listening_port(connections.port()) {
     // Told before the first request can be: clients that connect now wait.
     tell({{"event", "listening"},
           {"address", options.address},
@@ -160,19 +164,21 @@ Server::Server(const ServerOptions& options, Tell teller)
     // With poll: the library's epoll does not hear of a client that closes right after it has sent.
     // clang-format off
     daemon.reset(MHD_start_daemon(
-        MHD_USE_POLL_INTERNAL_THREAD | MHD_USE_ITC, 0, on_connecting, &connections, on_request, this,
-        MHD_OPTION_LISTEN_SOCKET, listener.get(),
+        MHD_USE_POLL_INTERNAL_THREAD | MHD_USE_ITC | MHD_USE_NO_LISTEN_SOCKET, 0,
+        nullptr, nullptr, on_request, this,
         MHD_OPTION_URI_LOG_CALLBACK, on_first_line, this,
         MHD_OPTION_NOTIFY_COMPLETED, on_completed, this,
         MHD_OPTION_CONNECTION_LIMIT, most_connections,
-        MHD_OPTION_NOTIFY_CONNECTION, on_connection, &connections,
-        MHD_OPTION_CONNECTION_TIMEOUT, patience_seconds,
+        MHD_OPTION_NOTIFY_CONNECTION, on_connection, this,
         MHD_OPTION_CONNECTION_MEMORY_LIMIT, memory_of_a_connection,
         MHD_OPTION_END));
     // clang-format on
-    // From its start on the listener is the library's, failed or not.
-    listener.release();
-    if (daemon == nullptr) {
+    try {
+        if (daemon == nullptr) {
+            throw std::system_error(EAGAIN, std::generic_category());
+        }
+        connections.start();
+    } catch (const std::system_error& /*error*/) {
         throw ServerError(exit_failed, "the server could not be started: the system lacks memory, "
                                        "threads or file descriptors");
     }
@@ -186,6 +192,7 @@ void Server::stop() {
     if (daemon == nullptr) {
         return;
     }
+    connections.stop();
     daemon.reset();
     tell({{"event", "stopped"}, {"requests", requests.load()}, {"reports", answers.reports()}});
 }
@@ -201,12 +208,12 @@ MHD_Result Server::receive(MHD_Connection* connection, Request& request, const c
             (announced > largest_report && waits_with_body(connection))) {
             // Answered at once: what was announced counts for what was sent.
             request.body_bytes = announced;
-            return answers.answer(connection, request);
+            return answer(connection, request);
         }
         return MHD_YES;
     }
     if (*body_size == 0) {
-        return answers.answer(connection, request);
+        return answer(connection, request);
     }
     request.body_bytes += *body_size;
     if (request.body_bytes > largest_body) {
@@ -215,19 +222,28 @@ MHD_Result Server::receive(MHD_Connection* connection, Request& request, const c
         return MHD_NO;
     }
     if (request.method == MHD_HTTP_METHOD_POST && request.body_bytes <= largest_report) {
-        request.body.append(body, *body_size);
+        keep_body(request, body, *body_size);
     }
     *body_size = 0;
     return MHD_YES;
 }
 
-void Server::complete(const Request& request, MHD_RequestTerminationCode how) {
-    ++requests;
+MHD_Result Server::answer(MHD_Connection* connection, Request& request) {
+    connections.begin_answer(socket_of(connection));
+    return answers.answer(connection, request);
+}
+
+void Server::complete(MHD_Connection* connection, Request& request,
+                      MHD_RequestTerminationCode how) {
+    const std::string shutdown = connections.reason_of_shutdown(socket_of(connection));
+    if (how != MHD_REQUEST_TERMINATED_COMPLETED_OK && !shutdown.empty()) {
+        request.error = shutdown;
+    }
     Event event = {{"event", "request"},
                    {"method", request.method},
                    {"path", request.target},
                    {"status", request.status}};
-    const std::string error = ending(request, how, patience_seconds);
+    const std::string error = ending(request, how);
     if (error.empty()) {
         event["bytes"] = request.answer_bytes;
     } else {
@@ -239,6 +255,10 @@ void Server::complete(const Request& request, MHD_RequestTerminationCode how) {
         event["message"] = request.message;
     }
     tell(event);
+}
+
+void Server::forget(MHD_Connection* connection) {
+    connections.forget(socket_of(connection));
 }
 
 }  // namespace headsetmgmt::program

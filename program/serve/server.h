@@ -1,4 +1,4 @@
-// A small HTTP server for tests and shows: gives documents away, takes
+// A small HTTP server for tests and shows: serves documents, takes
 // inventory reports.
 
 #pragma once
@@ -20,25 +20,25 @@ namespace headsetmgmt::program {
 
 struct ServerOptions {
     std::string documents;
-    std::string address = "127.0.0.1";   ///< IPv4 or IPv6
-    std::uint16_t port = 0;              ///< 0: the system picks one
-    unsigned int patience_seconds = 10;  ///< a connection on which nothing moves is closed then
+    std::string address = "127.0.0.1";  ///< IPv4 or IPv6
+    std::uint16_t port = 0;             ///< 0: the system picks one
+    TimeLimits limits = {};
 };
 
 /// Answers GET and HEAD with the documents of a folder, and POST with what an
 /// inventory service says, on a thread of its own. Without encryption, without
 /// knowing who asks.
 ///
-/// Tells of itself by events: "listening" first, one "request" for every
-/// request whose first line could be read at its end, however it ends, a
-/// "report" for each report taken, a "connection" for one that is refused or
-/// ends without such a request, "stopped" last. What a client sends after its
-/// first request on a connection and cannot be read is not told.
+/// One request a connection: every header is looked at before the HTTP library reads it.
+///
+/// Reports by events: "listening" first, one "request" for every request whose first line could be
+/// read at its end, however it ends, a "report" for each report taken, a "connection" for those
+/// that are refused and for one that ends without such a request, "stopped" last.
 class Server {
 public:
     using Tell = std::function<void(const Event&)>;
 
-    /// Listens from here on. `teller` is called on the server's thread,
+    /// Listens from here on. `teller` is called on the server's threads, two at a time,
     /// "listening" and "stopped" on the caller's. Throws ServerError.
     Server(const ServerOptions& options, Tell teller);
     ~Server();
@@ -56,19 +56,21 @@ public:
     // What the HTTP library calls, on the server's thread.
     MHD_Result receive(MHD_Connection* connection, Request& request, const char* method,
                        const char* body, std::size_t* body_size);
-    void complete(const Request& request, MHD_RequestTerminationCode how);
+    void complete(MHD_Connection* connection, Request& request, MHD_RequestTerminationCode how);
+    void forget(MHD_Connection* connection);
 
 private:
     struct DaemonDeleter {
         void operator()(MHD_Daemon* stopped) const { MHD_stop_daemon(stopped); }
     };
 
+    MHD_Result answer(MHD_Connection* connection, Request& request);
+
+    std::atomic<std::uint64_t> requests{0};
     Tell tell;
     Answers answers;
-    Connections connections{tell};
-    unsigned int patience_seconds;
-    std::uint16_t listening_port = 0;
-    std::atomic<std::uint64_t> requests{0};
+    Connections connections;
+    std::uint16_t listening_port;
     std::unique_ptr<MHD_Daemon, DaemonDeleter> daemon;  // last: its thread uses all above
 };
 

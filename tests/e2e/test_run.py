@@ -294,10 +294,11 @@ def test_server_of_an_empty_folder_says_so(program, tmp_path):
 @pytest.mark.parametrize(
     "said, event, error",
     [
-        (b"x\r\n\r\n", "connection", "no request: nothing was sent, or its first line is "),
+        (b"x\r\n\r\n", "connection", "no request: the first line is malformed"),
+        (b"GET /goo", "connection", "no request: broken off by the client"),
         (b"GET /good.json HTTP/1.1\r\nHo", "request", "broken off "),
     ],
-    ids=["no-request", "half-a-request"],
+    ids=["no-request", "half-a-first-line", "half-a-request"],
 )
 def test_json_lines_of_a_server_that_hears_nonsense(
     said, event, error, program, documents, tmp_path

@@ -16,6 +16,7 @@
 #include <mutex>
 #include <netinet/in.h>
 #include <optional>
+#include <poll.h>
 #include <string>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -72,10 +73,14 @@ public:
         return found;
     }
 
-    std::vector<std::string> kinds() {
+    std::vector<Event> all() {
         const std::lock_guard<std::mutex> lock(events_mutex);
+        return events;
+    }
+
+    std::vector<std::string> kinds() {
         std::vector<std::string> result;
-        for (const Event& event : events) {
+        for (const Event& event : all()) {
             result.push_back(event["event"]);
         }
         return result;
@@ -99,7 +104,7 @@ inline std::size_t append(char* bytes, std::size_t size, std::size_t count, void
     return size * count;
 }
 
-/// Asks for `url`; with a body, by POST unless `method` says otherwise.
+/// Asks for `url`, with the method and the body, which is JSON unless `header` names another type.
 inline Answer ask(const std::string& url, const std::string& method = "GET",
                   const std::optional<std::string>& body = std::nullopt,
                   const char* header = nullptr) {
@@ -120,8 +125,14 @@ inline Answer ask(const std::string& url, const std::string& method = "GET",
     } else {
         curl_easy_setopt(curl.get(), CURLOPT_CUSTOMREQUEST, method.c_str());
     }
-    const std::unique_ptr<curl_slist, void (*)(curl_slist*)> headers(
-        header == nullptr ? nullptr : curl_slist_append(nullptr, header), curl_slist_free_all);
+    curl_slist* fields = nullptr;
+    if (header == nullptr || std::string(header).rfind("Content-Type", 0) != 0) {
+        fields = curl_slist_append(fields, "Content-Type: application/json");
+    }
+    if (header != nullptr) {
+        fields = curl_slist_append(fields, header);
+    }
+    const std::unique_ptr<curl_slist, void (*)(curl_slist*)> headers(fields, curl_slist_free_all);
     curl_easy_setopt(curl.get(), CURLOPT_HTTPHEADER, headers.get());
     curl_easy_setopt(curl.get(), CURLOPT_WRITEFUNCTION, append);
     curl_easy_setopt(curl.get(), CURLOPT_WRITEDATA, &answer.body);
@@ -135,7 +146,12 @@ inline Answer ask(const std::string& url, const std::string& method = "GET",
 /// A connection to the server on 127.0.0.1 on which `text` was sent; closed at its end.
 class RawClient {
 public:
-    RawClient(std::uint16_t port, const std::string& text) : fd(socket(AF_INET, SOCK_STREAM, 0)) {
+    /// `buffer` bytes wait at most to be read; 0: as many as the system likes.
+    RawClient(std::uint16_t port, const std::string& text, int buffer = 0)
+        : fd(socket(AF_INET, SOCK_STREAM, 0)) {
+        if (buffer != 0) {
+            EXPECT_EQ(setsockopt(fd, SOL_SOCKET, SO_RCVBUF, &buffer, sizeof buffer), 0);
+        }
         sockaddr_in address = {};
         address.sin_family = AF_INET;
         address.sin_port = htons(port);
@@ -147,6 +163,26 @@ public:
     ~RawClient() { close(fd); }
     RawClient(const RawClient&) = delete;
     RawClient& operator=(const RawClient&) = delete;
+
+    /// The answer, to the end of the connection.
+    std::string read_all() const {
+        std::string text;
+        for (std::string more = read_some(); !more.empty(); more = read_some()) {
+            text += more;
+        }
+        return text;
+    }
+
+    /// Nothing is said about whether the server has closed meanwhile.
+    void send_more(const std::string& text) const {
+        static_cast<void>(send(fd, text.data(), text.size(), MSG_NOSIGNAL));
+    }
+
+    /// Waits for the server to close or to answer, for so long.
+    bool is_closed_within(std::chrono::milliseconds time) const {
+        pollfd end = {fd, POLLIN | POLLRDHUP, 0};
+        return poll(&end, 1, static_cast<int>(time.count())) == 1;
+    }
 
     /// At least one byte of the answer; empty when the server closes.
     std::string read_some() const {
