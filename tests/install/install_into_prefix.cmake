@@ -47,6 +47,13 @@ expect_equal("${link}" "libheadsetmgmt.so.1")
 file(READ_SYMLINK ${prefix}/${libdir}/libheadsetmgmt.so.1 link)
 expect_equal("${link}" "libheadsetmgmt.so.1.0.0")
 
+# The system knows where libraries lie; a path in the library would be searched before.
+run(${readelf} --dynamic --wide ${prefix}/${libdir}/libheadsetmgmt.so)
+string(REGEX MATCH "soname: [^\n]*" soname "${output}")
+expect_equal("${soname}" "soname: [libheadsetmgmt.so.1]")
+string(REGEX MATCH "[(](RPATH|RUNPATH)[)][^\n]*" path "${output}")
+expect_equal("${path}" "")
+
 # A prefix may be moved, and a package is built on another machine: no file that other builds read
 # may name a folder of this one.
 file(GLOB_RECURSE descriptions ${prefix}/${libdir}/*.cmake ${prefix}/${libdir}/*.pc)
