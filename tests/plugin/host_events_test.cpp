@@ -7,6 +7,7 @@
 
 #include "plugin/phone_host.h"
 #include "plugin/phone_plugin_impl.h"
+#include "support/small_stack.h"
 
 namespace headsetmgmt::test_support {
 namespace {
@@ -31,6 +32,13 @@ std::string next_post_url(PhoneHost& host) {
     host.run_worker();
     const std::vector<HttpRequestCall> requests = fake_host().http_requests();
     return requests.size() == before + 1 ? requests.back().url : "not one request";
+}
+
+/// Attaches the headset, which may be known already, and answers its fetch.
+void configure_with(PhoneHost& host, const char* document) {
+    configure_headset(shared(headset_1()));
+    host.run_worker();
+    httpResponse(document, 200);
 }
 
 bool set_url(const char* config_url) {
@@ -204,6 +212,60 @@ TEST(HostEventsTest, Status200HandsTheBodyToTheSuccessOperation) {
                         "config retrieved from server in library");
     EXPECT_EQ(lines[2], "log 5 Lib::ConfigManagerImpl: clean_up_pending_config_requests: ENTER");
     EXPECT_EQ(lines[3], "log 5 Lib::ConfigManagerImpl: on_fetch_config_successExit");
+}
+
+TEST(HostEventsTest, TextsOfADocumentArriveByteByByte) {
+    PhoneHost host;
+    host.start_up();
+
+    configure_with(host,
+                   "{\"templateConfiguration\": {\"modelSpecificSettings\": [{"
+                   "\"models\": [\"K30\"], \"modelFirmware\": [{"
+                   "\"firmwareName\": \"../../k30\\n\x1b[2J\", \"firmwareVersion\": \"2-0-1\","
+                   "\"firmwareParams\": [{\"name\": \"\x1b]0;a\x07\\u0008\", \"usageId\": 34, "
+                   "\"value\": \"../\r\n\xff\", \"access\": \"Admin\"}]}]}]}}");
+
+    EXPECT_EQ(fake_host().applied_changes(),
+              (std::vector<ApplyChangesCall>{{"headset-1", "\x1b]0;a\x07\b", 34, "../\r\n\xff"}}));
+    EXPECT_EQ(fake_host().firmware_upgrades(),
+              (std::vector<FirmwareUpgradeCall>{{"headset-1", "2-0-1", "../../k30\n\x1b[2J"}}));
+}
+
+TEST(HostEventsTest, SettingsOfEveryDocumentAddUpUntilTheAccessoryIsRemoved) {
+    constexpr char document_with_equalizer[] = R"({"templateConfiguration": {
+        "modelSpecificSettings": [{"models": ["K30"], "modelFirmware": [
+            {"firmwareName": "k30.bin", "firmwareVersion": "Current", "firmwareParams": [
+                {"name": "Equalizer", "usageId": 35, "value": "flat", "access": "Admin"}]}]}]}})";
+    const ApplyChangesCall sidetone = {"headset-1", "Sidetone", 34, "2"};
+    const ApplyChangesCall equalizer = {"headset-1", "Equalizer", 35, "flat"};
+    PhoneHost host;
+    host.start_up();
+
+    configure_with(host, document_with_sidetone);
+    configure_with(host, document_with_equalizer);
+    remove_peripheral("headset-1");
+    configure_with(host, document_with_equalizer);
+
+    EXPECT_EQ(fake_host().applied_changes(),
+              (std::vector<ApplyChangesCall>{sidetone, sidetone, equalizer, equalizer}));
+}
+
+TEST(HostEventsTest, DocumentOf990LevelsIsTakenOnASmallStack) {
+    constexpr int levels = 986;  // and four around them
+    const std::string document = R"({"templateConfiguration": {"commonSettings": [{"value": )" +
+                                 std::string(levels, '[') + std::string(levels, ']') + R"(}],
+        "modelSpecificSettings": [{"models": ["K30"], "modelFirmware": [
+            {"firmwareName": "k30.bin", "firmwareVersion": "Current", "firmwareParams": [
+                {"name": "Sidetone", "usageId": 34, "value": 2, "access": "Admin"}]}]}]}})";
+    PhoneHost host;
+    host.start_up();
+    configure_headset(shared(headset_1()));
+    host.run_worker();
+
+    on_a_small_stack([&] { httpResponse(document.c_str(), 200); });
+
+    EXPECT_EQ(fake_host().applied_changes(),
+              (std::vector<ApplyChangesCall>{{"headset-1", "Sidetone", 34, "2"}}));
 }
 
 TEST(HostEventsTest, AnswersBeforeTheStartAreIgnored) {

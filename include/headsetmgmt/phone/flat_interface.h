@@ -96,7 +96,12 @@ HEADSETMGMT_EXPORT bool retrieve_config(const char* device_id, CONFIG_SETTING_US
 /// most 100 requests are queued; a failure beyond that adds none.
 ///
 /// The document is read and applied before this returns, on the calling thread: it needs 112 KiB of
-/// stack beside what the host functions take that it calls.
+/// stack beside what the host functions take that it calls. Most documents take 6 KiB of it; one
+/// that is nested 990 levels deep takes 97.
+///
+/// Settings add up: an accessory keeps those of earlier documents, and is sent all of them after
+/// each, until it is removed, comes back as another model, or the library is stopped. The library
+/// has no limit for them: 40 documents of 3.5 MB, each with usage ids of its own, held 0.9 GB.
 HEADSETMGMT_EXPORT void httpResponse(const char* body, int status);
 
 /// Sends all settings of an accessory to it again, the user's included. False when the accessory is

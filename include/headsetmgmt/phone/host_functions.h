@@ -10,6 +10,11 @@
 // function should return soon: stopping the library waits for the one that is running. It must not
 // end or cancel its thread, nor unload the library. The worker thread has a stack of the system's
 // default size.
+//
+// The texts of a document arrive as they stand there: names, values and names of images may hold
+// any bytes but NUL, such as line feeds, ESC or "../", and be of any length, such as 100 MB; so may
+// log lines. Only the version of an upgrade is made of letters, digits and hyphens alone, but as
+// long as the document has it. Check a text before you show it, store it or use it in a path.
 
 #pragma once
 
