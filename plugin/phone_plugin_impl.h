@@ -63,8 +63,8 @@ public:
     /// Makes everything that the core needs, and fills the plug-in record with it.
     void init_plugins();
 
-    /// Asks the worker, if there is one, to leave after the task that it is in. Nobody waits for it,
-    /// then or later.
+    /// Asks the worker, if there is one, to leave after the task that it is in. Nobody waits for
+    /// it, then or later.
     void dismiss_worker();
 
     // Events (host_events.cpp). A null text counts as empty.

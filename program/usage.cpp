@@ -70,12 +70,12 @@ CLI::Validator decimal_number(const std::string& expected, double smallest, doub
     return number(expected, smallest, largest);
 }
 
-void tell_usage_error(const std::string& who, const std::string& refusal, bool as_json) {
-    const std::string message = with_masked_passwords(refusal);
+void tell_usage_error(const std::string& who, const std::string& message, bool as_json) {
+    const std::string shown = with_masked_passwords(message);
     if (as_json) {
-        Output(true, nullptr).tell({{"event", "error"}, {"message", message}});
+        Output(true, nullptr).tell({{"event", "error"}, {"message", shown}});
     } else {
-        std::fprintf(stderr, "%s: %s\n", who.c_str(), escaped(message).c_str());
+        std::fprintf(stderr, "%s: %s\n", who.c_str(), escaped(shown).c_str());
     }
 }
 
