@@ -216,11 +216,11 @@ void print_accessory() {
     print("inventory report", report_records, kept_for_report);
 
     print_heading("heap blocks for an attach, a fetch and a remove");
-    print("all", allocations_of(attach), 68);
+    print("all", allocations_of(attach), 67);
     print("its log lines, as string streams", allocations_of([&] { attach_lines.write(); }));
     const auto record_with_long_id = headset("usb-0000:00:14.0-2.1-f055-1-0-VK20-4");
     print("all, with an id of 36 characters",
-          allocations_of([&] { attach_record(record_with_long_id); }), 80);
+          allocations_of([&] { attach_record(record_with_long_id); }), 79);
     print_heading("heap blocks for an inventory report");
     print("all", allocations_of(report), 123);
     print("its tree built and printed bare", allocations_of([] { print_report(); }));

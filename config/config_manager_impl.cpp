@@ -44,7 +44,10 @@ ConfigManagerImpl::RegistryHold::RegistryHold(ConfigManagerImpl& manager) : owne
 
 ConfigManagerImpl::RegistryHold::~RegistryHold() {
     if (owner.holds == 1) {
-        for (ConfigInterface* config : std::exchange(owner.removed, {})) {
+        // One by one: the list keeps its room, and what an object's end removes is deleted, too.
+        while (!owner.removed.empty()) {
+            ConfigInterface* config = owner.removed.back();
+            owner.removed.pop_back();
             delete_config(config);
         }
     }
