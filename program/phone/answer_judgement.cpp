@@ -11,18 +11,18 @@ namespace headsetmgmt::program {
 
 namespace {
 
+bool begins_with(const std::string& text, std::string_view beginning) {
+    return text.compare(0, beginning.size(), beginning) == 0;
+}
+
 /// The line without the component's name; empty when the line is not of a configuration object.
 std::string of_config_object(const std::string& line) {
-    for (const std::string component : {"HeadsetConfigImpl: ", "CameraConfigImpl: "}) {
-        if (line.compare(0, component.size(), component) == 0) {
+    for (const std::string_view component : {"HeadsetConfigImpl: ", "CameraConfigImpl: "}) {
+        if (begins_with(line, component)) {
             return line.substr(component.size());
         }
     }
     return {};
-}
-
-bool begins_with(const std::string& text, std::string_view beginning) {
-    return text.compare(0, beginning.size(), beginning) == 0;
 }
 
 /// What follows `beginning`; none when the text begins otherwise.
@@ -137,22 +137,35 @@ void AnswerJudgement::on_fault(const std::string& message) {
         if (!name) {
             continue;
         }
-        // The entry is searched for when the common settings are done.
-        const std::string list = turn.search ? "firmwareParams" : "commonSettings";
-        // Every accessory reads the same common settings: of alike ones, the second that it passes
-        // over is the second that another did. No line has a NUL, so this separates.
-        std::string key = list + '\0' + *name + '\0' + fault.reason;
-        if (turn.search) {
-            key += '\0' + turn.model;
-        }
-        const int number = ++turn.faults[key];
-        const auto place = unread_places.emplace(std::pair(key, number), unread.size());
-        if (place.second) {
-            unread.push_back({list, *name, fault.reason, {}});
-        }
-        unread[place.first->second].models.push_back(turn.model);
+        pass_over(*name, fault.reason);
         return;
     }
+}
+
+void AnswerJudgement::pass_over(const std::string& name, const char* reason) {
+    constexpr std::size_t enough = 100;
+    // The entry is searched for when the common settings are done.
+    const std::string list = turn.search ? "firmwareParams" : "commonSettings";
+    // Every accessory reads the same common settings: the second that it passes over is the second
+    // that another did.
+    FaultyList& faulty = faulty_lists[{list, turn.search ? turn.model : ""}];
+    std::size_t& number = turn.search ? turn.firmware_faults : turn.common_faults;
+    if (number == faulty.count) {
+        ++faulty.count;
+        ++unread_count;
+        if (unread.size() < enough) {
+            faulty.places.push_back(unread.size());
+            unread.push_back({list, name, reason, 0, {}});
+        }
+    }
+    if (number < faulty.places.size()) {
+        PassedOverSetting& setting = unread[faulty.places[number]];
+        ++setting.accessories;
+        if (setting.models.size() < enough) {
+            setting.models.push_back(turn.model);
+        }
+    }
+    ++number;
 }
 
 void AnswerJudgement::keep_unsent(const std::string& reason) {

@@ -32,8 +32,9 @@ struct PassedOverSetting {
     std::string list;  ///< "commonSettings" or "firmwareParams"
     std::string name;  ///< empty when it has none
     std::string reason;
-    std::vector<std::string> models;  ///< of each accessory that lacks it; one of "firmwareParams"
-                                      ///< is for one model
+    std::size_t accessories = 0;      ///< that lack it
+    std::vector<std::string> models;  ///< of the first hundred of them; one of "firmwareParams" is
+                                      ///< for one model
 };
 
 /// Settings that an accessory's object keeps, none of which was sent to the device.
@@ -64,8 +65,12 @@ public:
     /// What was decided on the firmware, once for each accessory that got so far.
     const std::vector<FirmwareDecision>& firmware_decisions() const { return decisions; }
 
-    /// Settings that could not be read; one of the common settings once, whoever lacks it.
+    /// The first hundred settings that could not be read; one of the common settings once, whoever
+    /// lacks it. A document has room for millions.
     const std::vector<PassedOverSetting>& passed_over() const { return unread; }
+
+    /// How many could not be read.
+    std::size_t passed_over_count() const { return unread_count; }
 
     /// Settings that were kept but not sent.
     const std::vector<UnsentSettings>& unsent() const { return kept; }
@@ -88,7 +93,8 @@ private:
         std::string reason;            // why it may fail
         std::optional<Search> search;  // the latest
         // Settings.
-        std::map<std::string, int> faults;  // how often each was told
+        std::size_t common_faults = 0;
+        std::size_t firmware_faults = 0;
         long kept_count = 0;
         // Firmware.
         std::string firmware_entries;
@@ -97,10 +103,17 @@ private:
         bool is_spelling_refused = false;
     };
 
+    /// The settings of one list that could not be read.
+    struct FaultyList {
+        std::size_t count = 0;
+        std::vector<std::size_t> places;  // of the first of them in `unread`
+    };
+
     bool on_manager_line(const std::string& line);
     void on_document_line(const std::string& message);
     bool on_settings_line(const std::string& message);
     void on_fault(const std::string& message);
+    void pass_over(const std::string& name, const char* reason);
     bool on_search_line(const std::string& message);
     bool on_firmware_line(const std::string& message);
     bool on_decision_line(const std::string& message);
@@ -117,7 +130,8 @@ private:
     std::vector<DocumentFailure> failed;
     std::vector<FirmwareDecision> decisions;
     std::vector<PassedOverSetting> unread;
-    std::map<std::pair<std::string, int>, std::size_t> unread_places;  // by fault and its number
+    std::size_t unread_count = 0;
+    std::map<std::pair<std::string, std::string>, FaultyList> faulty_lists;  // by list and model
     std::vector<UnsentSettings> kept;
     std::string parse_reason;  // the same for every accessory, and costly
 };

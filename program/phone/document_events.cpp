@@ -100,6 +100,7 @@ void tell_passed_over(Event& event, const PassedOverSetting& setting, const Mode
         whose.push_back(std::move(accessory));
     }
     told["accessories"] = std::move(whose);
+    told["lackedBy"] = setting.accessories;
     event["passedOver"].push_back(std::move(told));
 }
 
@@ -138,6 +139,9 @@ Event document_event(const AnswerJudgement& judged, const Accessories& accessori
     }
     for (const UnsentSettings& unsent : judged.unsent()) {
         tell_unsent(told, unsent, models);
+    }
+    if (judged.passed_over_count() != 0) {
+        told["settingsPassedOver"] = judged.passed_over_count();
     }
     for (const PassedOverSetting& setting : judged.passed_over()) {
         tell_passed_over(told, setting, models);

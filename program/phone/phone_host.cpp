@@ -326,7 +326,7 @@ void PhoneHost::deliver_once(const std::string& document) {
     const int failed = static_cast<int>(judged.failures().size());
     tally.configured += judged.taken();
     tally.not_configured += failed;
-    tally.passed_over += static_cast<int>(judged.passed_over().size());
+    tally.passed_over += judged.passed_over_count();
     if (failed != 0) {
         tally.note_reason(std::to_string(failed) + " of " +
                           std::to_string(judged.taken() + failed) +

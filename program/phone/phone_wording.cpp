@@ -130,15 +130,15 @@ std::string passed_over(const Event& setting) {
     return text + (is_of_a_model ? " of " + said(accessories->front(), "model") + ")" : ")");
 }
 
-/// The first of them, a line each: who needs all has them in JSON.
-std::string passed_over_settings(const Event& settings) {
+/// The first of them, a line each, and how many more there are: JSON has some more of them.
+std::string passed_over_settings(const Event& settings, std::size_t count) {
     constexpr std::size_t enough = 20;
     std::string text;
     for (std::size_t i = 0; i < std::min(enough, settings.size()); ++i) {
         text += "\n  " + passed_over(settings[i]);
     }
-    if (settings.size() > enough) {
-        text += "\n  and " + std::to_string(settings.size() - enough) + " more passed over";
+    if (count > enough) {
+        text += "\n  and " + std::to_string(count - enough) + " more passed over";
     }
     return text;
 }
@@ -157,7 +157,8 @@ std::string document(const Event& event) {
     }
     const auto settings_passed_over = event.find("passedOver");
     if (settings_passed_over != event.end()) {
-        text += passed_over_settings(*settings_passed_over);
+        text += passed_over_settings(*settings_passed_over,
+                                     event.value("settingsPassedOver", std::size_t{0}));
     }
     return text;
 }

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -14,7 +15,7 @@ struct RunTally {
     int attached = 0;
     int configured = 0;
     int not_configured = 0;
-    int passed_over = 0;  ///< settings that could not be read, of each document
+    std::size_t passed_over = 0;  ///< settings that could not be read, of each document
     int reports_wanted = 0;
     int reports_accepted = 0;
     int reports_failed = 0;

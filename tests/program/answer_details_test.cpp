@@ -123,6 +123,36 @@ TEST(AnswerDetails, FirmwareSettingsOfTwoModelsAreTwo) {
     EXPECT_EQ((Texts{"N"}), judged.passed_over()[1].models);
 }
 
+TEST(AnswerDetails, SettingsPassedOverBeyondAHundredAreCounted) {
+    const Texts fault = {"save_config_to_map[KORM-ERR]: Null Value for param B"};
+    Texts faults;
+    for (int i = 0; i < 150; ++i) {
+        faults = faults + fault;
+    }
+    const AnswerJudgement judged =
+        judge(beginning("M") + faults + comparisons("M", {"M"}) + fault +
+              Texts{"update_from_server: success"} + beginning("N") + faults);
+
+    EXPECT_EQ(151U, judged.passed_over_count());
+    ASSERT_EQ(100U, judged.passed_over().size());
+    EXPECT_EQ((Texts{"M", "N"}), judged.passed_over()[99].models);
+}
+
+TEST(AnswerDetails, AccessoriesThatLackASettingBeyondAHundredAreCounted) {
+    Texts lines;
+    for (int i = 0; i < 150; ++i) {
+        lines = lines + beginning("M") +
+                Texts{"save_config_to_map[KORM-ERR]: Null Value for param B",
+                      "update_from_server: success"};
+    }
+    const AnswerJudgement judged = judge(lines);
+
+    EXPECT_EQ(1U, judged.passed_over_count());
+    ASSERT_EQ(1U, judged.passed_over().size());
+    EXPECT_EQ(150U, judged.passed_over()[0].accessories);
+    EXPECT_EQ(100U, judged.passed_over()[0].models.size());
+}
+
 TEST(AnswerDetails, SettingsWithoutAnEntryAreKeptButNotSent) {
     const AnswerJudgement judged =
         judge(beginning("M") + Texts{"save_config_to_map: Saved 3 settings. current map size: 12"} +

@@ -131,13 +131,16 @@ TEST(DocumentEvents, PassedOverAndUnsentSettingsHaveTheirAccessories) {
                {"id", "desk"},
                {"settings", 2},
                {"reason", "the first entry of its modelFirmware has no firmwareParams"}}})},
+        {"settingsPassedOver", 2},
         {"passedOver", Event::array({{{"list", "commonSettings"},
                                       {"name", "T"},
                                       {"reason", "its value is missing or null"},
-                                      {"accessories", Event::array({desk})}},
+                                      {"accessories", Event::array({desk})},
+                                      {"lackedBy", 1}},
                                      {{"list", "commonSettings"},
                                       {"reason", "its name is missing, empty or no text"},
-                                      {"accessories", Event::array({desk})}}})}};
+                                      {"accessories", Event::array({desk})},
+                                      {"lackedBy", 1}}})}};
 
     EXPECT_EQ(expected, document_event(judged, {k20}));
 }

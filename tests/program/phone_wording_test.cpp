@@ -1,5 +1,6 @@
 // Tests of what a phone's events are called in words.
 
+#include <algorithm>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -189,8 +190,9 @@ TEST(PhoneWording, DocumentWithSettingsThatReachedNoDevice) {
 
 /// A document of which settings named T1, T2 and so on were passed over.
 Event document_with_passed_over(int count) {
-    Event document = {{"event", "document"}, {"taken", 1}, {"failed", 0}};
-    for (int i = 1; i <= count; ++i) {
+    Event document = {
+        {"event", "document"}, {"taken", 1}, {"failed", 0}, {"settingsPassedOver", count}};
+    for (int i = 1; i <= std::min(count, 100); ++i) {
         document["passedOver"].push_back({{"list", "commonSettings"},
                                           {"name", "T" + std::to_string(i)},
                                           {"reason", "no reason"}});
@@ -227,6 +229,8 @@ TEST(PhoneWording, TwentySettingsThatWerePassedOverAreAllTold) {
 TEST(PhoneWording, SettingsPassedOverBeyondTwentyAreCounted) {
     EXPECT_EQ(std::string(twenty_passed_over) + "\n  and 3 more passed over",
               phone_event_in_words(document_with_passed_over(23)));
+    EXPECT_EQ(std::string(twenty_passed_over) + "\n  and 2096980 more passed over",
+              phone_event_in_words(document_with_passed_over(2097000)));
 }
 
 TEST(PhoneWording, DocumentThatWasDropped) {

@@ -1,0 +1,64 @@
+"""Documents as large as the program takes: what they cost."""
+
+import json
+import os
+import subprocess
+
+import pytest
+
+from servers import Serve
+
+SIZE = 4 * 1024 * 1024  # the largest answer
+
+
+def write_document(folder, setting):
+    """A document of the largest size with as many common settings of that text as it takes."""
+    document = {
+        "templateConfiguration": {
+            "commonSettings": ["HERE"],
+            "modelSpecificSettings": [
+                {
+                    "models": ["Varos"],
+                    "modelFirmware": [{"firmwareName": "a.img", "firmwareVersion": "2-1-0"}],
+                }
+            ],
+        }
+    }
+    text = json.dumps(document)
+    count = (SIZE - len(text)) // (len(setting) + 1)
+    (folder / "large.json").write_text(text.replace('"HERE"', ",".join([setting] * count)))
+    return count
+
+
+def arguments_for(server, accessories):
+    arguments = ["--config-url", f"{server.url}/large.json"]
+    for i in range(accessories):
+        facts = f"id={i},type=headset,vendorId=61525,model=Varos,softwareVersion=2-0-4"
+        arguments += ["--accessory", facts]
+    return arguments
+
+
+@pytest.mark.parametrize("json_lines", [True, False], ids=["json", "words"])
+def test_faulty_settings_take_memory_and_output_within_bounds(
+    json_lines, program, tmp_path, slowness
+):
+    count = write_document(tmp_path, '{"name": "Sidetone"}')
+    with Serve(program, tmp_path, tmp_path) as server:
+        arguments = [*arguments_for(server, 3), *(["--json"] if json_lines else [])]
+        process = subprocess.Popen([program, "phone", *arguments], stdout=subprocess.PIPE)
+        with process.stdout as output:
+            text = output.read().decode("ascii")
+        _, status, usage = os.wait4(process.pid, 0)
+        process.returncode = os.waitstatus_to_exitcode(status)
+    if json_lines:
+        events = [json.loads(line) for line in text.splitlines()]
+        told = next(event for event in events if event["event"] == "document")
+        assert told["settingsPassedOver"] == count
+        assert len(told["passedOver"]) == 100
+        assert events[-1]["settingsPassedOver"] == count
+    else:
+        assert f"  and {count - 20} more passed over\n" in text
+        assert f"done: 3 of 3 configured ({count} settings passed over)" in text
+    assert len(text) < 100000
+    assert usage.ru_maxrss * 1024 < 20 * SIZE * slowness
+    assert process.returncode == 0
