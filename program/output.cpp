@@ -44,13 +44,21 @@ std::size_t utf8_length(const std::string& text, std::size_t place) {
     return length;
 }
 
-/// Whether the character at `place` moves a terminal's cursor or worse.
-bool is_control(const std::string& text, std::size_t place, std::size_t length) {
-    const auto first = static_cast<unsigned char>(text[place]);
-    if (length == 1) {
-        return first < 0x20 || first == 0x7f;
+/// The number of the UTF-8 character of that many bytes at `place`.
+unsigned int code_point(const std::string& text, std::size_t place, std::size_t length) {
+    constexpr std::array<unsigned int, 5> bits_of_first = {0, 0x7f, 0x1f, 0x0f, 0x07};
+    unsigned int result = static_cast<unsigned char>(text[place]) & bits_of_first[length];
+    for (std::size_t i = 1; i < length; ++i) {
+        result = result << 6U | (static_cast<unsigned char>(text[place + i]) & 0x3fU);
     }
-    return length == 2 && first == 0xc2 && static_cast<unsigned char>(text[place + 1]) < 0xa0;
+    return result;
+}
+
+/// `number` in that many hexadecimal digits.
+std::string in_hexadecimal(unsigned int number, int digits) {
+    std::array<char, 16> text = {};
+    std::snprintf(text.data(), text.size(), "%0*x", digits, number);
+    return text.data();
 }
 
 /// Writes to standard output and leaves nothing in its buffer; 0 or the number of the error.
@@ -75,26 +83,24 @@ std::string escaped(const std::string& text) {
     std::string result;
     std::size_t place = 0;
     while (place < text.size()) {
+        const auto byte = static_cast<unsigned char>(text[place]);
         const std::size_t length = utf8_length(text, place);
-        if (length != 0 && !is_control(text, place, length) && text[place] != '\\') {
-            result.append(text, place, length);
-            place += length;
-        } else if (text[place] == '\n') {
+        if (length > 1) {
+            const unsigned int character = code_point(text, place, length);
+            result += character <= 0xffff ? "\\u" + in_hexadecimal(character, 4)
+                                          : "\\U" + in_hexadecimal(character, 8);
+        } else if (byte == '\n') {
             result += "\\n";
-            ++place;
-        } else if (text[place] == '\t') {
+        } else if (byte == '\t') {
             result += "\\t";
-            ++place;
-        } else if (text[place] == '\\') {
+        } else if (byte == '\\') {
             result += "\\\\";
-            ++place;
+        } else if (byte < 0x20 || byte >= 0x7f) {
+            result += "\\x" + in_hexadecimal(byte, 2);
         } else {
-            std::array<char, 8> hex = {};
-            std::snprintf(hex.data(), hex.size(), "\\x%02x",
-                          static_cast<unsigned int>(static_cast<unsigned char>(text[place])));
-            result += hex.data();
-            ++place;
+            result += text[place];
         }
+        place += length > 1 ? length : 1;
     }
     return result;
 }
@@ -114,8 +120,8 @@ void Output::tell(const Event& event) {
     if (as_json) {
         Event object = {{"format", output_format}};
         object.update(event);
-        // Texts may come from a server or a device: bytes that are no UTF-8 are replaced.
-        line = object.dump(-1, ' ', false, Event::error_handler_t::replace);
+        // Texts may come from a server or a device: bytes that are not UTF-8 are replaced.
+        line = object.dump(-1, ' ', true, Event::error_handler_t::replace);
     } else {
         line = in_words(event);
     }

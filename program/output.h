@@ -15,8 +15,8 @@ using Event = nlohmann::ordered_json;
 /// Version of the JSON lines: every object carries it as "format".
 inline constexpr int output_format = 1;
 
-/// `text` with control characters, and bytes that are no UTF-8, written as \n, \t or \x1b, and a
-/// backslash as two.
+/// `text` in printable ASCII. A character beyond is written as \u009b or \U0001f3a7, a control
+/// character as \n, \t or \x1b, a byte that is not UTF-8 as \xff, a backslash as two.
 std::string escaped(const std::string& text);
 
 /// Writes `text` to standard output, as it is. When it cannot be written, standard error says so,

@@ -45,15 +45,21 @@ TEST(Escaped, NulIsANumberAndNotTheEnd) {
     EXPECT_EQ("a\\x00b", escaped(std::string("a\0b", 3)));
 }
 
-TEST(Escaped, Utf8StaysAsItIs) {
-    EXPECT_EQ("M\xc3\xbcller \xe2\x82\xac \xf0\x9f\x8e\xa7",
-              escaped("M\xc3\xbcller \xe2\x82\xac \xf0\x9f\x8e\xa7"));
+TEST(Escaped, CharactersBeyondAsciiAreTheirNumbers) {
+    EXPECT_EQ("M\\u00fcller \\u20ac \\uffff \\U0001f3a7 \\U0010ffff",
+              escaped("M\xc3\xbcller \xe2\x82\xac \xef\xbf\xbf \xf0\x9f\x8e\xa7 \xf4\x8f\xbf\xbf"));
+}
+
+// They end lines, or turn the direction of what follows.
+TEST(Escaped, SeparatorsAndMarksOfDirectionAreTheirNumbers) {
+    EXPECT_EQ("\\u2028\\u2029\\u202e\\u2066\\ufeff",
+              escaped("\xe2\x80\xa8\xe2\x80\xa9\xe2\x80\xae\xe2\x81\xa6\xef\xbb\xbf"));
 }
 
 TEST(Escaped, BytesThatAreNoUtf8AreNumbers) {
     EXPECT_EQ("a\\xffz", escaped("a\xffz"));
     EXPECT_EQ("a\\xc3", escaped("a\xc3"));
-    EXPECT_EQ("\\xe2\\x82 \xc3\xbc", escaped("\xe2\x82 \xc3\xbc"));
+    EXPECT_EQ("\\xe2\\x82 \\u00fc", escaped("\xe2\x82 \xc3\xbc"));
 }
 
 TEST(Escaped, OverlongFormsAndHalvesOfPairsAreNoUtf8) {
@@ -62,13 +68,12 @@ TEST(Escaped, OverlongFormsAndHalvesOfPairsAreNoUtf8) {
     EXPECT_EQ("\\xf0\\x8f\\xbf\\xbf", escaped("\xf0\x8f\xbf\xbf"));
     EXPECT_EQ("\\xed\\xa0\\x80", escaped("\xed\xa0\x80"));
     EXPECT_EQ("\\xf4\\x90\\x80\\x80", escaped("\xf4\x90\x80\x80"));
-    EXPECT_EQ("\xf4\x8f\xbf\xbf", escaped("\xf4\x8f\xbf\xbf"));
 }
 
 // U+009B begins a command to the terminal as ESC [ does.
-TEST(Escaped, ControlCharactersBeyondAsciiAreNumbers) {
-    EXPECT_EQ("\\xc2\\x9b31m\\xc2\\x80\\xc2\\x9f\xc2\xa0", escaped("\xc2\x9b"
-                                                                   "31m\xc2\x80\xc2\x9f\xc2\xa0"));
+TEST(Escaped, ControlCharactersBeyondAsciiAreTheirNumbers) {
+    EXPECT_EQ("\\u009b31m\\u0080\\u009f\\u00a0", escaped("\xc2\x9b"
+                                                         "31m\xc2\x80\xc2\x9f\xc2\xa0"));
 }
 
 TEST(Output, WordsAreASentenceALine) {
@@ -94,8 +99,18 @@ TEST(Output, JsonLineStaysOneLineWhateverATextHolds) {
 TEST(Output, BytesThatAreNoUtf8AreReplacedInJson) {
     Output output(true, kind_in_words);
 
-    EXPECT_EQ("{\"format\":1,\"event\":\"log\",\"text\":\"a\xef\xbf\xbdz \xc3\xbc\"}\n",
-              told(output, {{"event", "log"}, {"text", "a\xffz \xc3\xbc"}}));
+    EXPECT_EQ("{\"format\":1,\"event\":\"log\",\"text\":\"a\\ufffdz\"}\n",
+              told(output, {{"event", "log"}, {"text", "a\xffz"}}));
+}
+
+TEST(Output, JsonIsPrintableAscii) {
+    Output output(true, kind_in_words);
+
+    EXPECT_EQ("{\"format\":1,\"event\":\"log\",\"text\":"
+              "\"\\u007f\\u009b\\u00fc\\u2028\\u202e\\ud83c\\udfa7\"}\n",
+              told(output, {{"event", "log"},
+                            {"text", "\x7f\xc2\x9b\xc3\xbc\xe2\x80\xa8\xe2\x80\xae"
+                                     "\xf0\x9f\x8e\xa7"}}));
 }
 
 TEST(Output, EachEventIsALineOfItsOwn) {
