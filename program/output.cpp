@@ -6,7 +6,10 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdio>
+#include <poll.h>
+#include <sys/uio.h>
 #include <system_error>
+#include <unistd.h>
 #include <utility>
 
 #include "program/exit_codes.h"
@@ -72,9 +75,25 @@ bool is_loss(int error) {
     return error != 0 && error != EPIPE;
 }
 
+std::string json_line(const Event& event) {
+    Event object = {{"format", output_format}};
+    object.update(event);
+    // Texts may come from a server or a device: bytes that are not UTF-8 are replaced.
+    return object.dump(-1, ' ', true, Event::error_handler_t::replace) + '\n';
+}
+
+std::string lines_of_output(std::size_t count) {
+    return std::to_string(count) + (count == 1 ? " line" : " lines") + " of output";
+}
+
 void tell_loss(int error) {
-    std::fprintf(stderr, "headsetmgmt: standard output cannot be written: %s\n",
-                 std::generic_category().message(error).c_str());
+    complain("standard output cannot be written: " + std::generic_category().message(error));
+}
+
+/// The line that stands where lines are missing.
+std::string loss_line(bool as_json, std::size_t count) {
+    return as_json ? json_line({{"event", "lost"}, {"lines", count}})
+                   : "lost here: " + lines_of_output(count) + ", for nobody read them\n";
 }
 
 }  // namespace
@@ -105,6 +124,19 @@ std::string escaped(const std::string& text) {
     return result;
 }
 
+void complain(std::string_view message) {
+    constexpr int patience_milliseconds = 500;
+    constexpr std::string_view who = "headsetmgmt: ";
+    const auto part = [](std::string_view text) {
+        return iovec{const_cast<char*>(text.data()), text.size()};
+    };
+    const std::array<iovec, 3> line = {part(who), part(message), part("\n")};
+    pollfd standard_error = {STDERR_FILENO, POLLOUT, 0};
+    if (poll(&standard_error, 1, patience_milliseconds) == 1) {
+        static_cast<void>(!writev(STDERR_FILENO, line.data(), line.size()));
+    }
+}
+
 bool print(const std::string& text) {
     const int error = write_out(text);
     if (is_loss(error)) {
@@ -113,28 +145,27 @@ bool print(const std::string& text) {
     return !is_loss(error);
 }
 
-Output::Output(bool json, Wording wording) : as_json(json), in_words(std::move(wording)) {}
+Output::Output(bool json, Wording wording, LineWriter::Limits limits)
+    : as_json(json), in_words(std::move(wording)),
+      lines(
+          STDOUT_FILENO, limits, [json](std::size_t count) { return loss_line(json, count); },
+          tell_loss) {}
 
-void Output::tell(const Event& event) {
-    std::string line;
-    if (as_json) {
-        Event object = {{"format", output_format}};
-        object.update(event);
-        // Texts may come from a server or a device: bytes that are not UTF-8 are replaced.
-        line = object.dump(-1, ' ', true, Event::error_handler_t::replace);
-    } else {
-        line = in_words(event);
-    }
-    line += '\n';
-    const std::lock_guard<std::mutex> line_lock(line_mutex);
-    const int error = write_out(line);
-    if (is_loss(error) && !lost.exchange(true)) {
-        tell_loss(error);
-    }
+std::string Output::line_of(const Event& event) const {
+    return as_json ? json_line(event) : in_words(event) + '\n';
 }
 
-int Output::exit_code(int code) const {
-    return code == exit_done && lost ? exit_failed : code;
+void Output::tell(const Event& event) {
+    lines.add(line_of(event));
+}
+
+int Output::end(int code, const Event& last) {
+    const LineWriter::Result result = lines.finish(last.is_null() ? "" : line_of(last));
+    if (result.lost_lines != 0 && !is_loss_told.exchange(true)) {
+        complain("lost: " + lines_of_output(result.lost_lines) + ", for nobody read them");
+    }
+    const bool is_lost = result.lost_lines != 0 || result.error != 0;
+    return code == exit_done && is_lost ? exit_failed : code;
 }
 
 }  // namespace headsetmgmt::program

@@ -4,9 +4,11 @@
 
 #include <atomic>
 #include <functional>
-#include <mutex>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <string_view>
+
+#include "program/line_writer.h"
 
 namespace headsetmgmt::program {
 
@@ -23,28 +25,43 @@ std::string escaped(const std::string& text);
 /// unless the reader has closed its end, and the answer is false.
 bool print(const std::string& text);
 
+/// Writes "headsetmgmt: <message>" to standard error, as one line. A standard error that takes
+/// nothing for half a second stays without it. Takes no memory.
+void complain(std::string_view message);
+
 /// Tells events to whoever reads standard output: a sentence each, or with `json` one JSON object a
-/// line and nothing else. Both are made from the same event. When they cannot be written, standard
-/// error says so once, unless the reader has closed its end. Any thread.
+/// line and nothing else, in ASCII. Both are made from the same event. Any thread.
+///
+/// Events are written by a thread of their own, in their order. When nobody reads, they wait in a
+/// queue (`LineWriter`) and those that do not fit are lost: the event `lost` stands in their place.
+/// When events cannot be written, standard error says so once, unless the reader has closed its
+/// end.
 class Output {
 public:
     /// Makes the sentence of an event.
     using Wording = std::function<std::string(const Event&)>;
 
-    Output(bool json, Wording wording);
+    Output(bool json, Wording wording, LineWriter::Limits limits = {});
 
     /// `event` carries its kind as "event".
     void tell(const Event& event);
 
-    /// The exit code of a program that would end with `code`: `exit_failed` for `exit_done` when an
-    /// event could not be written.
-    int exit_code(int code) const;
+    /// The program is asked to end: a reader is hardly waited for from now on.
+    void hurry() { lines.hurry(); }
+
+    /// Waits until everything is read, but no longer than the limits say; standard error says what
+    /// was lost. `last`, unless it is null, is the last event: later ones go nowhere. The exit code
+    /// of a program that would end with `code`: `exit_failed` for `exit_done` when an event was
+    /// lost.
+    int end(int code, const Event& last = nullptr);
 
 private:
+    std::string line_of(const Event& event) const;
+
     bool as_json;
     Wording in_words;
-    std::mutex line_mutex;  // one line at a time
-    std::atomic<bool> lost{false};
+    std::atomic<bool> is_loss_told{false};
+    LineWriter lines;
 };
 
 }  // namespace headsetmgmt::program

@@ -1,26 +1,38 @@
-// Ending cleanly on SIGINT and SIGTERM.
+// Ending on SIGINT and SIGTERM: cleanly, soon, or at once.
 
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <functional>
 #include <thread>
 
 namespace headsetmgmt::program {
 
-/// Runs `on_signal`, once, on a thread of its own when the process is asked to end. Made before any
-/// other thread, so that all leave the signals to it.
+/// Waits, on a thread of its own, for the process to be asked to end. Made before any other thread,
+/// so that all leave the signals to it.
+///
+/// The first signal asks for a clean end. A second one ends the process at once, as that signal
+/// does by default. When there is neither a clean end nor a second signal within `patience`, the
+/// process ends with `exit_failed`.
 class Termination {
 public:
-    explicit Termination(std::function<void()> on_signal);
+    static constexpr std::chrono::seconds default_patience{3};
+
+    /// `on_signal` is called at the first signal, `on_overdue` before the process ends because it
+    /// is overdue; both on the waiting thread.
+    Termination(std::function<void()> on_signal, std::function<void()> on_overdue,
+                std::chrono::seconds patience = default_patience);
     ~Termination();
 
     Termination(const Termination&) = delete;
     Termination& operator=(const Termination&) = delete;
 
 private:
-    sigset_t signals = {};
+    bool waits_for_signal() const;
+    bool is_done_within(std::chrono::seconds patience) const;
+
     std::atomic<bool> done{false};
     std::thread waiter;
 };

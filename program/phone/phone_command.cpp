@@ -126,8 +126,16 @@ int run_phone(Arguments& arguments) {
     curl_global_init(CURL_GLOBAL_DEFAULT);
     std::signal(SIGPIPE, SIG_IGN);  // a server that goes away is an error of its transfer
     PhoneHost host(options, output);
-    const Termination termination([&host] { host.interrupt(); });
-    return output.exit_code(host.run());
+    const auto end_soon = [&output, &host] {
+        output.hurry();
+        host.interrupt();
+    };
+    const auto end_now = [&output, &host] {
+        output.hurry();
+        output.end(exit_failed, host.result_when_overdue());
+    };
+    const Termination termination(end_soon, end_now);
+    return output.end(host.run());
 }
 
 /// What there is: the phone, its servers and its accessories.

@@ -77,8 +77,15 @@ int PhoneHost::run() {
     const Lock lock(state_mutex);
     const bool is_broken_off = interrupted && !tally.is_complete();
     const Event result = tally.result(is_broken_off ? interrupted_while : "");
-    output.tell(result);
+    if (!std::exchange(has_result, true)) {
+        output.tell(result);
+    }
     return result["ok"].get<bool>() ? exit_done : exit_failed;
+}
+
+Event PhoneHost::result_when_overdue() {
+    const Lock lock(state_mutex);
+    return std::exchange(has_result, true) ? Event() : tally.result(interrupted_while);
 }
 
 /// Starts the library and attaches the accessories; false when it could not be started.
@@ -290,6 +297,11 @@ void PhoneHost::end_fetch(const std::string& failure) {
     last_fetch_failure = failure;
 }
 
+void PhoneHost::set_under_way(RunProgress::UnderWay what) {
+    const Lock lock(state_mutex);
+    under_way = what;
+}
+
 void PhoneHost::deliver(const std::string& url, const std::string& document) {
     if (!options.detach_on_answer.empty()) {
         output.tell({{"event", "detached"}, {"id", options.detach_on_answer}});
@@ -313,6 +325,7 @@ void PhoneHost::deliver_once(const std::string& document) {
     AnswerJudgement judged(document);
     judgement = &judged;
     httpResponse(document.c_str(), fetched_status);
+    set_under_way(RunProgress::UnderWay::nothing);
     judgement = nullptr;
 
     for (const Event& event : firmware_events(judged, options.bench.accessories)) {

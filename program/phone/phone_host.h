@@ -52,6 +52,10 @@ public:
     /// Ends the run soon. Any thread.
     void interrupt();
 
+    /// The last event of an interrupted run that does not come to its end; null when it was sent
+    /// already. Any thread.
+    Event result_when_overdue();
+
     // The library's host functions and its log callback. Any thread.
     void request(HttpRequestType type, const char* url, const char* body);
     void apply(const char* device_id, const char* name, int usage_id, const char* value);
@@ -80,6 +84,7 @@ private:
     void deliver(const std::string& url, const std::string& document);
     void deliver_once(const std::string& document);
     void end_fetch(const std::string& failure);
+    void set_under_way(RunProgress::UnderWay what);
     void fail_fetch(const std::string& url, int status, bool for_good);
     int take_fetches(const std::string& url);
     void tell_devices();
@@ -103,6 +108,7 @@ private:
     std::string interrupted_while;  // what was going on then
     bool interrupted = false;
     bool stopping = false;
+    bool has_result = false;  // the event was sent
 };
 
 /// The sentence for an event of a phone.

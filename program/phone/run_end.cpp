@@ -17,6 +17,9 @@ std::string interruption(const RunProgress& progress) {
     if (progress.under_way == UnderWay::fetch) {
         return "interrupted during attempt " + std::to_string(progress.attempt) + last;
     }
+    if (progress.under_way == UnderWay::document) {
+        return "interrupted while a document was handed over";
+    }
     if (progress.waits) {
         return "interrupted while waiting for attempt " + std::to_string(progress.attempt + 1) +
                last;

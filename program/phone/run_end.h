@@ -8,7 +8,7 @@ namespace headsetmgmt::program {
 
 /// How far a run has come.
 struct RunProgress {
-    enum class UnderWay { nothing, fetch, report };
+    enum class UnderWay { nothing, fetch, document, report };
 
     UnderWay under_way = UnderWay::nothing;
     int attempt = 0;             ///< fetches since the last document, the one under way included

@@ -27,10 +27,20 @@ struct Arguments {
 };
 
 int run_serve(const Arguments& arguments) {
-    Output output(arguments.json, serve_event_in_words);
+    LineWriter::Limits limits;
+    limits.waits = false;
+    Output output(arguments.json, serve_event_in_words, limits);
     std::signal(SIGPIPE, SIG_IGN);  // a reader of the output that goes away is no reason to end
     std::promise<void> asked_to_end;
-    const Termination termination([&asked_to_end] { asked_to_end.set_value(); });
+    const auto end_soon = [&output, &asked_to_end] {
+        output.hurry();
+        asked_to_end.set_value();
+    };
+    const auto end_now = [&output] {
+        output.hurry();
+        output.end(exit_failed);
+    };
+    const Termination termination(end_soon, end_now);
     try {
         Server server(arguments.options, [&output](const Event& event) { output.tell(event); });
         std::error_code unknown;
@@ -46,9 +56,9 @@ int run_serve(const Arguments& arguments) {
         } else {
             std::fprintf(stderr, "headsetmgmt serve: %s\n", escaped(error.what()).c_str());
         }
-        return error.exit_code;
+        return output.end(error.exit_code);
     }
-    return output.exit_code(exit_done);
+    return output.end(exit_done);
 }
 
 }  // namespace

@@ -1,14 +1,18 @@
-"""Documents as large as the program takes: what they cost."""
+"""Documents as large as the program takes: what they cost, and that they can be interrupted."""
 
 import json
 import os
+import signal
 import subprocess
+import time
 
 import pytest
 
+from phone import Phone
 from servers import Serve
 
 SIZE = 4 * 1024 * 1024  # the largest answer
+SOON = 5  # seconds from the first signal to the end
 
 
 def write_document(folder, setting):
@@ -62,3 +66,17 @@ def test_faulty_settings_take_memory_and_output_within_bounds(
     assert len(text) < 100000
     assert usage.ru_maxrss * 1024 < 20 * SIZE * slowness
     assert process.returncode == 0
+
+
+def test_stopped_while_a_document_is_handed_over(program, tmp_path):
+    write_document(tmp_path, "0")
+    with Serve(program, tmp_path, tmp_path) as server:
+        with Phone(program, arguments_for(server, 100)) as phone:
+            phone.wait_for_line("upgrade ")  # of the first of many
+            begin = time.monotonic()
+            phone.signal(signal.SIGTERM)
+            code = phone.finish()
+            duration = time.monotonic() - begin
+    assert phone.lines[-1] == "failed: interrupted while a document was handed over"
+    assert code == 1
+    assert duration < SOON

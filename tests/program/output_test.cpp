@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <string>
+#include <thread>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
@@ -17,6 +18,7 @@ namespace {
 std::string told(Output& output, const Event& event) {
     testing::internal::CaptureStdout();
     output.tell(event);
+    output.end(exit_done);
     return testing::internal::GetCapturedStdout();
 }
 
@@ -119,6 +121,7 @@ TEST(Output, EachEventIsALineOfItsOwn) {
 
     output.tell({{"event", "a"}});
     output.tell({{"event", "b"}});
+    output.end(exit_done);
 
     EXPECT_EQ("{\"format\":1,\"event\":\"a\"}\n{\"format\":1,\"event\":\"b\"}\n",
               testing::internal::GetCapturedStdout());
@@ -155,13 +158,13 @@ TEST(Output, WhatCannotBeWrittenIsToldOnceAndMakesASuccessAFailure) {
         const StandardOutputTo nowhere(full);
         output.tell({{"event", "a"}});
         output.tell({{"event", "b"}});
+        EXPECT_EQ(exit_failed, output.end(exit_done));
     }
     close(full);
 
     EXPECT_EQ("headsetmgmt: standard output cannot be written: No space left on device\n",
               testing::internal::GetCapturedStderr());
-    EXPECT_EQ(exit_failed, output.exit_code(exit_done));
-    EXPECT_EQ(exit_usage, output.exit_code(exit_usage));
+    EXPECT_EQ(exit_usage, output.end(exit_usage));
 }
 
 TEST(Output, ReaderThatHasGoneIsNoFailure) {
@@ -174,12 +177,57 @@ TEST(Output, ReaderThatHasGoneIsNoFailure) {
     {
         const StandardOutputTo gone(ends[1]);
         output.tell({{"event", "a"}});
+        EXPECT_EQ(exit_done, output.end(exit_done));
     }
     close(ends[1]);
     std::signal(SIGPIPE, handler_before);
 
     EXPECT_EQ("", testing::internal::GetCapturedStderr());
-    EXPECT_EQ(exit_done, output.exit_code(exit_done));
+}
+
+/// What reaches a reader who begins to read when two of four events are lost.
+std::string told_late(bool as_json) {
+    constexpr std::size_t room_for_one = 1000;
+    LineWriter::Limits limits;
+    limits.bytes = room_for_one;
+    limits.waits = false;
+    int ends[2] = {-1, -1};
+    EXPECT_EQ(0, pipe2(ends, O_CLOEXEC));
+    // Longer than a pipe holds: it stays in hand until it is read.
+    const Event long_event = {{"event", std::string(std::size_t{1} << 20U, 'a')}};
+    std::string text;
+    testing::internal::CaptureStderr();
+    {
+        Output output(
+            as_json, [](const Event& event) { return event.value("event", ""); }, limits);
+        const StandardOutputTo pipe(ends[1]);
+        output.tell(long_event);
+        output.tell({{"event", "b"}});
+        output.tell({{"event", "c"}});
+        std::string bytes(4096, '\0');
+        std::thread reader([&] {
+            ssize_t length = 0;
+            while ((length = read(ends[0], bytes.data(), bytes.size())) > 0) {
+                text.append(bytes, 0, static_cast<std::size_t>(length));
+            }
+        });
+        EXPECT_EQ(exit_failed, output.end(exit_done));
+        close(ends[1]);
+        dup2(STDERR_FILENO, STDOUT_FILENO);  // the last descriptor of the pipe's writing end
+        reader.join();
+    }
+    close(ends[0]);
+    EXPECT_EQ("headsetmgmt: lost: 2 lines of output, for nobody read them\n",
+              testing::internal::GetCapturedStderr());
+    return text.substr(text.find('\n') + 1);
+}
+
+TEST(Output, LostEventsAreAnEvent) {
+    EXPECT_EQ("{\"format\":1,\"event\":\"lost\",\"lines\":2}\n", told_late(true));
+}
+
+TEST(Output, LostSentencesAreASentence) {
+    EXPECT_EQ("lost here: 2 lines of output, for nobody read them\n", told_late(false));
 }
 
 }  // namespace

@@ -33,6 +33,11 @@ TEST(Interruption, OfAReportDuringAWaitIsOneOfTheWait) {
               interruption({UnderWay::report, 1, true, true, "status 404"}));
 }
 
+TEST(Interruption, OfADocumentThatIsHandedOver) {
+    EXPECT_EQ("interrupted while a document was handed over",
+              interruption({UnderWay::document, 1, false, true, ""}));
+}
+
 TEST(Interruption, OfAReport) {
     EXPECT_EQ("interrupted while a report was on its way",
               interruption({UnderWay::report, 0, false, false, ""}));
