@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "program/exit_codes.h"
+#include "program/fatal_error.h"
 #include "program/output.h"
 #include "program/phone/phone_command.h"
 #include "program/serve/serve_command.h"
@@ -40,7 +41,7 @@ bool fill_closed_descriptors() {
 constexpr char exit_codes_in_words[] =
     "Exit codes:\n"
     "  0  everything that was asked for happened\n"
-    "  1  something did not; the last line says what, or standard error when output was lost\n"
+    "  1  something did not; the last line or standard error says what\n"
     "  2  the command line, or a file, folder, URL or address that it names, is wrong";
 
 /// Tells what the parser refused.
@@ -67,6 +68,7 @@ void tell(const CLI::App& program, const CLI::ParseError& error,
 }
 
 int run(int argc, char* argv[]) {
+    end_on_uncaught_exceptions();
     if (!fill_closed_descriptors()) {
         std::fprintf(stderr, "headsetmgmt: /dev/null cannot be opened: %s\n",
                      std::generic_category().message(errno).c_str());

@@ -55,6 +55,8 @@ constexpr Fault faults[] = {
     {": Invalid Value for param ", "its value is neither a number nor a text"},
 };
 
+constexpr char lack_of_memory[] = "memory ran out while the library read the document";
+
 constexpr char fault_line[] = "save_config_to_map[KORM-ERR]";
 
 }  // namespace
@@ -100,7 +102,9 @@ bool AnswerJudgement::on_manager_line(const std::string& line) {
 
 /// How the parse went, and at its end how all of it did.
 void AnswerJudgement::on_document_line(const std::string& message) {
-    if (!turn.is_parsed) {
+    if (!turn.is_parsed && turn.lacks_memory) {
+        turn.reason = lack_of_memory;
+    } else if (!turn.is_parsed) {
         if (parse_reason.empty()) {
             // An empty document has no rest, but the text of another may read like its line.
             parse_reason = syntax_error(document, message_of(message));

@@ -53,6 +53,10 @@ public:
 
     void on_line(const std::string& line);
 
+    /// An allocation has failed since the line before: the parser reports it as a fault of the
+    /// text.
+    void on_lack_of_memory() { turn.lacks_memory = true; }
+
     /// Accessories that took the document.
     int taken() const { return taken_count; }
 
@@ -88,6 +92,7 @@ private:
     /// What the lines of one accessory have told so far.
     struct Turn {
         bool is_parsed = false;  // a text that is no JSON is told in a line that may read otherwise
+        bool lacks_memory = false;
         std::string model;
         std::string dongle_model;
         std::string reason;            // why it may fail

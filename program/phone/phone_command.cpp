@@ -14,6 +14,7 @@
 #include <curl/curl.h>
 
 #include "program/exit_codes.h"
+#include "program/fatal_error.h"
 #include "program/output.h"
 #include "program/phone/ca_file.h"
 #include "program/phone/phone_host.h"
@@ -104,6 +105,7 @@ Bench bench_of(const Arguments& arguments) {
 }
 
 int run_phone(Arguments& arguments) {
+    end_on_lack_of_memory();
     Output output(arguments.json, phone_event_in_words);
     PhoneOptions& options = arguments.options;
     try {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstring>
 #include <memory>
 #include <utility>
@@ -191,6 +192,10 @@ void PhoneHost::upgrade(const char* device_id, const char* version, const char* 
 
 void PhoneHost::log_line(const char* text) {
     if (judgement != nullptr) {
+        if (errno == ENOMEM) {
+            judgement->on_lack_of_memory();
+            errno = 0;
+        }
         judgement->on_line(text);
     }
     constexpr char queued[] = "Lib::ConfigManagerImpl: configure_accessory: added async task";
@@ -324,6 +329,8 @@ void PhoneHost::deliver(const std::string& url, const std::string& document) {
 void PhoneHost::deliver_once(const std::string& document) {
     AnswerJudgement judged(document);
     judgement = &judged;
+    set_under_way(RunProgress::UnderWay::document);
+    errno = 0;  // what the library's parser leaves when memory runs out
     httpResponse(document.c_str(), fetched_status);
     set_under_way(RunProgress::UnderWay::nothing);
     judgement = nullptr;

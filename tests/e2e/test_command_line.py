@@ -192,7 +192,7 @@ WRONG_COMMAND_LINES = {
 EXIT_CODES = """\
 Exit codes:
   0  everything that was asked for happened
-  1  something did not; the last line says what, or standard error when output was lost
+  1  something did not; the last line or standard error says what
   2  the command line, or a file, folder, URL or address that it names, is wrong
 """
 

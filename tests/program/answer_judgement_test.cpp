@@ -135,6 +135,19 @@ TEST(AnswerJudgement, UnparsableDocumentFailsForEachAccessoryAlike) {
               reasons(judged));
 }
 
+// The parser fails at the place where memory ran out.
+TEST(AnswerJudgement, LackOfMemoryIsNoFaultOfTheDocument) {
+    AnswerJudgement judged("[1,\n  2]");
+    judged.on_lack_of_memory();
+    judged.on_line("HeadsetConfigImpl: update_from_server: 2]");
+    judged.on_line(unable);
+    judged.on_line("CameraConfigImpl: update_from_server Enter:");
+    judged.on_line("CameraConfigImpl: update_from_server: success");
+
+    EXPECT_EQ((Texts{"memory ran out while the library read the document"}), reasons(judged));
+    EXPECT_EQ(1, judged.taken());
+}
+
 TEST(AnswerJudgement, WhatTheLibraryThrewIsTheReason) {
     const AnswerJudgement judged =
         judge({"HeadsetConfigImpl: update_from_server Enter:",
