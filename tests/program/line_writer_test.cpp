@@ -276,6 +276,20 @@ TEST(LineWriter, FirstErrorIsReportedOnce) {
     EXPECT_EQ(ENOSPC, errors);
 }
 
+TEST(LineWriter, DescriptorThatDoesNotBlockIsNoErrorWhenItIsFull) {
+    Pipe pipe;
+    pipe.fill();
+    fcntl(pipe.writing_end(), F_SETFL, O_NONBLOCK);
+    LineWriter writer(pipe.writing_end(), limits(room_for_two, milliseconds(200), false),
+                      count_line, ignore_error);
+    writer.add(line_of('a'));
+
+    const LineWriter::Result result = writer.finish();
+
+    EXPECT_EQ(0, result.error);
+    EXPECT_EQ(1U, result.lost_lines);
+}
+
 // Whoever shares a terminal or a pipe may have made it so.
 TEST(LineWriter, DescriptorThatDoesNotBlockIsWaitedFor) {
     Pipe pipe;
