@@ -3,7 +3,6 @@
 #include "program/phone/transfer.h"
 
 #include <cstring>
-#include <new>
 #include <sstream>
 #include <string_view>
 #include <strings.h>
@@ -60,7 +59,6 @@ struct Sink {
     std::size_t header_bytes = 0;
     bool too_large = false;
     bool header_too_large = false;
-    bool out_of_memory = false;
     bool header_begun = false;
     bool header_ended = false;
     bool https_alone = false;  // a request was sent by https: a redirect must not leave it
@@ -113,12 +111,7 @@ std::size_t take_bytes(char* bytes, std::size_t size, std::size_t count, void* c
         sink->too_large = true;
         return 0;
     }
-    try {
-        sink->body.append(bytes, length);
-    } catch (const std::bad_alloc&) {
-        sink->out_of_memory = true;
-        return 0;
-    }
+    sink->body.append(bytes, length);
     return length;
 }
 
@@ -264,9 +257,6 @@ std::string explain(const EndedTransfer& ended, const Sink& sink) {
     if (sink.header_too_large) {
         return "the answer's headers and trailers are larger than the limit of " +
                std::to_string(sink.header_limit) + " bytes";
-    }
-    if (sink.out_of_memory) {
-        return "memory ran out after " + std::to_string(sink.body.size()) + " bytes of the answer";
     }
     if (is_tftp_url(ended.request.url)) {
         std::string explanation = explain_tftp(ended);

@@ -106,7 +106,7 @@ def test_fetch_from_a_hostile_tftp_server(name, program):
     assert code == 1
 
 
-def test_memory_that_runs_out_is_the_end_of_a_fetch(program, slowness):
+def test_memory_that_runs_out_for_an_answer(program, slowness):
     if slowness > 1:
         pytest.skip("a sanitizer needs the addresses that are limited here")
     limit = 512 * 1024 * 1024
@@ -120,8 +120,7 @@ def test_memory_that_runs_out_is_the_end_of_a_fetch(program, slowness):
             encoding="utf-8",
             timeout=PATIENCE,
         )
-    assert "failed: no document after 1 attempt: memory ran out after " in result.stdout
-    assert result.stderr == ""
+    assert result.stderr == "headsetmgmt: memory ran out\n"
     assert result.returncode == 1
 
 
