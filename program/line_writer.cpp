@@ -7,6 +7,8 @@
 #include <condition_variable>
 #include <csignal>
 #include <cstdint>
+#include <initializer_list>
+#include <iterator>
 #include <list>
 #include <mutex>
 #include <optional>
@@ -30,16 +32,22 @@ std::size_t lines_in(std::string_view text) {
     return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
 }
 
-/// Writes a beginning of `text`; how much, or -1.
+/// Writes a beginning of `text`; its length, or -1.
 ssize_t write_piece(int descriptor, std::string_view text) {
     while (true) {
         const ssize_t count = write(descriptor, text.data(), std::min(text.size(), piece));
-        if (count >= 0 || (errno != EINTR && errno != EAGAIN)) {
+        if (count > 0) {
             return count;
         }
-        if (errno == EAGAIN) {  // whoever shares the descriptor wants it so
+        if (count == 0) {
+            errno = EIO;  // a device that takes nothing and says nothing
+            return -1;
+        }
+        if (errno == EAGAIN) {  // another process that has the descriptor, too, made it so
             pollfd ready = {descriptor, POLLOUT, 0};
             poll(&ready, 1, -1);
+        } else if (errno != EINTR) {
+            return -1;
         }
     }
 }
@@ -54,49 +62,47 @@ struct LineWriter::Queue {
         std::size_t size() const { return text.size() + sizeof(Entry); }
     };
 
-    Queue(int to, Limits queue_limits, LossLine line_of_a_loss, OnError teller)
+    Queue(int to, Limits queue_limits, LossLine line_of_a_loss, OnError report_error)
         : descriptor(to), limits(queue_limits), loss_line(std::move(line_of_a_loss)),
-          on_error(std::move(teller)) {}
+          on_error(std::move(report_error)) {}
 
     const int descriptor;
     const Limits limits;
     const LossLine loss_line;
     const OnError on_error;
 
-    std::mutex mutex;  // guards all below
+    std::mutex mutex;  // guards what follows, up to `is_given_up`
     std::condition_variable changed;
     std::list<Entry> entries;  // filled and emptied by splicing, which takes no memory
     std::size_t bytes = 0;     // of the entries, the one in hand included
-    bool is_writing = false;   // an entry is in hand
     std::size_t lines_in_hand = 0;
+    bool is_writing = false;  // an entry is in hand
     std::size_t lost_lines = 0;
     std::uint64_t progress = 0;  // pieces written
     int error = 0;               // the first
     bool has_reader = true;
-    bool is_stalled = false;                       // nothing was read for as long as was waited
-    std::optional<Clock::time_point> last_moment;  // once asked to hurry
+    std::optional<Clock::time_point> hurried;  // when it was asked to hurry
     bool is_closed = false;
+    bool has_last = false;     // the last of `entries`, once it is closed
     bool is_given_up = false;  // what was left is counted as lost
 
+    // Of the writing thread alone.
+    std::size_t failed_lines = 0;  // since the last that were written
+    bool is_within_line = false;   // an error came within one
+
     bool fits(std::size_t size) const { return bytes == 0 || bytes + size <= limits.bytes; }
-    bool is_empty() const { return entries.empty() && !is_writing; }
+    bool is_written() const { return entries.empty() && !is_writing; }
 
-    void wait_until_fits(std::size_t size, Lock& lock);
     void lose(std::list<Entry>& added);
+    void lose_all_but_last();
+    bool wait_until_written(Lock& lock);
+    void wait_until_written_by(Clock::time_point moment, Lock& lock);
+    void give_up();
     void write_all();
-    void write_entry(std::string text);
+    void write_entry(const Entry& entry);
+    std::size_t write_text(std::string_view text);
+    void keep_error(int number);
 };
-
-/// Waits for as long as the reader goes on reading.
-void LineWriter::Queue::wait_until_fits(std::size_t size, Lock& lock) {
-    while (!fits(size) && !is_stalled && !last_moment) {
-        const std::uint64_t before = progress;
-        changed.wait_for(lock, limits.patience, [this, size, before] {
-            return fits(size) || last_moment || progress != before;
-        });
-        is_stalled = progress == before && !fits(size) && !last_moment;
-    }
-}
 
 /// Turns the entry into one that stands for its lines, or counts them in the one before.
 void LineWriter::Queue::lose(std::list<Entry>& added) {
@@ -111,6 +117,52 @@ void LineWriter::Queue::lose(std::list<Entry>& added) {
     entry.lost_lines = lines;
     bytes += entry.size();
     entries.splice(entries.end(), added);
+}
+
+/// Turns the waiting entries into one that stands for them, but for the last line of all.
+void LineWriter::Queue::lose_all_but_last() {
+    const auto end = has_last && !entries.empty() ? std::prev(entries.end()) : entries.end();
+    if (entries.begin() == end) {
+        return;
+    }
+    std::size_t missing = 0;
+    for (auto entry = entries.begin(); entry != end; ++entry) {
+        const std::size_t lines = lines_in(entry->text);
+        lost_lines += lines;
+        missing += lines + entry->lost_lines;
+    }
+    entries.front().text.clear();
+    entries.front().lost_lines = missing;
+    entries.erase(std::next(entries.begin()), end);
+}
+
+/// Waits for as long as the reader goes on reading; false when the program has to hurry.
+bool LineWriter::Queue::wait_until_written(Lock& lock) {
+    while (!is_written() && !hurried) {
+        const std::uint64_t before = progress;
+        const bool is_moving = changed.wait_for(lock, limits.patience, [this, before] {
+            return is_written() || hurried || progress != before;
+        });
+        if (!is_moving) {
+            return true;
+        }
+    }
+    return !hurried;
+}
+
+void LineWriter::Queue::wait_until_written_by(Clock::time_point moment, Lock& lock) {
+    changed.wait_until(lock, moment, [this] { return is_written(); });
+}
+
+void LineWriter::Queue::give_up() {
+    lost_lines += lines_in_hand;
+    lines_in_hand = 0;
+    for (const Entry& entry : entries) {
+        lost_lines += lines_in(entry.text);
+    }
+    entries.clear();
+    is_given_up = true;
+    changed.notify_all();
 }
 
 void LineWriter::Queue::write_all() {
@@ -129,8 +181,7 @@ void LineWriter::Queue::write_all() {
         const bool is_wanted = has_reader;
         lock.unlock();
         if (is_wanted) {
-            write_entry(entry.lost_lines == 0 ? std::move(entry.text)
-                                              : loss_line(entry.lost_lines));
+            write_entry(entry);
         }
         in_hand.clear();
         lock.lock();
@@ -140,46 +191,68 @@ void LineWriter::Queue::write_all() {
         changed.notify_all();
     }
 }
+/// Writes the entry behind the line for those that are missing before it.
+void LineWriter::Queue::write_entry(const Entry& entry) {
+    const std::size_t missing = failed_lines + entry.lost_lines;
+    std::string text = is_within_line ? "\n" : "";
+    if (missing != 0) {
+        text += loss_line(missing);
+    }
+    text += entry.text;
+    const std::size_t written = write_text(text);
+    failed_lines = written == text.size() ? 0 : missing + lines_in(entry.text);
+    if (written != 0) {
+        is_within_line = text[written - 1] != '\n';
+    }
+}
 
-void LineWriter::Queue::write_entry(std::string text) {
-    std::string_view left = text;
-    while (!left.empty()) {
-        const ssize_t count = write_piece(descriptor, left);
-        const int failure = count < 0 ? errno : 0;
-        bool is_first_failure = false;
-        {
-            const Lock lock(mutex);
-            if (is_given_up) {
-                return;
-            }
-            if (failure == EPIPE) {
-                has_reader = false;
-            } else if (failure != 0 && error == 0) {
-                error = failure;
-                is_first_failure = true;
-            }
-            ++progress;
-            is_stalled = false;
-            changed.notify_all();
+/// How many bytes of it are written: all, unless there is an error or it was given up.
+std::size_t LineWriter::Queue::write_text(std::string_view text) {
+    std::size_t written = 0;
+    while (written < text.size()) {
+        const ssize_t count = write_piece(descriptor, text.substr(written));
+        if (count < 0) {
+            keep_error(errno);
+            break;
         }
-        if (is_first_failure) {
-            on_error(failure);
+        written += static_cast<std::size_t>(count);
+        const Lock lock(mutex);
+        if (is_given_up) {
+            break;
         }
-        if (failure != 0) {
+        ++progress;
+        changed.notify_all();
+    }
+    return written;
+}
+
+void LineWriter::Queue::keep_error(int number) {
+    {
+        const Lock lock(mutex);
+        if (number == EPIPE) {
+            has_reader = false;
             return;
         }
-        left.remove_prefix(static_cast<std::size_t>(count));
+        if (error != 0) {
+            return;
+        }
+        error = number;
     }
+    on_error(number);
 }
 
 LineWriter::LineWriter(int descriptor, Limits limits, LossLine loss_line, OnError on_error)
     : queue(
           std::make_shared<Queue>(descriptor, limits, std::move(loss_line), std::move(on_error))) {
-    // Signals are for other threads, and a reader that has gone is an error of its write.
-    sigset_t all;
+    // Signals that end the program are for another thread; a reader that has gone, and a file that
+    // is full, are errors of their write.
+    sigset_t blocked;
     sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_BLOCK, &all, &before);
+    sigemptyset(&blocked);
+    for (const int number : {SIGINT, SIGTERM, SIGUSR1, SIGPIPE, SIGXFSZ}) {
+        sigaddset(&blocked, number);
+    }
+    pthread_sigmask(SIG_BLOCK, &blocked, &before);
     try {
         // Nobody can wait for its end: it may be in a write that never returns.
         std::thread([shared = queue] { shared->write_all(); }).detach();
@@ -202,9 +275,6 @@ void LineWriter::add(std::string text) {
     if (queue->is_closed || !queue->has_reader) {
         return;
     }
-    if (queue->limits.waits) {
-        queue->wait_until_fits(size, lock);
-    }
     if (queue->fits(size)) {
         queue->bytes += size;
         queue->entries.splice(queue->entries.end(), added);
@@ -216,40 +286,34 @@ void LineWriter::add(std::string text) {
 
 void LineWriter::hurry() {
     const Lock lock(queue->mutex);
-    queue->last_moment = Clock::now() + longest_hurry;
+    queue->hurried = queue->hurried.value_or(Clock::now());
     queue->changed.notify_all();
 }
 
 LineWriter::Result LineWriter::finish(std::string last) {
     std::list<Queue::Entry> added;
-    if (!last.empty()) {
+    const bool has_last = !last.empty();
+    if (has_last) {
         added.push_back({std::move(last), 0});
     }
     Lock lock(queue->mutex);
-    queue->is_closed = true;
-    queue->entries.splice(queue->entries.end(), added);
-    queue->changed.notify_all();
-    std::uint64_t before = queue->progress;
-    Clock::time_point end = Clock::now() + queue->limits.patience;
-    while (!queue->is_empty()) {
-        if (queue->progress != before) {
-            before = queue->progress;
-            end = Clock::now() + queue->limits.patience;
-        }
-        const Clock::time_point moment = std::min(end, queue->last_moment.value_or(end));
-        if (Clock::now() >= moment) {
-            break;
-        }
-        queue->changed.wait_until(lock, moment);
+    if (!queue->is_closed) {
+        queue->is_closed = true;
+        queue->has_last = has_last;
+        queue->entries.splice(queue->entries.end(), added);
+        queue->changed.notify_all();
     }
-    queue->lost_lines += queue->lines_in_hand;
-    for (const Queue::Entry& entry : queue->entries) {
-        queue->lost_lines += lines_in(entry.text);
+    if (!queue->is_given_up) {
+        const Clock::time_point begin = Clock::now();
+        if (!queue->wait_until_written(lock)) {
+            const Clock::time_point moment =
+                std::max(begin, *queue->hurried) + queue->limits.hurry_for_all;
+            queue->wait_until_written_by(moment, lock);
+            queue->lose_all_but_last();
+            queue->wait_until_written_by(moment + queue->limits.hurry_for_last, lock);
+        }
+        queue->give_up();
     }
-    queue->lines_in_hand = 0;
-    queue->entries.clear();
-    queue->is_given_up = true;
-    queue->changed.notify_all();
     return {queue->lost_lines, queue->error};
 }
 

@@ -22,17 +22,18 @@ public:
         /// The queue's size: eight of the largest reports, or some 50,000 events of a request. A
         /// line that is longer is taken when the queue is empty.
         std::size_t bytes = std::size_t{8} << 20U;
-        /// How long a reader who reads nothing is waited for. One who reads, however slowly, is
-        /// waited for until the line fits.
+        /// How long `finish` waits for a reader who reads nothing. One who reads, however slowly,
+        /// is waited for to the end.
         std::chrono::milliseconds patience{5000};
-        /// False: what does not fit is lost at once. For threads that serve requests.
-        bool waits = true;
+        /// How long `finish` waits in a hurry for all lines, and how much longer for the last one.
+        std::chrono::milliseconds hurry_for_all{1000};
+        std::chrono::milliseconds hurry_for_last{500};
     };
 
-    /// How it ended. A reader who closed its end wants no more, which is neither.
+    /// What is missing. A reader who closes its end loses nothing, and is no error.
     struct Result {
         std::size_t lost_lines = 0;  ///< that did not fit, or were left when nobody read them
-        int error = 0;               ///< the number of the first error; 0: none
+        int error = 0;               ///< number of the first error in writing; 0: none
     };
 
     /// Makes the line that stands where that many lines are missing.
@@ -49,17 +50,15 @@ public:
     LineWriter(const LineWriter&) = delete;
     LineWriter& operator=(const LineWriter&) = delete;
 
-    /// Adds `text`, one or more whole lines, which are lost together.
+    /// Adds `text`, one or more whole lines, which are lost together. Never waits.
     void add(std::string text);
 
-    /// The program is asked to end: from now on nothing that does not fit is waited for, and
-    /// `finish` waits no longer than this, counted from now.
+    /// The program is asked to end: `finish` waits no longer than the limits say.
     void hurry();
-    static constexpr std::chrono::milliseconds longest_hurry{1500};
 
-    /// Adds `last`, even when it does not fit, and ends the queue: what is added later goes
-    /// nowhere, uncounted. Returns when all lines are written, or when nothing was read for as long
-    /// as the limits say.
+    /// Adds `last`, even when it does not fit, and closes the queue: what is added later is
+    /// discarded, uncounted, a second `last` too. Returns when all lines are written, or when the
+    /// limits say so; what is left then is lost.
     Result finish(std::string last = {});
 
 private:

@@ -93,7 +93,7 @@ void tell_loss(int error) {
 /// The line that stands where lines are missing.
 std::string loss_line(bool as_json, std::size_t count) {
     return as_json ? json_line({{"event", "lost"}, {"lines", count}})
-                   : "lost here: " + lines_of_output(count) + ", for nobody read them\n";
+                   : "lost here: " + lines_of_output(count) + "\n";
 }
 
 }  // namespace
@@ -161,7 +161,7 @@ void Output::tell(const Event& event) {
 
 int Output::end(int code, const Event& last) {
     const LineWriter::Result result = lines.finish(last.is_null() ? "" : line_of(last));
-    if (result.lost_lines != 0 && !is_loss_told.exchange(true)) {
+    if (result.lost_lines != 0 && !is_loss_reported.exchange(true)) {
         complain("lost: " + lines_of_output(result.lost_lines) + ", for nobody read them");
     }
     const bool is_lost = result.lost_lines != 0 || result.error != 0;

@@ -25,8 +25,8 @@ std::string escaped(const std::string& text);
 /// unless the reader has closed its end, and the answer is false.
 bool print(const std::string& text);
 
-/// Writes "headsetmgmt: <message>" to standard error, as one line. A standard error that takes
-/// nothing for half a second stays without it. Takes no memory.
+/// Writes "headsetmgmt: <message>" to standard error, as one line, unless it takes nothing for half
+/// a second. Takes no memory.
 void complain(std::string_view message);
 
 /// Tells events to whoever reads standard output: a sentence each, or with `json` one JSON object a
@@ -46,13 +46,13 @@ public:
     /// `event` carries its kind as "event".
     void tell(const Event& event);
 
-    /// The program is asked to end: a reader is hardly waited for from now on.
+    /// The program is asked to end: `end` waits for a reader for 1.5 s at most.
     void hurry() { lines.hurry(); }
 
-    /// Waits until everything is read, but no longer than the limits say; standard error says what
-    /// was lost. `last`, unless it is null, is the last event: later ones go nowhere. The exit code
-    /// of a program that would end with `code`: `exit_failed` for `exit_done` when an event was
-    /// lost.
+    /// Waits until everything is read, but no longer than the limits say; reports on standard error
+    /// how much was lost. `last`, unless it is null, is the last event: later ones are discarded, a
+    /// second `last` too. Returns the exit code of a program that would end with `code`:
+    /// `exit_failed` for `exit_done` when an event was lost.
     int end(int code, const Event& last = nullptr);
 
 private:
@@ -60,7 +60,7 @@ private:
 
     bool as_json;
     Wording in_words;
-    std::atomic<bool> is_loss_told{false};
+    std::atomic<bool> is_loss_reported{false};
     LineWriter lines;
 };
 

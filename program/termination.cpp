@@ -2,14 +2,11 @@
 
 #include "program/termination.h"
 
-#include <cerrno>
 #include <cstdlib>
 #include <ctime>
 #include <initializer_list>
 #include <pthread.h>
 #include <utility>
-
-#include "program/exit_codes.h"
 
 namespace headsetmgmt::program {
 
@@ -36,8 +33,8 @@ void restore_defaults() {
 
 }  // namespace
 
-Termination::Termination(std::function<void()> on_signal, std::function<void()> on_overdue,
-                         std::chrono::seconds patience) {
+Termination::Termination(std::function<void()> on_signal, std::function<int()> on_overdue,
+                         std::chrono::milliseconds patience) {
     const sigset_t all = set_of({SIGINT, SIGTERM, wake_up});
     pthread_sigmask(SIG_BLOCK, &all, nullptr);
     waiter = std::thread(
@@ -48,8 +45,7 @@ Termination::Termination(std::function<void()> on_signal, std::function<void()> 
             restore_defaults();
             end_soon();
             if (!is_done_within(patience)) {
-                end_now();
-                std::_Exit(exit_failed);
+                std::_Exit(end_now());
             }
         });
 }
@@ -70,12 +66,21 @@ bool Termination::waits_for_signal() const {
     return signal != wake_up;
 }
 
-bool Termination::is_done_within(std::chrono::seconds patience) const {
+bool Termination::is_done_within(std::chrono::milliseconds patience) const {
+    using std::chrono::steady_clock;
     const sigset_t only = set_of({wake_up});
-    const timespec time = {static_cast<std::time_t>(patience.count()), 0};
-    while (!done && (sigtimedwait(&only, nullptr, &time) != -1 || errno == EINTR)) {
+    const steady_clock::time_point end = steady_clock::now() + patience;
+    while (!done) {
+        const std::chrono::nanoseconds left = end - steady_clock::now();
+        if (left.count() <= 0) {
+            return false;
+        }
+        constexpr long nanoseconds_of_a_second = 1000000000;
+        const timespec time = {static_cast<std::time_t>(left.count() / nanoseconds_of_a_second),
+                               static_cast<long>(left.count() % nanoseconds_of_a_second)};
+        sigtimedwait(&only, nullptr, &time);  // any end of it: `done` and the time decide
     }
-    return done;
+    return true;
 }
 
 }  // namespace headsetmgmt::program

@@ -10,20 +10,20 @@
 
 namespace headsetmgmt::program {
 
-/// Waits, on a thread of its own, for the process to be asked to end. Made before any other thread,
-/// so that all leave the signals to it.
+/// Waits, on a thread of its own, for the process to be asked to end. Made before any other thread
+/// that does not block SIGINT, SIGTERM and SIGUSR1 itself, so that all leave the signals to it.
 ///
 /// The first signal asks for a clean end. A second one ends the process at once, as that signal
 /// does by default. When there is neither a clean end nor a second signal within `patience`, the
-/// process ends with `exit_failed`.
+/// process ends all the same.
 class Termination {
 public:
-    static constexpr std::chrono::seconds default_patience{3};
+    static constexpr std::chrono::milliseconds default_patience{2500};
 
-    /// `on_signal` is called at the first signal, `on_overdue` before the process ends because it
-    /// is overdue; both on the waiting thread.
-    Termination(std::function<void()> on_signal, std::function<void()> on_overdue,
-                std::chrono::seconds patience = default_patience);
+    /// `on_signal` is called at the first signal, `on_overdue` when the end is overdue: the process
+    /// ends with the exit code that it returns. Both are called on the waiting thread.
+    Termination(std::function<void()> on_signal, std::function<int()> on_overdue,
+                std::chrono::milliseconds patience = default_patience);
     ~Termination();
 
     Termination(const Termination&) = delete;
@@ -31,7 +31,7 @@ public:
 
 private:
     bool waits_for_signal() const;
-    bool is_done_within(std::chrono::seconds patience) const;
+    bool is_done_within(std::chrono::milliseconds patience) const;
 
     std::atomic<bool> done{false};
     std::thread waiter;

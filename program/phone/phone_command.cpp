@@ -132,12 +132,13 @@ int run_phone(Arguments& arguments) {
         output.hurry();
         host.interrupt();
     };
-    const auto end_now = [&output, &host] {
-        output.hurry();
-        output.end(exit_failed, host.result_when_overdue());
+    const auto end_with_result = [&output, &host] {
+        const Event result = host.result();
+        return output.end(result["ok"].get<bool>() ? exit_done : exit_failed, result);
     };
-    const Termination termination(end_soon, end_now);
-    return output.end(host.run());
+    const Termination termination(end_soon, end_with_result);
+    host.run();
+    return end_with_result();
 }
 
 /// What there is: the phone, its servers and its accessories.

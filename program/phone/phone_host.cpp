@@ -59,7 +59,7 @@ PhoneHost::~PhoneHost() {
     current_host = nullptr;
 }
 
-int PhoneHost::run() {
+void PhoneHost::run() {
     std::thread network([this] { work_on_requests(); });
     if (bring_up()) {
         Lock lock(state_mutex);
@@ -75,18 +75,12 @@ int PhoneHost::run() {
     stop_headset_mgmt();
 
     tell_devices();
-    const Lock lock(state_mutex);
-    const bool is_broken_off = interrupted && !tally.is_complete();
-    const Event result = tally.result(is_broken_off ? interrupted_while : "");
-    if (!std::exchange(has_result, true)) {
-        output.tell(result);
-    }
-    return result["ok"].get<bool>() ? exit_done : exit_failed;
 }
 
-Event PhoneHost::result_when_overdue() {
+Event PhoneHost::result() {
     const Lock lock(state_mutex);
-    return std::exchange(has_result, true) ? Event() : tally.result(interrupted_while);
+    const bool is_broken_off = interrupted && !tally.is_complete();
+    return tally.result(is_broken_off ? interrupted_while : "");
 }
 
 /// Starts the library and attaches the accessories; false when it could not be started.

@@ -45,16 +45,15 @@ public:
     PhoneHost(const PhoneHost&) = delete;
     PhoneHost& operator=(const PhoneHost&) = delete;
 
-    /// From start to stop of the library; an exit code. `exit_done` when every accessory was
-    /// configured and every report accepted.
-    int run();
+    /// From start to stop of the library: until every accessory is configured and every report
+    /// accepted, or this cannot be.
+    void run();
 
     /// Ends the run soon. Any thread.
     void interrupt();
 
-    /// The last event of an interrupted run that does not come to its end; null when it was sent
-    /// already. Any thread.
-    Event result_when_overdue();
+    /// The event `result`, as things stand. Any thread.
+    Event result();
 
     // The library's host functions and its log callback. Any thread.
     void request(HttpRequestType type, const char* url, const char* body);
@@ -108,7 +107,6 @@ private:
     std::string interrupted_while;  // what was going on then
     bool interrupted = false;
     bool stopping = false;
-    bool has_result = false;  // the event was sent
 };
 
 /// The sentence for an event of a phone.

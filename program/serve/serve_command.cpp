@@ -27,22 +27,25 @@ struct Arguments {
 };
 
 int run_serve(const Arguments& arguments) {
-    LineWriter::Limits limits;
-    limits.waits = false;
-    Output output(arguments.json, serve_event_in_words, limits);
+    Output output(arguments.json, serve_event_in_words);
     std::signal(SIGPIPE, SIG_IGN);  // a reader of the output that goes away is no reason to end
     std::promise<void> asked_to_end;
     const auto end_soon = [&output, &asked_to_end] {
         output.hurry();
         asked_to_end.set_value();
     };
-    const auto end_now = [&output] {
-        output.hurry();
-        output.end(exit_failed);
-    };
+    const auto end_now = [&output] { return output.end(exit_failed); };
     const Termination termination(end_soon, end_now);
+    Event stopped;
+    const auto report = [&output, &stopped](const Event& event) {
+        if (event["event"] == "stopped") {
+            stopped = event;  // the last, however much the reader has missed
+        } else {
+            output.tell(event);
+        }
+    };
     try {
-        Server server(arguments.options, [&output](const Event& event) { output.tell(event); });
+        Server server(arguments.options, report);
         std::error_code unknown;
         if (std::filesystem::is_empty(arguments.options.documents, unknown)) {
             output.tell({{"event", "note"},
@@ -58,7 +61,7 @@ int run_serve(const Arguments& arguments) {
         }
         return output.end(error.exit_code);
     }
-    return output.end(exit_done);
+    return output.end(exit_done, stopped);
 }
 
 }  // namespace

@@ -37,7 +37,8 @@ def write_document(folder, setting):
 def arguments_for(server, accessories):
     arguments = ["--config-url", f"{server.url}/large.json"]
     for i in range(accessories):
-        facts = f"id={i},type=headset,vendorId=61525,model=Varos,softwareVersion=2-0-4"
+        facts = f"id={i},type=headset,vendorId=61525,model=Varos,serialNumber={i}"
+        facts += ",softwareVersion=2-0-4"
         arguments += ["--accessory", facts]
     return arguments
 

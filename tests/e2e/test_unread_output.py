@@ -12,7 +12,8 @@ import time
 import pytest
 
 from events import parsed
-from servers import PATIENCE, Scripted, wait_until
+from servers import PATIENCE, Scripted, Serve, wait_until
+from test_large_documents import arguments_for, write_document
 
 SOON = 5  # seconds from the first signal to the end
 LARGE_TEXT = "\x7f" * 1000000  # six times as long in an event
@@ -44,13 +45,13 @@ class Pipe:
             return pipe.read()[self.filled :].decode("ascii").splitlines()
 
     @contextlib.contextmanager
-    def running(self, command):
+    def running(self, command, errors=subprocess.PIPE):
         """A process, the only one that writes to the pipe."""
         process = subprocess.Popen(
             command,
             stdin=subprocess.DEVNULL,
             stdout=self.writing_end,
-            stderr=subprocess.PIPE,
+            stderr=errors,
             encoding="utf-8",
         )
         os.close(self.writing_end)
@@ -60,7 +61,8 @@ class Pipe:
         finally:
             process.kill()
             process.wait()
-            process.stderr.close()
+            if process.stderr:
+                process.stderr.close()
 
     def __enter__(self):
         return self
@@ -117,6 +119,48 @@ def test_phone_waits_for_a_reader_who_begins_at_the_end(program, benches, docume
     assert "lost" not in events
     assert errors == ""
     assert code == 0
+
+
+def test_phone_without_a_signal_waits_once_for_its_reader(program, benches, documents):
+    with Scripted(documents, [[{"document": "good.json"}]]) as server, Pipe() as pipe:
+        pipe.fill()
+        command = phone_command(program, benches, server.url)
+        with pipe.running(command) as process:
+            wait_until(lambda: "POST /inventory" in server.requests, "a report")
+            begin = time.monotonic()
+            process.wait(PATIENCE)
+            duration = time.monotonic() - begin
+            errors = process.stderr.read()
+    assert errors.startswith("headsetmgmt: lost: ")
+    assert process.returncode == 1
+    assert duration < 2 * SOON - 1  # 5 s
+
+
+def test_phone_and_standard_error_that_nobody_reads(program, benches, documents):
+    answers = [[{"document": "good.json"}]]
+    with Scripted(documents, answers, [["stall"]]) as server, Pipe() as pipe, Pipe() as errors:
+        pipe.fill()
+        errors.fill()
+        command = phone_command(program, benches, server.url)
+        with pipe.running(command, errors.writing_end) as process:
+            wait_until(lambda: "POST /inventory" in server.requests, "a report")
+            duration = end_with(process, signal.SIGTERM)
+    assert process.returncode == 1
+    assert duration < SOON
+
+
+def test_last_line_is_written_however_much_is_lost(program, tmp_path):
+    write_document(tmp_path, '{"name": "Sidetone"}')
+    with Serve(program, tmp_path, tmp_path) as server, Pipe() as pipe:
+        command = [program, "phone", "--json", "--verbose", *arguments_for(server, 1)]
+        command += ["--inventory-url", f"{server.url}/inventory"]
+        with pipe.running(command) as process:
+            wait_until(lambda: server.events("report"), "a report")
+            events = [parsed("phone", line) for line in pipe.read_lines()]
+            code = process.wait(PATIENCE)
+    assert sum(event["lines"] for event in events if event["event"] == "lost") > 0
+    assert events[-1]["event"] == "result"
+    assert code == 1
 
 
 def test_second_signal_ends_at_once(program, benches, documents):

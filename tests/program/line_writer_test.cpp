@@ -4,7 +4,9 @@
 #include <chrono>
 #include <cstddef>
 #include <fcntl.h>
+#include <future>
 #include <string>
+#include <sys/resource.h>
 #include <thread>
 #include <unistd.h>
 
@@ -44,6 +46,21 @@ public:
         fcntl(ends[1], F_SETFL, 0);
     }
 
+    /// Reads byte by byte, what filled it first, until `is_enough` says so of the rest.
+    template <typename IsEnough>
+    std::string read_by_bytes_until(IsEnough is_enough) {
+        std::string text;
+        char byte = 0;
+        while ((text.empty() || !is_enough(text)) && read(ends[0], &byte, 1) == 1) {
+            if (filled != 0) {
+                --filled;
+            } else {
+                text += byte;
+            }
+        }
+        return text;
+    }
+
     /// Reads until so many bytes were read after those that filled it.
     std::string read_bytes(std::size_t count) {
         std::string text;
@@ -70,11 +87,10 @@ private:
     std::size_t filled = 0;
 };
 
-LineWriter::Limits limits(std::size_t bytes, milliseconds patience, bool waits) {
+LineWriter::Limits limits(std::size_t bytes, milliseconds patience) {
     LineWriter::Limits all;
     all.bytes = bytes;
     all.patience = patience;
-    all.waits = waits;
     return all;
 }
 
@@ -103,11 +119,10 @@ TEST(LineWriter, LinesAreWrittenInTheirOrder) {
     EXPECT_EQ(0U, writer.finish().lost_lines);
 }
 
-TEST(LineWriter, WhatDoesNotFitIsLostAtOnceWhenNobodyMayWait) {
+TEST(LineWriter, WhatDoesNotFitIsLostAtOnce) {
     Pipe pipe;
     pipe.fill();
-    LineWriter writer(pipe.writing_end(), limits(room_for_two, forever, false), count_line,
-                      ignore_error);
+    LineWriter writer(pipe.writing_end(), limits(room_for_two, forever), count_line, ignore_error);
 
     writer.add(line_of('a'));
     writer.add(line_of('b'));
@@ -121,8 +136,7 @@ TEST(LineWriter, WhatDoesNotFitIsLostAtOnceWhenNobodyMayWait) {
 TEST(LineWriter, LossStandsWhereTheLinesAreMissing) {
     Pipe pipe;
     pipe.fill();
-    LineWriter writer(pipe.writing_end(), limits(room_for_two, forever, false), count_line,
-                      ignore_error);
+    LineWriter writer(pipe.writing_end(), limits(room_for_two, forever), count_line, ignore_error);
     writer.add(line_of('a'));
     writer.add(line_of('b'));
     writer.add(line_of('c'));
@@ -136,7 +150,7 @@ TEST(LineWriter, LossStandsWhereTheLinesAreMissing) {
 
 TEST(LineWriter, LineLongerThanTheQueueIsTakenWhenItIsEmpty) {
     Pipe pipe;
-    LineWriter writer(pipe.writing_end(), limits(10, forever, false), count_line, ignore_error);
+    LineWriter writer(pipe.writing_end(), limits(10, forever), count_line, ignore_error);
 
     writer.add(line_of('a'));
 
@@ -144,49 +158,10 @@ TEST(LineWriter, LineLongerThanTheQueueIsTakenWhenItIsEmpty) {
     EXPECT_EQ(0U, writer.finish().lost_lines);
 }
 
-TEST(LineWriter, ReaderWhoIsSlowerThanTheLinesLosesNone) {
-    constexpr std::size_t count = 2000;
-    Pipe pipe;
-    pipe.fill();
-    LineWriter writer(pipe.writing_end(), limits(room_for_two, forever, true), count_line,
-                      ignore_error);
-    std::string read;
-    std::thread reader([&] { read = pipe.read_bytes(count * 1000); });
-    std::string expected;
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::string line = line_of(static_cast<char>('a' + i % 26));
-        expected += line;
-        writer.add(line);
-    }
-    reader.join();
-
-    EXPECT_EQ(expected, read);
-    EXPECT_EQ(0U, writer.finish().lost_lines);
-}
-
-TEST(LineWriter, ReaderWhoReadsNothingIsWaitedForOnce) {
-    constexpr milliseconds patience{200};
-    constexpr int count = 500;
-    Pipe pipe;
-    pipe.fill();
-    LineWriter writer(pipe.writing_end(), limits(room_for_two, patience, true), count_line,
-                      ignore_error);
-
-    const auto begin = std::chrono::steady_clock::now();
-    for (int i = 0; i < count; ++i) {
-        writer.add(line_of('a'));
-    }
-    const auto duration = std::chrono::steady_clock::now() - begin;
-
-    EXPECT_GE(duration, patience);
-    EXPECT_LT(duration, patience * count / 10);
-    EXPECT_EQ(500U, writer.finish().lost_lines);
-}
-
 TEST(LineWriter, FinishGivesUpWhenNobodyReadsAndCountsWhatIsLeft) {
     Pipe pipe;
     pipe.fill();
-    LineWriter writer(pipe.writing_end(), limits(room_for_two, milliseconds(10), false), count_line,
+    LineWriter writer(pipe.writing_end(), limits(room_for_two, milliseconds(10)), count_line,
                       ignore_error);
     writer.add(line_of('a'));
     writer.add("b\nc\n");
@@ -198,7 +173,7 @@ TEST(LineWriter, FinishGivesUpWhenNobodyReadsAndCountsWhatIsLeft) {
 TEST(LineWriter, FinishWaitsForAReaderWhoReads) {
     Pipe pipe;
     pipe.fill();
-    LineWriter writer(pipe.writing_end(), limits(std::size_t{1} << 20U, forever, false), count_line,
+    LineWriter writer(pipe.writing_end(), limits(std::size_t{1} << 20U, forever), count_line,
                       ignore_error);
     std::string expected;
     for (int i = 0; i < 500; ++i) {
@@ -213,26 +188,110 @@ TEST(LineWriter, FinishWaitsForAReaderWhoReads) {
     EXPECT_EQ(expected, read);
 }
 
-TEST(LineWriter, HurryEndsAWaitForRoomAndMakesFinishShort) {
+// The reader goes on for longer than the patience, but never pauses for as long.
+TEST(LineWriter, FinishWaitsForASlowReader) {
+    constexpr milliseconds patience{1000};
     Pipe pipe;
     pipe.fill();
-    LineWriter writer(pipe.writing_end(), limits(room_for_two, forever, true), count_line,
+    LineWriter writer(pipe.writing_end(), limits(std::size_t{64} << 20U, patience), count_line,
                       ignore_error);
+    std::string expected;
+    for (int i = 0; i < 20000; ++i) {
+        expected += line_of('a');
+        writer.add(line_of('a'));
+    }
+    const auto begin = std::chrono::steady_clock::now();
+    std::string read;
+    std::thread reader([&] {
+        read = pipe.read_by_bytes_until([&](const std::string& /*text*/) {
+            return std::chrono::steady_clock::now() > begin + patience * 3 / 2;
+        });
+        read += pipe.read_bytes(expected.size() - read.size());
+    });
+
+    EXPECT_EQ(0U, writer.finish().lost_lines);
+    EXPECT_GT(std::chrono::steady_clock::now() - begin, patience);
+    reader.join();
+    EXPECT_EQ(expected, read);
+}
+
+TEST(LineWriter, FinishInAHurryIsShort) {
+    Pipe pipe;
+    pipe.fill();
+    LineWriter::Limits short_hurry = limits(room_for_two, forever);
+    short_hurry.hurry_for_all = milliseconds(10);
+    short_hurry.hurry_for_last = milliseconds(10);
+    LineWriter writer(pipe.writing_end(), short_hurry, count_line, ignore_error);
     writer.add(line_of('a'));
     writer.add(line_of('b'));
-    std::thread waiting([&] { writer.add(line_of('c')); });
 
     writer.hurry();
-    waiting.join();
 
-    EXPECT_EQ(3U, writer.finish().lost_lines);
+    EXPECT_EQ(3U, writer.finish("last\n").lost_lines);
+}
+
+TEST(LineWriter, HurryShortensAFinishThatWaits) {
+    Pipe pipe;
+    pipe.fill();
+    LineWriter::Limits short_hurry = limits(room_for_two, forever);
+    short_hurry.hurry_for_all = milliseconds(10);
+    short_hurry.hurry_for_last = milliseconds(10);
+    LineWriter writer(pipe.writing_end(), short_hurry, count_line, ignore_error);
+    std::size_t lost = 0;
+    std::thread finishing([&] { lost = writer.finish("last\n").lost_lines; });
+
+    writer.hurry();
+
+    finishing.join();
+    EXPECT_EQ(1U, lost);
+}
+
+TEST(LineWriter, InAHurryTheCountOfWhatWaitsAndTheLastLineAreLeft) {
+    Pipe pipe;
+    pipe.fill();
+    LineWriter::Limits last_alone = limits(std::size_t{64} << 20U, forever);
+    last_alone.hurry_for_all = milliseconds(0);
+    last_alone.hurry_for_last = forever;
+    LineWriter writer(pipe.writing_end(), last_alone, count_line, ignore_error);
+    constexpr std::size_t count = 5000;
+    for (std::size_t i = 0; i < count; ++i) {
+        writer.add(line_of('a'));
+    }
+    writer.hurry();
+    std::size_t lost = 0;
+    std::thread finishing([&] { lost = writer.finish("last\n").lost_lines; });
+
+    // So slowly that the reader cannot have all lines before the other thread finishes.
+    std::string read = pipe.read_by_bytes_until(
+        [](const std::string& text) { return text.back() == 't' || text.size() == count * 1000; });
+    read += pipe.read_bytes(std::string("lost 4999\nlast\n").size() - 4);
+
+    finishing.join();
+    const std::size_t lines = read.find("lost") / 1000;
+    EXPECT_EQ(count, lines + lost);
+    EXPECT_EQ("lost " + std::to_string(lost) + "\nlast\n", read.substr(lines * 1000));
+}
+
+TEST(LineWriter, SecondFinishReturnsAtOnce) {
+    Pipe pipe;
+    pipe.fill();
+    LineWriter writer(pipe.writing_end(), limits(room_for_two, milliseconds(500)), count_line,
+                      ignore_error);
+    writer.add(line_of('a'));
+    writer.finish();
+
+    const auto begin = std::chrono::steady_clock::now();
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_EQ(1U, writer.finish("other\n").lost_lines);
+    }
+
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, milliseconds(5000));
 }
 
 TEST(LineWriter, LastLineIsAddedInAnyCaseAndNoneAfterIt) {
     Pipe pipe;
     pipe.fill();
-    LineWriter writer(pipe.writing_end(), limits(room_for_two, forever, false), count_line,
-                      ignore_error);
+    LineWriter writer(pipe.writing_end(), limits(room_for_two, forever), count_line, ignore_error);
     writer.add(line_of('a'));
     writer.add(line_of('b'));
     std::string read;
@@ -276,12 +335,41 @@ TEST(LineWriter, FirstErrorIsReportedOnce) {
     EXPECT_EQ(ENOSPC, errors);
 }
 
+// As a full disk on which somebody makes room.
+TEST(LineWriter, LineThatAnErrorCutIsEndedAndCounted) {
+    const std::string path = testing::TempDir() + "line_writer_test." + std::to_string(getpid());
+    const int file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    ASSERT_NE(-1, file);
+    unlink(path.c_str());
+    rlimit before = {};
+    getrlimit(RLIMIT_FSIZE, &before);
+    rlimit small = before;
+    small.rlim_cur = 1500;
+    setrlimit(RLIMIT_FSIZE, &small);
+    std::promise<void> failed;
+    LineWriter writer(file, {}, count_line, [&failed](int /*error*/) { failed.set_value(); });
+    writer.add(line_of('a'));
+    writer.add(line_of('b'));
+    failed.get_future().wait();
+    setrlimit(RLIMIT_FSIZE, &before);
+
+    writer.add("c\n");
+    const LineWriter::Result result = writer.finish();
+
+    std::string text(4096, '\0');
+    text.resize(static_cast<std::size_t>(pread(file, text.data(), text.size(), 0)));
+    close(file);
+    EXPECT_EQ(line_of('a') + std::string(500, 'b') + "\nlost 1\nc\n", text);
+    EXPECT_EQ(EFBIG, result.error);
+    EXPECT_EQ(0U, result.lost_lines);
+}
+
 TEST(LineWriter, DescriptorThatDoesNotBlockIsNoErrorWhenItIsFull) {
     Pipe pipe;
     pipe.fill();
     fcntl(pipe.writing_end(), F_SETFL, O_NONBLOCK);
-    LineWriter writer(pipe.writing_end(), limits(room_for_two, milliseconds(200), false),
-                      count_line, ignore_error);
+    LineWriter writer(pipe.writing_end(), limits(room_for_two, milliseconds(200)), count_line,
+                      ignore_error);
     writer.add(line_of('a'));
 
     const LineWriter::Result result = writer.finish();
@@ -295,8 +383,7 @@ TEST(LineWriter, DescriptorThatDoesNotBlockIsWaitedFor) {
     Pipe pipe;
     pipe.fill();
     fcntl(pipe.writing_end(), F_SETFL, O_NONBLOCK);
-    LineWriter writer(pipe.writing_end(), limits(room_for_two, forever, false), count_line,
-                      ignore_error);
+    LineWriter writer(pipe.writing_end(), limits(room_for_two, forever), count_line, ignore_error);
     std::string read;
     std::thread reader([&] { read = pipe.read_bytes(1000); });
 
