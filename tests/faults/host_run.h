@@ -7,7 +7,7 @@
 #include <functional>
 #include <iosfwd>
 
-#include "plugin/phone_host.h"
+#include "support/phone_host.h"
 
 namespace headsetmgmt::test_support {
 

@@ -6,8 +6,8 @@
 #include <gtest/gtest.h>
 
 #include "faults/failing_memory.h"
-#include "plugin/phone_host.h"
 #include "support/failing_pthread.h"
+#include "support/phone_host.h"
 
 namespace headsetmgmt::test_support {
 namespace {

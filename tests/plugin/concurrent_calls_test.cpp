@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "plugin/phone_host.h"
+#include "support/phone_host.h"
 
 namespace headsetmgmt::test_support {
 namespace {

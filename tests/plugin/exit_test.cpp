@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include "plugin/phone_host.h"
 #include "support/lock_attempt.h"
+#include "support/phone_host.h"
 
 namespace headsetmgmt::test_support {
 namespace {

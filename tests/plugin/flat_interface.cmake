@@ -1,6 +1,6 @@
 # The plug-in from outside: the flat interface, start and stop, the host's events.
 
-set(flat_interface_libraries headsetmgmt_plugin headsetmgmt_core headsetmgmt_fake_host)
+set(flat_interface_libraries headsetmgmt_plugin headsetmgmt_core)
 
 headsetmgmt_add_test(flat_interface_test
     SOURCES
@@ -9,7 +9,6 @@ headsetmgmt_add_test(flat_interface_test
         exit_test.cpp
         flat_interface_test.cpp
         host_events_test.cpp
-        phone_host.cpp
         phone_plugin_impl_test.cpp
         stop_test.cpp
         transcripts_changes_test.cpp
@@ -20,7 +19,6 @@ headsetmgmt_add_test(flat_interface_test
 headsetmgmt_add_test(stop_windows_test
     SOURCES
         exit_windows_test.cpp
-        phone_host.cpp
         stop_anywhere_test.cpp
         stop_under_way.cpp
         stop_windows_test.cpp
@@ -28,25 +26,25 @@ headsetmgmt_add_test(stop_windows_test
 
 # A program of its own: its linker hands one of the plug-in's calls to the test first.
 headsetmgmt_add_test(manager_deletions_test
-    SOURCES manager_deletions_test.cpp phone_host.cpp
+    SOURCES manager_deletions_test.cpp
     LIBRARIES ${flat_interface_libraries})
 target_link_options(manager_deletions_test PRIVATE
     -Wl,--wrap=_ZN11headsetmgmt6config21delete_config_managerEv)
 
 # A program of its own: it counts what the whole program allocates.
 headsetmgmt_add_test(growth_test
-    SOURCES growth_test.cpp phone_host.cpp
+    SOURCES growth_test.cpp
     LIBRARIES ${flat_interface_libraries})
 
 # A program of its own: it stands before the threads library.
 headsetmgmt_add_test(start_failure_test
-    SOURCES phone_host.cpp start_failure_test.cpp
+    SOURCES start_failure_test.cpp
     LIBRARIES ${flat_interface_libraries})
 
 # Its own program, with an operator new of its own.
 headsetmgmt_add_test(shortage_test
-    SOURCES phone_host.cpp shortage_test.cpp ../support/short_memory.cpp
-    LIBRARIES ${flat_interface_libraries})
+    SOURCES shortage_test.cpp
+    LIBRARIES ${flat_interface_libraries} headsetmgmt_short_memory)
 
 # A host that loads the shared library: it exports the host functions.
 add_executable(unload_test unload_test.cpp)

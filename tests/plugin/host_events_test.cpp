@@ -5,8 +5,8 @@
 #include "headsetmgmt/config_manager.h"
 #include "headsetmgmt/plugins.h"
 
-#include "plugin/phone_host.h"
 #include "plugin/phone_plugin_impl.h"
+#include "support/phone_host.h"
 #include "support/small_stack.h"
 
 namespace headsetmgmt::test_support {

@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "plugin/phone_host.h"
 #include "plugin/phone_plugin_impl.h"
 #include "support/lock_attempt.h"
+#include "support/phone_host.h"
 
 namespace headsetmgmt::test_support {
 namespace {

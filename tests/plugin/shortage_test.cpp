@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "plugin/phone_host.h"
+#include "support/phone_host.h"
 #include "support/short_memory.h"
 
 namespace headsetmgmt::test_support {

@@ -5,8 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include "plugin/phone_host.h"
 #include "support/failing_pthread.h"
+#include "support/phone_host.h"
 
 namespace headsetmgmt::test_support {
 namespace {

@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "plugin/phone_host.h"
+#include "support/phone_host.h"
 
 namespace headsetmgmt::test_support {
 

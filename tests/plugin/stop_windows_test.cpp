@@ -12,7 +12,7 @@
 
 #include "config/config_manager_impl.h"
 #include "plugin/stop_under_way.h"
-#include "runtime/watched_task.h"
+#include "support/watched_task.h"
 
 namespace headsetmgmt::test_support {
 namespace {

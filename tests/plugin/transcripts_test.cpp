@@ -4,7 +4,7 @@
 
 #include "headsetmgmt/phone/flat_interface.h"
 
-#include "plugin/phone_host.h"
+#include "support/phone_host.h"
 
 namespace headsetmgmt::test_support {
 namespace {

@@ -10,9 +10,9 @@
 #include <gtest/gtest.h>
 
 #include "runtime/executor_impl.h"
-#include "runtime/watched_task.h"
 #include "support/recording_log.h"
 #include "support/virtual_time.h"
+#include "support/watched_task.h"
 
 namespace headsetmgmt::test_support {
 

@@ -6,8 +6,8 @@
 
 #include "headsetmgmt/executor.h"
 
-#include "runtime/watched_task.h"
 #include "support/virtual_time.h"
+#include "support/watched_task.h"
 
 namespace headsetmgmt {
 namespace {

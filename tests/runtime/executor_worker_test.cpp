@@ -11,10 +11,10 @@
 #include <gtest/gtest.h>
 
 #include "runtime/executor_impl.h"
-#include "runtime/watched_task.h"
 #include "support/event.h"
 #include "support/recording_log.h"
 #include "support/virtual_time.h"
+#include "support/watched_task.h"
 
 namespace headsetmgmt {
 namespace {

@@ -1,6 +1,6 @@
 // A phone at the flat interface that owns the clock.
 
-#include "plugin/phone_host.h"
+#include "support/phone_host.h"
 
 #include <chrono>
 #include <ctime>
