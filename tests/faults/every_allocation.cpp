@@ -59,13 +59,13 @@ void complain(Report& report, const std::string& complaint) {
     }
 }
 
-Texts sorted(Texts texts) {
+Lines sorted(Lines texts) {
     std::sort(texts.begin(), texts.end());
     return texts;
 }
 
 /// The same for the same lines in another order.
-std::uint64_t fingerprint(const Texts& lines) {
+std::uint64_t fingerprint(const Lines& lines) {
     std::uint64_t sum = lines.size();
     for (const std::string& line : lines) {
         sum += std::hash<std::string>()(line);
@@ -74,10 +74,10 @@ std::uint64_t fingerprint(const Texts& lines) {
 }
 
 /// What of `expected` is not in `texts`, each as often as it is missing.
-Texts missing(const Texts& texts, const Texts& expected) {
-    Texts absent;
-    const Texts had = sorted(texts);
-    const Texts wanted = sorted(expected);
+Lines missing(const Lines& texts, const Lines& expected) {
+    Lines absent;
+    const Lines had = sorted(texts);
+    const Lines wanted = sorted(expected);
     std::set_difference(wanted.begin(), wanted.end(), had.begin(), had.end(),
                         std::back_inserter(absent));
     return absent;
@@ -88,7 +88,7 @@ std::vector<void*> stack_of(const Report& report) {
 }
 
 /// What is wrong with the use in which memory ran out.
-void judge_disturbed(const RunRecord& use, Shortage shortage, Report& report) {
+void judge_disturbed(const WholeRun& use, Shortage shortage, Report& report) {
     for (const std::string& step : use.refused_twice) {
         if (shortage == Shortage::one && is_repeatable(step)) {
             complain(report, step + " answered false again with memory");
@@ -105,7 +105,7 @@ void judge_disturbed(const RunRecord& use, Shortage shortage, Report& report) {
 }
 
 /// What is wrong with a use, the next one or another, that had all the memory it wanted.
-void judge_undisturbed(const std::string& which, const RunRecord& use, Report& report) {
+void judge_undisturbed(const std::string& which, const WholeRun& use, Report& report) {
     for (const std::string& step : use.refused) {
         complain(report, which + step + " answered false");
     }
@@ -138,7 +138,7 @@ void use_three_times(long nth, Shortage shortage, long watched, const Report* us
                      Report& report) {
     LibraryMemory::begin(nth, shortage);
     LibraryMemory::watch(watched);
-    const RunRecord disturbed = start_and_use();
+    const WholeRun disturbed = start_and_use();
     report.allocations = LibraryMemory::allocations();
     report.json_allocations = LibraryMemory::json_allocations();
     LibraryMemory::end_shortage();
@@ -153,7 +153,7 @@ void use_three_times(long nth, Shortage shortage, long watched, const Report* us
     judge_stopped(next, stop(), report);
 
     const std::string last = "in the last use, ";
-    const RunRecord undisturbed = start_and_use();
+    const WholeRun undisturbed = start_and_use();
     judge_undisturbed(last, undisturbed, report);
     if (!missing(expected_calls(), undisturbed.calls).empty()) {
         complain(report, last + "the host was called more often");

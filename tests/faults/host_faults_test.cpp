@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "faults/host_run.h"
+#include "support/event.h"
 #include "support/nth_call.h"
 
 namespace headsetmgmt::test_support {
@@ -193,8 +194,8 @@ INSTANTIATE_TEST_SUITE_P(Calls, FactThatIsNull,
 /// What is left of a run when one call of a host function throws.
 struct Throw {
     CallOfARun call;
-    Calls left;  // the throwing call counts
-    bool reset;  // what the reset answers
+    CallCounts left;  // the throwing call counts
+    bool reset;       // what the reset answers
 };
 
 void PrintTo(const Throw& thrown, std::ostream* stream) {
@@ -265,7 +266,7 @@ TEST_P(StallingHostFunction, HoldsUpAStopAndNoOtherCall) {
     host.start_up();
     fake_host().behave(usual_but_at(GetParam(), [&] {
         stalled.happen();
-        may_return.wait();
+        EXPECT_TRUE(may_return.wait());
     }));
     host.let_worker_go();
     std::future<void> run = std::async(std::launch::async, [&] {
@@ -274,7 +275,7 @@ TEST_P(StallingHostFunction, HoldsUpAStopAndNoOtherCall) {
                 [&] { return stopping || fake_host().http_requests().size() >= requests; });
         });
     });
-    stalled.wait();
+    EXPECT_TRUE(stalled.wait());
 
     // Calls of another thread, which need nothing that the stalled one uses.
     EXPECT_TRUE(tell_urls());
@@ -362,7 +363,7 @@ TEST_P(LateAnswer, ServesTheRunThatHasBegunSince) {
     EXPECT_TRUE(attach_both());
 
     answer();
-    const Calls served = since.now();
+    const CallCounts served = since.now();
     host.run_worker();
 
     // The run's own fetch was queued, and is of no use any more.
@@ -451,7 +452,7 @@ TEST_P(AnswerGivenTwice, ConfiguresEachAccessoryOnce) {
         }
     }
 
-    EXPECT_EQ(since.now(), (Calls{GetParam().fetches, 0, 4, 2, 0, 0}));
+    EXPECT_EQ(since.now(), (CallCounts{GetParam().fetches, 0, 4, 2, 0, 0}));
     expect_usual_runs(host);
 }
 

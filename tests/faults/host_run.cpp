@@ -13,7 +13,7 @@ namespace headsetmgmt::test_support {
 
 namespace {
 
-Calls all_calls() {
+CallCounts all_calls() {
     const FakeHost& host = fake_host();
     const std::vector<HttpRequestCall> requests = host.http_requests();
     const auto fetches = static_cast<std::size_t>(
@@ -44,15 +44,15 @@ const char document_with_firmware[] = R"({"templateConfiguration": {
         {"firmwareName": "k30.bin", "firmwareVersion": "1-0-3", "firmwareParams": [
             {"name": "Sidetone", "usageId": 34, "value": 2, "access": "Admin"}]}]}]}})";
 
-bool operator==(const Calls& left, const Calls& right) {
-    const auto all = [](const Calls& calls) {
+bool operator==(const CallCounts& left, const CallCounts& right) {
+    const auto all = [](const CallCounts& calls) {
         return std::tie(calls.fetches, calls.posts, calls.changes, calls.upgrades, calls.facts,
                         calls.checks);
     };
     return all(left) == all(right);
 }
 
-void PrintTo(const Calls& calls, std::ostream* stream) {
+void PrintTo(const CallCounts& calls, std::ostream* stream) {
     *stream << calls.fetches << " fetches, " << calls.posts << " posts, " << calls.changes
             << " changes, " << calls.upgrades << " upgrades, " << calls.facts << " facts, "
             << calls.checks << " checks";
@@ -60,8 +60,8 @@ void PrintTo(const Calls& calls, std::ostream* stream) {
 
 CallsSince::CallsSince() : before(all_calls()) {}
 
-Calls CallsSince::now() const {
-    const Calls calls = all_calls();
+CallCounts CallsSince::now() const {
+    const CallCounts calls = all_calls();
     return {calls.fetches - before.fetches, calls.posts - before.posts,
             calls.changes - before.changes, calls.upgrades - before.upgrades,
             calls.facts - before.facts,     calls.checks - before.checks};

@@ -12,7 +12,7 @@
 namespace headsetmgmt::test_support {
 
 /// How often each host function was called.
-struct Calls {
+struct CallCounts {
     std::size_t fetches;  ///< `httpRequest` of one kind and the other
     std::size_t posts;
     std::size_t changes;   ///< `apply_changes`
@@ -21,21 +21,21 @@ struct Calls {
     std::size_t checks;    ///< `check_firmware_upgrade`
 };
 
-bool operator==(const Calls& left, const Calls& right);
-void PrintTo(const Calls& calls, std::ostream* stream);
+bool operator==(const CallCounts& left, const CallCounts& right);
+void PrintTo(const CallCounts& calls, std::ostream* stream);
 
 /// The calls of the fake host from the making of the object on.
 class CallsSince {
 public:
     CallsSince();
-    Calls now() const;
+    CallCounts now() const;
 
 private:
-    Calls before;
+    CallCounts before;
 };
 
 /// The calls of `attach_configure_report_reset` when nothing goes wrong.
-constexpr Calls usual_calls = {2, 1, 6, 2, 3, 0};
+constexpr CallCounts usual_calls = {2, 1, 6, 2, 3, 0};
 
 /// A document that gives the headsets below two settings and a firmware.
 extern const char document_with_firmware[];

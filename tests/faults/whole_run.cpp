@@ -48,10 +48,10 @@ constexpr char unusable_document[] =
     R"({"templateConfiguration": {"commonSettings": [{"name": ]}})";
 
 std::mutex record_mutex;  // guards the two below
-RunRecord record;
+WholeRun record;
 int unanswered = 0;  // fetches
 
-void note(Texts RunRecord::*list, const std::string& text) {
+void note(Lines WholeRun::*list, const std::string& text) {
     const std::lock_guard<std::mutex> record_lock(record_mutex);
     (record.*list).push_back(text);
 }
@@ -63,7 +63,7 @@ void note_fetch() {
 
 void note_line(int, const char* text) {
     const Outside outside;
-    note(&RunRecord::lines, text);
+    note(&WholeRun::lines, text);
 }
 
 AccessoryCache headset(const char* id) {
@@ -138,12 +138,12 @@ std::string report_call(const std::string& dock) {
 })";
 }
 
-Texts sorted(Texts texts) {
+Lines sorted(Lines texts) {
     std::sort(texts.begin(), texts.end());
     return texts;
 }
 
-bool is_in(const Texts& texts, const std::string& text) {
+bool is_in(const Lines& texts, const std::string& text) {
     return std::find(texts.begin(), texts.end(), text) != texts.end();
 }
 
@@ -157,11 +157,11 @@ bool expect_true(const char* name, Call call) {
     if (try_it()) {
         return true;
     }
-    note(&RunRecord::refused, name);
+    note(&WholeRun::refused, name);
     if (try_it()) {
         return true;
     }
-    note(&RunRecord::refused_twice, name);
+    note(&WholeRun::refused_twice, name);
     return false;
 }
 
@@ -170,7 +170,7 @@ void expect_false(const char* name, Call call) {
     const Inside inside;
     if (call()) {
         const Outside outside;
-        note(&RunRecord::granted, name);
+        note(&WholeRun::granted, name);
     }
 }
 
@@ -260,7 +260,7 @@ void use_library(RunWorker run_worker) {
 
 }  // namespace
 
-RunRecord start_and_use() {
+WholeRun start_and_use() {
     record = {};
     unanswered = 0;
     WorkerClock::let_go();
@@ -280,8 +280,8 @@ long stop() {
     return LibraryMemory::allocations() - before;
 }
 
-const Texts& expected_calls() {
-    static const Texts calls = sorted(
+const Lines& expected_calls() {
+    static const Lines calls = sorted(
         {// The camera's run.
          fetch_call,
          // The headsets' run, of which the first fetch fails.
@@ -304,7 +304,7 @@ const Texts& expected_calls() {
 }
 
 bool is_permitted_call(const std::string& call) {
-    static const Texts substitutes = {
+    static const Lines substitutes = {
         // The URL was not told, or not all of the servers.
         "httpRequest 0 defaultheadsetconfig.json null",
         "httpRequest 0 http://{tftp}/phones/of/{userid}/headsets.json null",
@@ -323,36 +323,36 @@ bool is_repeatable(const std::string& step) {
 using headsetmgmt::test_support::LibraryMemory;
 using headsetmgmt::test_support::note;
 using headsetmgmt::test_support::note_fetch;
-using headsetmgmt::test_support::RunRecord;
+using headsetmgmt::test_support::WholeRun;
 
 bool httpRequest(HttpRequestType type, const char* url, const char* body) {
     const LibraryMemory::Outside outside;
     if (type == HTTP_REQUEST_GET) {
         note_fetch();
     }
-    note(&RunRecord::calls, "httpRequest " + std::to_string(type) + " " + url + " " +
-                                (body != nullptr ? body : "null"));
+    note(&WholeRun::calls, "httpRequest " + std::to_string(type) + " " + url + " " +
+                               (body != nullptr ? body : "null"));
     return true;
 }
 
 bool apply_changes(const char* device_id, const char* name, int usage_id, const char* value) {
     const LibraryMemory::Outside outside;
-    note(&RunRecord::calls, std::string("apply_changes ") + device_id + "|" + name + "|" +
-                                std::to_string(usage_id) + "|" + value);
+    note(&WholeRun::calls, std::string("apply_changes ") + device_id + "|" + name + "|" +
+                               std::to_string(usage_id) + "|" + value);
     return true;
 }
 
 bool request_firmware_upgrade(const char* device_id, const char* version,
                               const char* firmware_name) {
     const LibraryMemory::Outside outside;
-    note(&RunRecord::calls, std::string("request_firmware_upgrade ") + device_id + "|" + version +
-                                "|" + firmware_name);
+    note(&WholeRun::calls, std::string("request_firmware_upgrade ") + device_id + "|" + version +
+                               "|" + firmware_name);
     return true;
 }
 
 bool check_firmware_upgrade(const char* device_id) {
     const LibraryMemory::Outside outside;
-    note(&RunRecord::calls, std::string("check_firmware_upgrade ") + device_id);
+    note(&WholeRun::calls, std::string("check_firmware_upgrade ") + device_id);
     return true;
 }
 

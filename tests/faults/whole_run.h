@@ -4,30 +4,29 @@
 #pragma once
 
 #include <string>
-#include <vector>
+
+#include "support/lines.h"
 
 namespace headsetmgmt::test_support {
 
-using Texts = std::vector<std::string>;
-
 /// What one whole run came to.
-struct RunRecord {
-    Texts refused;        ///< steps that should answer true, and answered false
-    Texts refused_twice;  ///< and again when the host repeated them at once
-    Texts granted;        ///< steps that should answer false, and answered true
-    Texts calls;          ///< of host functions, in their order
-    Texts lines;          ///< of the log, in their order
+struct WholeRun {
+    Lines refused;        ///< steps that should answer true, and answered false
+    Lines refused_twice;  ///< and again when the host repeated them at once
+    Lines granted;        ///< steps that should answer false, and answered true
+    Lines calls;          ///< of host functions, in their order
+    Lines lines;          ///< of the log, in their order
 };
 
 /// Creates and starts the library, if it is not, and does everything but stop it. For the thread
 /// that loaded the program, like the next.
-RunRecord start_and_use();
+WholeRun start_and_use();
 
 /// Stops the library; how many allocations that took.
 long stop();
 
 /// The host's calls that a whole run makes, in the order of their texts.
-const Texts& expected_calls();
+const Lines& expected_calls();
 
 /// Whether the call may be made when memory is short: one of the above, or one of the few that
 /// follow from what got lost.

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/event.h"
 #include "support/lock_attempt.h"
 #include "support/phone_host.h"
 
@@ -25,13 +26,6 @@ void start_with(const HostBehaviour& behaviour) {
     create_headset_mgmt(record_host_log_line);
     start_headset_mgmt("", "", "");
     tell_urls();
-}
-
-/// For a process that another thread ends.
-[[noreturn]] void wait_for_the_end() {
-    for (;;) {
-        Event().wait();
-    }
 }
 
 TEST_F(ExitDeathTest, ExitOfALibraryThatWasNeverStarted) {
@@ -134,7 +128,7 @@ TEST_F(ExitDeathTest, CallsDuringAnExitAreTurnedAway) {
                 std::_Exit(anything_true ? 8 : 7);
             }).detach();
             HostBehaviour behaviour = usual_behaviour();
-            behaviour.on_http_request = [](const HttpRequestCall&) { wait_for_the_end(); };
+            behaviour.on_http_request = [](const HttpRequestCall&) { wait_forever(); };
             fake_host().behave(behaviour);
             configure_headset(shared(headset_1()));
             fake_host().wait_for_http_requests(1);

@@ -15,6 +15,7 @@
 
 #include "plugin/phone_plugin_impl.h"
 #include "plugin/stop_under_way.h"
+#include "support/event.h"
 
 namespace headsetmgmt::test_support {
 namespace {
@@ -83,13 +84,6 @@ void report() {
     send_inventory(shared(headset_1()));
 }
 
-/// For a process that another thread ends.
-[[noreturn]] void wait_for_the_end() {
-    for (;;) {
-        Event().wait();
-    }
-}
-
 struct ExitWindow {
     const char* name;
     void (*run)();
@@ -139,7 +133,7 @@ TEST_P(ExitWhileTheHostIsDeathTest, MayBeCalledByTheHostItself) {
         {
             create_with_host(GetParam().moment, [] { std::exit(exited); });
             std::thread(GetParam().run).detach();
-            wait_for_the_end();
+            wait_forever();
         },
         ExitedWithCode(exited), "");
 }
@@ -243,7 +237,7 @@ TEST_F(ExitWindowsDeathTest, ExitFromInsideAHostFunctionLeavesWhatAStartMade) {
             at_the_very_end = [] { require(PhonePluginImpl::executor_ != nullptr); };
             create_with_host({"httpRequest 0"}, [] { std::exit(exited); });
             attach();
-            wait_for_the_end();
+            wait_forever();
         },
         ExitedWithCode(exited), "");
 }
@@ -259,7 +253,7 @@ TEST_F(ExitWindowsDeathTest, ExitFromInsideAHostFunctionMakesTheWorkerLeave) {
             };
             create_with_host({"apply_changes"}, [] { std::exit(exited); });
             configure();
-            wait_for_the_end();
+            wait_forever();
         },
         ExitedWithCode(exited), "");
 }

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/event.h"
 #include "support/phone_host.h"
 
 namespace headsetmgmt::test_support {
@@ -32,7 +33,9 @@ class WorkerInsideHttpRequest : public ::testing::Test {
 protected:
     WorkerInsideHttpRequest() {
         HostBehaviour behaviour = usual_behaviour();
-        behaviour.on_http_request = [this](const HttpRequestCall&) { may_return.wait(); };
+        behaviour.on_http_request = [this](const HttpRequestCall&) {
+            EXPECT_TRUE(may_return.wait());
+        };
         fake_host().behave(behaviour);
         host.start_up();
         configure_headset(shared(headset_1()));

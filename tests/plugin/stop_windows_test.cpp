@@ -12,6 +12,7 @@
 
 #include "config/config_manager_impl.h"
 #include "plugin/stop_under_way.h"
+#include "support/event.h"
 #include "support/watched_task.h"
 
 namespace headsetmgmt::test_support {
@@ -374,7 +375,7 @@ TEST(StopWindowsTest, TaskThatIsAskedWhetherItIsReadyIsTheLast) {
         watched.timeout = 60;
         watched.status = [&] {
             asked.happen();
-            may_answer.wait();
+            EXPECT_TRUE(may_answer.wait());
             return answer;
         };
         PhoneHost host;
@@ -382,7 +383,7 @@ TEST(StopWindowsTest, TaskThatIsAskedWhetherItIsReadyIsTheLast) {
         add_watched(*globals::plugins.executor, work, watched);
         report();
         host.let_worker_go();
-        asked.wait();
+        ASSERT_TRUE(asked.wait());
 
         StopUnderWay stop;
         EXPECT_TRUE(stop.wait_until_worker_is_joined());

@@ -53,20 +53,21 @@ void expect_service() {
     // Again and again: a fetch that was queued before may serve the first of them.
     constexpr int rounds = 5;
     for (int round = 0; round < rounds; ++round) {
-        const unsigned long settings = count_of(Event::probe_setting);
+        const unsigned long settings = count_of(Counter::probe_setting);
         if (!configure_headset(probe())) {
             fail("the probe's configuration is refused");
         }
-        wait_for("a configuration run", [&] { return count_of(Event::probe_setting) > settings; });
+        wait_for("a configuration run",
+                 [&] { return count_of(Counter::probe_setting) > settings; });
     }
     int value = 1;
     if (!retrieve_config(probe_id, USAGE_EQUALIZER, &value) || value != 0) {
         fail("the probe has no settings");
     }
 
-    const unsigned long reports = count_of(Event::probe_report);
+    const unsigned long reports = count_of(Counter::probe_report);
     send_inventory(probe());
-    wait_for("a report", [&] { return count_of(Event::probe_report) > reports; });
+    wait_for("a report", [&] { return count_of(Counter::probe_report) > reports; });
 }
 
 /// Leaves tasks in the queue for the stop to drop.

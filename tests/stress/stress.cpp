@@ -65,16 +65,16 @@ void print_summary(const Director& director) {
         calls += count.calls;
     }
     std::printf("calls: %lu\n", calls);
-    std::printf("requests: %lu fetches, %lu reports\n", count_of(Event::fetch),
-                count_of(Event::report));
-    std::printf("runs: %lu completed, %lu with a document handed out\n", count_of(Event::run),
-                count_of(Event::document));
-    std::printf("devices: %lu settings, %lu upgrades\n", count_of(Event::setting),
-                count_of(Event::upgrade));
-    std::printf("host: %lu lines taken, %lu exceptions thrown\n", count_of(Event::line),
-                count_of(Event::exception));
+    std::printf("requests: %lu fetches, %lu reports\n", count_of(Counter::fetch),
+                count_of(Counter::report));
+    std::printf("runs: %lu completed, %lu with a document handed out\n", count_of(Counter::run),
+                count_of(Counter::document));
+    std::printf("devices: %lu settings, %lu upgrades\n", count_of(Counter::setting),
+                count_of(Counter::upgrade));
+    std::printf("host: %lu lines taken, %lu exceptions thrown\n", count_of(Counter::line),
+                count_of(Counter::exception));
     std::printf("stops: %lu survived, %u of them at rest; the longest took %" PRId64 " ms\n",
-                count_of(Event::stop), director.stops_at_rest(),
+                count_of(Counter::stop), director.stops_at_rest(),
                 static_cast<std::int64_t>(longest_stop().count()));
     const auto print = [](const char* when, const Footprint& held) {
         std::printf("after the %s stop at rest: %ld allocations, %d threads, %d descriptors\n",

@@ -65,7 +65,7 @@ void call_back_in() {
 void throw_sometimes() {
     constexpr unsigned int seldom = 500;
     if (!is_calm() && dice().one_in(seldom)) {
-        note(Event::exception);
+        note(Counter::exception);
         if (dice().one_in(2)) {
             throw std::runtime_error("the host's own");
         }
@@ -139,16 +139,16 @@ const char* tell_fact() {
 void take_log_line(int level, const char* text) {
     constexpr int host_level = 5;
     const std::string_view line = text;
-    note(Event::line);
+    note(Counter::line);
     if (level != host_level) {
         fail("a line of level %d", level);
     }
     if (line == "Lib::ConfigManagerImpl: clean_up_pending_config_requests: ENTER") {
-        note(Event::run);
+        note(Counter::run);
     } else if (line == "Lib::ConfigManagerImpl: on_fetch_config_successExit") {
-        note(Event::document);
+        note(Counter::document);
     } else if (line == "stop headset mgmt\n") {
-        note(Event::stop);
+        note(Counter::stop);
     }
 
     constexpr unsigned int seldom = 30;
@@ -185,17 +185,17 @@ bool httpRequest(HttpRequestType type, const char* url, const char* body) {
         fail("a request without a URL");
     }
     if (type == HTTP_REQUEST_POST) {
-        note(Event::report);
+        note(Counter::report);
         const std::string_view report = body;
         if (report.empty() || report.front() != '{' || report.back() != '}') {
             fail("a report that is no object: %s", body);
         }
         if (report.find(probe_serial_number) != std::string_view::npos) {
-            note(Event::probe_report);
+            note(Counter::probe_report);
         }
         call_back_in();
     } else {
-        note(Event::fetch);
+        note(Counter::fetch);
         if (is_calm()) {
             deliver_answer(good_document(), ok);
         } else {
@@ -212,9 +212,9 @@ bool apply_changes(const char* device_id, const char* /*name*/, int /*usage_id*/
                    const char* /*value*/) {
     using namespace headsetmgmt::stress;
     const HostScope scope;
-    note(Event::setting);
+    note(Counter::setting);
     if (std::string_view(device_id) == probe_id) {
-        note(Event::probe_setting);
+        note(Counter::probe_setting);
     }
     const AccessoryAtHand at_hand(device_id);
     call_back_in();
@@ -226,7 +226,7 @@ bool request_firmware_upgrade(const char* device_id, const char* /*version*/,
                               const char* /*firmware_name*/) {
     using namespace headsetmgmt::stress;
     const HostScope scope;
-    note(Event::upgrade);
+    note(Counter::upgrade);
     const AccessoryAtHand at_hand(device_id);
     call_back_in();
     throw_sometimes();

@@ -11,17 +11,18 @@ namespace headsetmgmt::stress {
 
 namespace {
 
-std::array<std::atomic<unsigned long>, static_cast<std::size_t>(Event::number_of_events)> counts{};
+std::array<std::atomic<unsigned long>, static_cast<std::size_t>(Counter::number_of_counters)>
+    counts{};
 std::atomic<unsigned long> failures{0};
 
 }  // namespace
 
-void note(Event event) {
-    counts[static_cast<std::size_t>(event)].fetch_add(1, std::memory_order_relaxed);
+void note(Counter counter) {
+    counts[static_cast<std::size_t>(counter)].fetch_add(1, std::memory_order_relaxed);
 }
 
-unsigned long count_of(Event event) {
-    return counts[static_cast<std::size_t>(event)].load(std::memory_order_relaxed);
+unsigned long count_of(Counter counter) {
+    return counts[static_cast<std::size_t>(counter)].load(std::memory_order_relaxed);
 }
 
 void fail(const char* format, ...) {

@@ -16,9 +16,8 @@
 
 namespace headsetmgmt::test_support {
 
-using Lines = std::vector<std::string>;     ///< log lines, each behind the name of its level
-using Calls = std::vector<std::string>;     ///< calls of the configuration driver
-using Settings = std::vector<std::string>;  ///< "<usage id> <name>=<value> (<access>)"
+using Calls = Lines;     ///< calls of the configuration driver
+using Settings = Lines;  ///< "<usage id> <name>=<value> (<access>)"
 
 /// A headset's configuration object, its members open to the tests.
 class OpenConfig : public config::HeadsetConfigImpl {
@@ -39,15 +38,7 @@ struct ConfigBench {
     FakeAccessory accessory;
 
     /// All lines so far, such as "info HeadsetConfigImpl: update_from_server: success".
-    Lines lines() const {
-        static const char* const names[] = {"critical", "error", "warning",
-                                            "notice",   "info",  "debug"};
-        Lines lines;
-        for (const LogLine& line : plugins.log.lines()) {
-            lines.push_back(names[static_cast<int>(line.level)] + (" " + line.text));
-        }
-        return lines;
-    }
+    Lines lines() const { return with_levels(plugins.log.lines()); }
 
     void clear_lines() { plugins.log.take(); }
 

@@ -68,7 +68,7 @@ std::vector<FirmwareUpgradeCall> FakeHost::firmware_upgrades() const {
     return upgrades;
 }
 
-std::vector<std::string> FakeHost::upgrade_checks() const {
+Lines FakeHost::upgrade_checks() const {
     const std::lock_guard<std::mutex> host_lock(host_mutex);
     return checks;
 }
@@ -83,7 +83,7 @@ std::vector<std::pair<int, std::string>> FakeHost::log_lines() const {
     return lines;
 }
 
-std::vector<std::string> FakeHost::transcript() const {
+Lines FakeHost::transcript() const {
     const std::lock_guard<std::mutex> host_lock(host_mutex);
     return events;
 }

@@ -14,6 +14,8 @@
 
 #include "headsetmgmt/phone/host_types.h"
 
+#include "support/lines.h"
+
 namespace headsetmgmt::test_support {
 
 /// One call of `httpRequest`.
@@ -76,15 +78,15 @@ public:
     std::vector<HttpRequestCall> http_requests() const;
     std::vector<ApplyChangesCall> applied_changes() const;
     std::vector<FirmwareUpgradeCall> firmware_upgrades() const;
-    std::vector<std::string> upgrade_checks() const;  ///< device ids
-    int facts_asked() const;                          ///< calls of the functions that answer a text
+    Lines upgrade_checks() const;  ///< device ids
+    int facts_asked() const;       ///< calls of the functions that answer a text
     std::vector<std::pair<int, std::string>> log_lines() const;
 
     /// Everything in the order in which it happened, one text a call:
     /// "httpRequest 0 <url> <body or null>", "apply_changes <id>|<name>|<usage id>|<value>",
     /// "request_firmware_upgrade <id>|<version>|<firmware name>", "check_firmware_upgrade <id>",
     /// "log <level> <line>".
-    std::vector<std::string> transcript() const;
+    Lines transcript() const;
 
     /// Waits until `reached` holds, asked anew after each call of the host; false when it does not
     /// hold within a minute. `reached` is called without a lock and may ask this host.
@@ -110,10 +112,10 @@ private:
     std::vector<HttpRequestCall> requests;
     std::vector<ApplyChangesCall> changes;
     std::vector<FirmwareUpgradeCall> upgrades;
-    std::vector<std::string> checks;
+    Lines checks;
     int facts = 0;
     std::vector<std::pair<int, std::string>> lines;
-    std::vector<std::string> events;
+    Lines events;
     std::size_t happened = 0;  // only grows
 };
 

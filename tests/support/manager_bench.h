@@ -16,18 +16,6 @@
 
 namespace headsetmgmt::test_support {
 
-using Lines = std::vector<std::string>;
-
-/// Log lines as "<level> <text>", such as "notice Lib::ConfigManagerImpl: remove_accessory: ENTER".
-inline Lines with_levels(const std::vector<LogLine>& lines) {
-    static const char* const levels[] = {"critical", "error", "warning", "notice", "info", "debug"};
-    Lines texts;
-    for (const LogLine& line : lines) {
-        texts.push_back(std::string(levels[static_cast<int>(line.level)]) + " " + line.text);
-    }
-    return texts;
-}
-
 /// Makes the manager on the first use and deletes it, and what is still queued, at its own end.
 class ManagerBench {
 public:

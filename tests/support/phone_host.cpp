@@ -6,6 +6,7 @@
 #include <ctime>
 #include <dirent.h>
 #include <fstream>
+#include <future>
 
 namespace headsetmgmt::test_support {
 
@@ -56,14 +57,6 @@ AccessoryCache camera_1() {
 
 std::shared_ptr<AccessoryCache> shared(const AccessoryCache& record) {
     return std::make_shared<AccessoryCache>(record);
-}
-
-Lines joined(std::initializer_list<Lines> pieces) {
-    Lines all;
-    for (const Lines& piece : pieces) {
-        all.insert(all.end(), piece.begin(), piece.end());
-    }
-    return all;
 }
 
 HostBehaviour usual_behaviour() {

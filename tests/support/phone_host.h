@@ -5,21 +5,17 @@
 #include <chrono>
 #include <cstddef>
 #include <functional>
-#include <future>
-#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "headsetmgmt/phone/flat_interface.h"
 
 #include "support/fake_host.h"
+#include "support/lines.h"
 #include "support/virtual_time.h"
 
 namespace headsetmgmt::test_support {
-
-using Lines = std::vector<std::string>;
 
 /// The one headset of most tests: a maker's "Varos K30" of version "1-0-2" with the id "headset-1".
 AccessoryCache headset_1();
@@ -32,9 +28,6 @@ AccessoryCache camera_1();
 
 /// As a host passes it to the flat interface.
 std::shared_ptr<AccessoryCache> shared(const AccessoryCache& record);
-
-/// All in one transcript.
-Lines joined(std::initializer_list<Lines> pieces);
 
 /// A document that gives a "K30" the administrator's setting 34 "Sidetone" of the value 2.
 extern const char document_with_sidetone[];
@@ -53,19 +46,6 @@ int threads_named(const std::string& name);
 
 /// The worker's, once it has begun.
 constexpr char worker_name[] = "Headset-mgmt ta";
-
-/// An event that happens once.
-class Event {
-public:
-    void happen() { promise.set_value(); }
-
-    /// Waits until it happens.
-    void wait() const { future.wait(); }
-
-private:
-    std::promise<void> promise;
-    std::shared_future<void> future = promise.get_future().share();
-};
 
 /// A host whose clock stands still until the test moves it, so that what happens on the test's
 /// thread and on the worker has one order. Stops the library at the end. Steps are for the test's

@@ -47,6 +47,14 @@ void PrintTo(const LogLine& line, std::ostream* stream) {
     *stream << '"';
 }
 
+Lines with_levels(const std::vector<LogLine>& lines) {
+    Lines texts;
+    for (const LogLine& line : lines) {
+        texts.push_back(name_of(line.level) + (" " + line.text));
+    }
+    return texts;
+}
+
 int RecordingLog::map_to_host_log_level(log::LogLevel level) const {
     return static_cast<int>(level);
 }
@@ -67,8 +75,8 @@ std::vector<LogLine> RecordingLog::lines() const {
     return recorded;
 }
 
-std::vector<std::string> RecordingLog::texts() const {
-    std::vector<std::string> texts;
+Lines RecordingLog::texts() const {
+    Lines texts;
     for (const LogLine& line : lines()) {
         texts.push_back(line.text);
     }

@@ -10,6 +10,8 @@
 
 #include "headsetmgmt/log.h"
 
+#include "support/lines.h"
+
 namespace headsetmgmt::test_support {
 
 /// One line as it was delivered.
@@ -28,6 +30,9 @@ inline bool operator!=(const LogLine& left, const LogLine& right) {
 /// Shows the level's name and the text with its line ends and quotes escaped.
 void PrintTo(const LogLine& line, std::ostream* stream);
 
+/// Each as "<level> <text>", such as "notice Lib::ConfigManagerImpl: remove_accessory: ENTER".
+Lines with_levels(const std::vector<LogLine>& lines);
+
 /// Keeps every line in the order of its delivery. Any thread.
 class RecordingLog : public log::HostLogInterface {
 public:
@@ -45,7 +50,7 @@ public:
     std::vector<LogLine> lines() const;
 
     /// The texts of all lines so far, for tests to which the level does not matter.
-    std::vector<std::string> texts() const;
+    Lines texts() const;
 
     /// All lines so far, and forgets them.
     std::vector<LogLine> take();
