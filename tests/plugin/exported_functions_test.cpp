@@ -1,27 +1,36 @@
-// Each exported function, used as somebody outside does: with the shared library alone, the public
-// headers, and implementations of the interfaces written here.
+// Each exported function, used as somebody outside does: with the shared library alone, which calls
+// a host and implementations of the core's interfaces that know its public headers.
 
-#include <chrono>
-#include <condition_variable>
 #include <map>
 #include <memory>
-#include <mutex>
-#include <string>
-#include <vector>
+#include <stdexcept>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "headsetmgmt/config.h"
 #include "headsetmgmt/log.h"
 #include "headsetmgmt/metrics.h"
 #include "headsetmgmt/phone/flat_interface.h"
-#include "headsetmgmt/phone/host_functions.h"
 #include "headsetmgmt/plugins.h"
 #include "headsetmgmt/utilities.h"
 
+#include "support/fake_accessory.h"
+#include "support/fake_config_driver.h"
+#include "support/fake_dispatcher.h"
+#include "support/fake_executor.h"
+#include "support/fake_host.h"
+#include "support/fake_mutex_factory.h"
+#include "support/fake_system_info.h"
+#include "support/lines.h"
+#include "support/recording_log.h"
+
+namespace headsetmgmt::test_support {
 namespace {
 
-using namespace headsetmgmt;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::StartsWith;
 
 constexpr char document[] = R"({"templateConfiguration": {
     "updatedTime": 1795248000,
@@ -34,232 +43,60 @@ constexpr char document[] = R"({"templateConfiguration": {
             "firmwareParams": [
                 {"name": "Sidetone", "usageId": 34, "value": "medium", "access": "Admin"}]}]}]}})";
 
-/// What the library asked of its host. Any thread.
-class Host {
-public:
-    void tell(const std::string& deed) {
-        const std::lock_guard<std::mutex> lock(mutex);
-        deeds.push_back(deed);
-        changed.notify_all();
-    }
-
-    /// Whether `deed` is there, or comes.
-    bool wait_for(const std::string& deed) {
-        std::unique_lock<std::mutex> lock(mutex);
-        return changed.wait_for(lock, std::chrono::seconds(60), [&] { return count(deed) > 0; });
-    }
-
-    int times(const std::string& deed) {
-        const std::lock_guard<std::mutex> lock(mutex);
-        return count(deed);
-    }
-
-    void forget() {
-        const std::lock_guard<std::mutex> lock(mutex);
-        deeds.clear();
-    }
-
-private:
-    int count(const std::string& deed) const {
-        int found = 0;
-        for (const std::string& done : deeds) {
-            found += done == deed ? 1 : 0;
-        }
-        return found;
-    }
-
-    std::mutex mutex;  // guards the deeds
-    std::condition_variable changed;
-    std::vector<std::string> deeds;
-};
-
-Host host;
-
-void on_log_line(int level, const char* text) {
-    host.tell("log " + std::to_string(level) + " " + text);
-}
-
-}  // namespace
-
-bool httpRequest(HttpRequestType type, const char* url, const char* body) {
-    host.tell(std::string(type == HTTP_REQUEST_GET ? "GET " : "POST ") + url +
-              (body != nullptr ? " with a body" : ""));
-    return true;
-}
-
-bool apply_changes(const char* device_id, const char* name, int usage_id, const char* value) {
-    host.tell(std::string("set ") + device_id + " " + name + " " + std::to_string(usage_id) + " " +
-              value);
-    return true;
-}
-
-bool request_firmware_upgrade(const char* device_id, const char* version, const char* image) {
-    host.tell(std::string("upgrade ") + device_id + " " + version + " " + image);
-    return true;
-}
-
-bool check_firmware_upgrade(const char* /*device_id*/) {
-    return true;
-}
-
-const char* get_host_serial_num() {
-    return "PH0012345";
-}
-
-const char* get_host_os_ver() {
-    return "5.10.4";
-}
-
-const char* get_orvik_ver() {
-    return "14-2-1";
-}
-
-namespace {
-
-// Implementations of the core's interfaces, as another host than the phone would write them.
-
-class Sink : public log::HostLogInterface {
-public:
-    int map_to_host_log_level(log::LogLevel level) const override {
-        return static_cast<int>(level);
-    }
-    void print(log::LogLevel /*level*/, const std::string& line) override { lines.push_back(line); }
-
-    std::vector<std::string> lines;
-};
-
-class Accessory : public AccessoryInfoInterface {
-public:
-    explicit Accessory(ACCESSORY_TYPE accessory_type) : type(accessory_type) {}
-
-    ACCESSORY_TYPE get_type() const override { return type; }
-    AccessoryInfoInterface* clone() const override { return new Accessory(*this); }
-    std::string get_vendor(SystemInfoInterface*) override { return "Varos"; }
-    std::string get_model() override { return "Varos K30"; }
-    std::string get_serial_number(SystemInfoInterface*) override { return "ABCDEFG4"; }
-    std::string get_software_version() override { return "2-0-4"; }
-    std::string get_hardware_version() override { return ""; }
-    std::string get_dock_serial_number() override { return ""; }
-    std::string get_dock_model() override { return ""; }
-    std::string get_dongle_serial_number() override { return ""; }
-    std::string get_dongle_model() override { return ""; }
-    std::string get_dongle_version() override { return ""; }
-    std::string get_connection_type() override { return "USB"; }
-    std::string get_connection_status() override { return "connected"; }
-    bool data_ready() override { return true; }
-    bool firmware_data_ready() override { return true; }
-    bool is_varos_vid() override { return type == HEADSET; }
-    void set_connection(const std::string&, const std::string&) override {}
-    void reset() override {}
-
-private:
-    ACCESSORY_TYPE type;
-};
-
-class Dispatcher : public dispatcher::DispatcherInterface {
-public:
-    int push(dispatcher::RequestContext*) const override { return REQUEST_DONE; }
-    int get(dispatcher::RequestContext*, std::string&) const override { return REQUEST_REFUSED; }
-};
-
-class Driver : public config::HostConfigDriverInterface {
-public:
-    bool apply_config_to_device(const std::string& id, const std::string& name, int usage_id,
-                                const std::string& value) const override {
-        applied.push_back(id + " " + name + " " + std::to_string(usage_id) + " " + value);
-        return true;
-    }
-    bool request_upgrade(const std::string&, const std::string&,
-                         const std::string&) const override {
-        return true;
-    }
-    void on_failure(const std::string&, config::ConfigureResponse) const override {}
-    void on_pending(const std::string&, config::ConfigureResponse) const override {}
-
-    mutable std::vector<std::string> applied;
-};
-
-class SystemInfo : public SystemInfoInterface {
-public:
-    std::string get_host_client_type() override { return ""; }
-    std::string get_host_device_name() override { return ""; }
-    std::string get_host_serial_number() override { return ""; }
-    std::string get_host_model() override { return ""; }
-    std::string get_host_software_version() override { return ""; }
-    std::string get_host_hardware_version() override { return ""; }
-    std::string get_host_user_id() override { return ""; }
-    std::string get_persistent_storage_location() override { return ""; }
-    std::string get_config_url() override { return ""; }
-    std::string get_inventory_post_url() override { return ""; }
-    std::string get_metrics_service_info_url() override { return ""; }
-    std::string get_korm_server(unsigned int) override { return ""; }
-    std::string get_tftp_server(unsigned int) override { return ""; }
-    std::vector<std::string> get_korm_servers() override { return {}; }
-    bool data_ready() override { return true; }
-};
-
-class Executor final : public ExecutorInterface {
-public:
-    void add_task(task_functor, void*, TaskParametersInterface* params) override {
-        kinds.push_back(params->get_type());
-    }
-
-    std::vector<int> kinds;
-};
-
-class Mutex : public MutexInterface {
-public:
-    bool lock() override {
-        mutex.lock();
-        return true;
-    }
-    void unlock() override { mutex.unlock(); }
-
-private:
-    std::recursive_mutex mutex;
-};
-
-class MutexFactory : public MutexFactoryInterface {
-public:
-    MutexInterface* create_mutex(bool) override { return new Mutex(); }
-    void delete_mutex(MutexInterface* mutex) override { delete mutex; }
-};
-
-/// The core with a record of these. The record is never taken out again, so it lives for ever.
+/// The core with a record of fakes. The record is never taken out again, so it lives forever.
 struct World {
     World() {
-        record.log = &sink;
+        record.log = &log;
         record.dispatcher = &dispatcher;
-        record.config_driver = &driver;
+        record.config_driver = &config_driver;
         record.system_info = &system_info;
         record.executor = &executor;
         record.mutex_factory = &mutex_factory;
     }
 
-    Sink sink;
-    Dispatcher dispatcher;
-    Driver driver;
-    SystemInfo system_info;
-    Executor executor;
-    MutexFactory mutex_factory;
+    RecordingLog log;
+    FakeDispatcher dispatcher;
+    FakeConfigDriver config_driver;
+    FakeSystemInfo system_info;
+    FakeExecutor executor;
+    FakeMutexFactory mutex_factory;
     Plugins record;
 };
 
 World& installed_world() {
-    static auto* world = new World;
-    world->sink.lines.clear();
-    world->driver.applied.clear();
-    world->executor.kinds.clear();
+    static auto* const world = new World;
+    world->config_driver.take_calls();
+    world->executor.drop_all();
     EXPECT_TRUE(init(world->record));
     return *world;
+}
+
+struct Headset : FakeAccessory {
+    Headset() {
+        vendor = "Varos";
+        model = "Varos K30";
+        serial_number = "ABCDEFG4";
+        software_version = "2-0-4";
+    }
+};
+
+/// The calls of the host functions, without the log lines.
+Lines calls() {
+    Lines calls;
+    for (const std::string& event : fake_host().transcript()) {
+        if (event.compare(0, 4, "log ") != 0) {
+            calls.push_back(event);
+        }
+    }
+    return calls;
 }
 
 /// The phone's library, started, with one headset that was attached and configured.
 class FlatInterfaceTest : public testing::Test {
 protected:
     void SetUp() override {
-        host.forget();
-        ASSERT_TRUE(create_headset_mgmt(on_log_line));
+        FakeHost& host = fresh_fake_host();
+        ASSERT_TRUE(create_headset_mgmt(record_host_log_line));
         ASSERT_TRUE(start_headset_mgmt("TRM", "14-2-1", "./"));
         const char* tftp_servers[3] = {"192.0.2.1", "", ""};
         const char* korm_servers[3] = {"192.0.2.2", "", ""};
@@ -271,10 +108,11 @@ protected:
         headset->serial_number = "ABCDEFG4123";
         headset->software_version = "2-0-4";
         ASSERT_TRUE(configure_headset(headset));
-        ASSERT_TRUE(host.wait_for("GET http://192.0.2.1/user-17.json"));
+        ASSERT_TRUE(host.wait_for_http_requests(1));
         httpResponse(document, 200);
-        ASSERT_EQ(host.times("set headset-1 Sidetone 34 medium"), 1);
-        ASSERT_EQ(host.times("upgrade headset-1 2-1-0 k20.img"), 1);
+        ASSERT_THAT(calls(), ElementsAre("httpRequest 0 http://192.0.2.1/user-17.json null",
+                                         "apply_changes headset-1|Sidetone|34|medium",
+                                         "request_firmware_upgrade headset-1|2-1-0|k20.img"));
     }
 
     void TearDown() override { stop_headset_mgmt(); }
@@ -283,12 +121,13 @@ protected:
 };
 
 TEST_F(FlatInterfaceTest, HostsLogCallbackGetsTheLines) {
-    EXPECT_EQ(host.times("log 5 init_headsetmgmt_lib.\n"), 1);
+    EXPECT_THAT(fake_host().transcript(), Contains("log 5 init_headsetmgmt_lib.\n").Times(1));
 }
 
 TEST_F(FlatInterfaceTest, InventoryIsPosted) {
     send_inventory(headset);
-    EXPECT_TRUE(host.wait_for("POST http://192.0.2.2/inventory with a body"));
+    EXPECT_TRUE(fake_host().wait_for_http_requests(2));
+    EXPECT_THAT(calls().back(), StartsWith("httpRequest 2 http://192.0.2.2/inventory {"));
 }
 
 TEST_F(FlatInterfaceTest, SettingIsRead) {
@@ -304,8 +143,8 @@ TEST_F(FlatInterfaceTest, SettingsChangedOnThePhoneAreNotTaken) {
 TEST_F(FlatInterfaceTest, FactoryResetSendsTheUsersSettingsToo) {
     EXPECT_TRUE(factory_reset("headset-1"));
 
-    EXPECT_EQ(host.times("set headset-1 1 Speaker Volume 32 7"), 1);
-    EXPECT_EQ(host.times("set headset-1 Sidetone 34 medium"), 2);
+    EXPECT_THAT(calls(), Contains("apply_changes headset-1|1 Speaker Volume|32|7").Times(1));
+    EXPECT_THAT(calls(), Contains("apply_changes headset-1|Sidetone|34|medium").Times(2));
 }
 
 TEST_F(FlatInterfaceTest, RemovedAccessoryIsForgotten) {
@@ -327,7 +166,7 @@ TEST(ExportedFunctionsTest, InitInstallsACompleteRecordAndRefusesAnother) {
 
 TEST(ExportedFunctionsTest, ConfigObjectAppliesADocument) {
     World& world = installed_world();
-    const Accessory headset(HEADSET);
+    const Headset headset;
 
     config::ConfigInterface* made = create_config("headset-1", &headset);
     ASSERT_NE(made, nullptr);
@@ -336,27 +175,29 @@ TEST(ExportedFunctionsTest, ConfigObjectAppliesADocument) {
     delete_config(made);
 
     EXPECT_EQ(settings.size(), 2U);
-    EXPECT_EQ(world.driver.applied, (std::vector<std::string>{"headset-1 Sidetone 34 medium"}));
+    EXPECT_THAT(world.config_driver.calls(),
+                Contains(R"(apply_config_to_device("headset-1", "Sidetone", 34, "medium"))"));
 }
 
 TEST(ExportedFunctionsTest, MetricQueuesATask) {
     World& world = installed_world();
-    Accessory headset(HEADSET);
+    Headset headset;
 
     metrics::MetricsInterface* metric = create_metric(&headset);
     EXPECT_EQ(metric->get_type(), metrics::HEADSET_INVENTORY);
     EXPECT_TRUE(metric->send());
     delete_metric(metric);
 
-    EXPECT_EQ(world.executor.kinds, (std::vector<int>{1}));
+    ASSERT_EQ(world.executor.size(), 1U);
+    EXPECT_EQ(world.executor.params()->get_type(), 1);
 }
 
 TEST(ExportedFunctionsTest, LoggerWritesToItsSink) {
-    Sink sink;
+    RecordingLog sink;
     log::Logger* logger = create_logger(&sink, "Outside", true);
     logger->notice() << "hello";
     delete_logger(logger);
-    EXPECT_EQ(sink.lines, (std::vector<std::string>{"Outside: hello"}));
+    EXPECT_EQ(with_levels(sink.lines()), (Lines{"notice Outside: hello"}));
 }
 
 TEST(ExportedFunctionsTest, HeadsetModelIsDecidedFromTexts) {
@@ -366,19 +207,20 @@ TEST(ExportedFunctionsTest, HeadsetModelIsDecidedFromTexts) {
 
 TEST(ExportedFunctionsTest, HeadsetModelIsDecidedFromAnAccessory) {
     installed_world();
-    Accessory headset(HEADSET);
+    Headset headset;
     EXPECT_EQ(get_headset_model(&headset), "Varos K20");
 }
 
-TEST(ExportedFunctionsTest, MakersHeadsetIsToldFromOthers) {
-    Accessory headset(HEADSET);
-    Accessory camera(CAMERA);  // which here has another vendor id
+TEST(ExportedFunctionsTest, MakersHeadsetIsDistinguishedFromOthers) {
+    Headset headset;
+    FakeAccessory camera(CAMERA);
+    camera.varos_vid = false;
     EXPECT_TRUE(isVarosHeadset(&headset));
     EXPECT_FALSE(isVarosHeadset(&camera));
 }
 
 TEST(ExportedFunctionsTest, EveryHeadsetSupportsDowngrade) {
-    Accessory headset(HEADSET);
+    Headset headset;
     EXPECT_TRUE(headset_support_downgrade(&headset));
     EXPECT_TRUE(headset_support_downgrade(nullptr));
 }
@@ -398,3 +240,4 @@ TEST(ExportedFunctionsTest, WaitLiesWithinItsSpread) {
 }
 
 }  // namespace
+}  // namespace headsetmgmt::test_support

@@ -1,92 +1,19 @@
 // The shared library in a process that loads and unloads it. The program is the host: it exports
 // the host functions that the library binds.
 
-#include <atomic>
-#include <chrono>
-#include <condition_variable>
 #include <dlfcn.h>
 #include <fstream>
-#include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <thread>
 
 #include <gtest/gtest.h>
 
-#include "headsetmgmt/phone/host_functions.h"
-
+#include "support/event.h"
+#include "support/fake_host.h"
 #include "support/joining_thread.h"
 
-using headsetmgmt::test_support::wait_until_joining;
-
-namespace {
-
-std::mutex requests_mutex;  // guards the next three
-std::condition_variable requests_changed;
-int requests = 0;
-bool blocking = false;  // a request does not return
-std::function<void()> on_request;
-
-bool wait_for_requests(int count) {
-    std::unique_lock<std::mutex> requests_lock(requests_mutex);
-    const bool came = requests_changed.wait_for(requests_lock, std::chrono::seconds(60),
-                                                [count] { return requests >= count; });
-    requests = 0;
-    return came;
-}
-
-void set_blocking(bool block) {
-    const std::lock_guard<std::mutex> requests_lock(requests_mutex);
-    blocking = block;
-    requests_changed.notify_all();
-}
-
-std::atomic<int> lines{0};
-
-void count_line(int, const char*) {
-    ++lines;
-}
-
-}  // namespace
-
-bool httpRequest(HttpRequestType, const char*, const char*) {
-    std::unique_lock<std::mutex> requests_lock(requests_mutex);
-    ++requests;
-    requests_changed.notify_all();
-    requests_changed.wait(requests_lock, [] { return !blocking; });
-    const std::function<void()> answer = on_request;
-    requests_lock.unlock();
-    if (answer) {
-        answer();
-    }
-    return true;
-}
-
-bool apply_changes(const char*, const char*, int, const char*) {
-    return true;
-}
-
-bool request_firmware_upgrade(const char*, const char*, const char*) {
-    return true;
-}
-
-bool check_firmware_upgrade(const char*) {
-    return true;
-}
-
-const char* get_host_serial_num() {
-    return "PHONE0001";
-}
-
-const char* get_host_os_ver() {
-    return "6.1";
-}
-
-const char* get_orvik_ver() {
-    return "12.5";
-}
-
+namespace headsetmgmt::test_support {
 namespace {
 
 bool is_loaded() {
@@ -114,7 +41,8 @@ public:
     LoadedLibrary& operator=(const LoadedLibrary&) = delete;
 
     bool create() const {
-        return function<bool (*)(HostLogCallback)>("_Z19create_headset_mgmtPFviPKcE")(count_line);
+        return function<bool (*)(HostLogCallback)>("_Z19create_headset_mgmtPFviPKcE")(
+            record_host_log_line);
     }
     bool start() const {
         using Start = bool (*)(const char*, const char*, const char*);
@@ -144,53 +72,63 @@ private:
     void* handle;
 };
 
-TEST(UnloadTest, LibraryIsLoadedStartedStoppedAndUnloadedTwice) {
+class UnloadTest : public ::testing::Test {
+protected:
+    UnloadTest() { fresh_fake_host(); }
+};
+
+TEST_F(UnloadTest, LibraryIsLoadedStartedStoppedAndUnloadedTwice) {
     for (int round = 0; round < 2; ++round) {
+        fresh_fake_host();
         {
             const LoadedLibrary library;
             ASSERT_TRUE(is_loaded());
             EXPECT_TRUE(library.create());
             EXPECT_TRUE(library.start());
             EXPECT_TRUE(library.attach());
-            EXPECT_TRUE(wait_for_requests(1));
+            EXPECT_TRUE(fake_host().wait_for_http_requests(1));
             library.stop();
         }
         EXPECT_FALSE(is_loaded());
     }
-    EXPECT_GT(lines, 0);
+    EXPECT_FALSE(fake_host().log_lines().empty());
 }
 
-TEST(UnloadTest, UnloadingWithoutAStopEndsTheWorker) {
+TEST_F(UnloadTest, UnloadingWithoutAStopEndsTheWorker) {
     for (int round = 0; round < 2; ++round) {
+        fresh_fake_host();
         {
             const LoadedLibrary library;
             EXPECT_TRUE(library.create());
             EXPECT_TRUE(library.start());
             EXPECT_TRUE(library.attach());
-            EXPECT_TRUE(wait_for_requests(1));
+            EXPECT_TRUE(fake_host().wait_for_http_requests(1));
         }
         EXPECT_FALSE(is_loaded());
     }
 }
 
-TEST(UnloadTest, UnloadingWaitsForTheWorkersCallOfTheHost) {
+TEST_F(UnloadTest, UnloadingWaitsForTheWorkersCallOfTheHost) {
+    Event may_return;
+    HostBehaviour behaviour;
+    behaviour.on_http_request = [&](const HttpRequestCall&) { EXPECT_TRUE(may_return.wait()); };
+    fake_host().behave(behaviour);
     auto library = std::make_unique<LoadedLibrary>();
     EXPECT_TRUE(library->create());
     EXPECT_TRUE(library->start());
-    set_blocking(true);
     EXPECT_TRUE(library->attach());
-    EXPECT_TRUE(wait_for_requests(1));
+    EXPECT_TRUE(fake_host().wait_for_http_requests(1));
 
     std::thread unloader([&] { library.reset(); });
     EXPECT_TRUE(wait_until_joining(unloader.native_handle()));
     EXPECT_TRUE(is_loaded());
-    set_blocking(false);
+    may_return.happen();
     unloader.join();
 
     EXPECT_FALSE(is_loaded());
 }
 
-TEST(UnloadTest, UnloadingDropsATaskThatIsHeldBack) {
+TEST_F(UnloadTest, UnloadingDropsATaskThatIsHeldBack) {
     {
         const LoadedLibrary library;
         EXPECT_TRUE(library.create());
@@ -198,30 +136,30 @@ TEST(UnloadTest, UnloadingDropsATaskThatIsHeldBack) {
         EXPECT_TRUE(library.attach(""));
     }
     EXPECT_FALSE(is_loaded());
-    EXPECT_EQ(requests, 0);
+    EXPECT_TRUE(fake_host().http_requests().empty());
 }
 
-TEST(UnloadTest, HostThatFailsForEverCannotHoldTheUnloadingUp) {
+TEST_F(UnloadTest, HostThatFailsForEverCannotHoldTheUnloadingUp) {
     {
         const LoadedLibrary library;
         EXPECT_TRUE(library.create());
         EXPECT_TRUE(library.start());
-        {
-            const std::lock_guard<std::mutex> requests_lock(requests_mutex);
-            on_request = [answer = library.answer()] { answer("", 404); };
-        }
+        HostBehaviour behaviour;
+        behaviour.on_http_request = [answer = library.answer()](const HttpRequestCall&) {
+            answer("", 404);
+        };
+        fake_host().behave(behaviour);
         EXPECT_TRUE(library.attach());
-        EXPECT_TRUE(wait_for_requests(100));
+        EXPECT_TRUE(fake_host().wait_for_http_requests(100));
     }
     EXPECT_FALSE(is_loaded());
-    on_request = nullptr;
-    requests = 0;
 }
 
-TEST(UnloadTest, LibraryThatWasNeverUsedIsUnloaded) {
+TEST_F(UnloadTest, LibraryThatWasNeverUsedIsUnloaded) {
     { const LoadedLibrary library; }
 
     EXPECT_FALSE(is_loaded());
 }
 
 }  // namespace
+}  // namespace headsetmgmt::test_support
