@@ -1,13 +1,11 @@
 """The phone against atftpd."""
 
 import re
-import socket
-import threading
 
 import pytest
 
 from phone import Phone, comparable, is_interleaving
-from servers import Atftpd
+from servers import Atftpd, TftpServer
 
 ACCESSORY = (
     "id=desk,type=headset,vendorId=61525,model=Varos K30,serialNumber=A1,softwareVersion=2-1-0"
@@ -86,42 +84,17 @@ def test_empty_document(program, tftp):
     assert code == 1
 
 
-class FallsSilent:
-    """A TFTP server that sends its first blocks, if any, and then answers nothing more."""
-
-    def __init__(self, blocks):
-        self.blocks = blocks
-
-    def __enter__(self):
-        self.socket = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
-        self.socket.bind(("127.0.0.1", 0))
-        self.url = f"tftp://127.0.0.1:{self.socket.getsockname()[1]}"
-        self.thread = threading.Thread(target=self.serve)
-        self.thread.start()
-        return self
-
-    def __exit__(self, *failure):
-        with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as last:
-            last.sendto(b"", self.socket.getsockname())
-        self.thread.join()
-        self.socket.close()
-
-    def serve(self):
-        number = 0
-        while True:
-            request, client = self.socket.recvfrom(600)
-            if not request:
-                return
-            if number < self.blocks:
-                number += 1
-                self.socket.sendto(b"\0\3" + number.to_bytes(2, "big") + b" " * 512, client)
+def blocks_then_silence(blocks):
+    """What answers with the first blocks of a document, if any, and then no more."""
+    packets = (b"\0\3" + number.to_bytes(2, "big") + b" " * 512 for number in range(1, blocks + 1))
+    return lambda request: next(packets, None)
 
 
 @pytest.mark.parametrize(
     ("blocks", "words"), [(0, "no answer for # s"), (1, "not complete after # s")]
 )
 def test_server_that_falls_silent_is_left_before_the_time_limit(program, blocks, words):
-    with FallsSilent(blocks) as server:
+    with TftpServer(blocks_then_silence(blocks)) as server:
         code, lines = run(program, server.url, "good.json", "--stall", "1")
     lines = [re.sub(r"\d+(\.\d)? s$", "# s", line) for line in lines]
     expected = [

@@ -113,31 +113,3 @@ def tls_context(certificate, key):
     context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
     context.load_cert_chain(certificate, key)
     return context
-
-
-class TftpServer:
-    """Answers each packet with one that a function of it makes."""
-
-    def __init__(self, answer):
-        self.answer = answer
-
-    def __enter__(self):
-        self.socket = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
-        self.socket.bind(("127.0.0.1", 0))
-        self.url = f"tftp://127.0.0.1:{self.socket.getsockname()[1]}"
-        self.thread = threading.Thread(target=self.serve)
-        self.thread.start()
-        return self
-
-    def __exit__(self, *failure):
-        with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as last:
-            last.sendto(b"end", self.socket.getsockname())
-        self.thread.join()
-        self.socket.close()
-
-    def serve(self):
-        while True:
-            request, client = self.socket.recvfrom(600)
-            if request == b"end":
-                return
-            self.socket.sendto(self.answer(request), client)

@@ -6,9 +6,9 @@ import subprocess
 
 import pytest
 
-from hostile.servers import HTTP, TFTP, HttpServer, TftpServer, redirect, tls_context
+from hostile.servers import HTTP, TFTP, HttpServer, redirect, tls_context
 from phone import Phone
-from servers import PATIENCE, Authority, Scripted, free_port
+from servers import PATIENCE, Authority, Scripted, TftpServer, free_port
 
 ACCESSORY = (
     "id=desk,type=headset,vendorId=61525,model=Varos K30,serialNumber=A1,softwareVersion=2-1-0"
