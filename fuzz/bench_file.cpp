@@ -84,7 +84,7 @@ Refusal refusal_of(const std::string& message, const std::string& file) {
     return refusal;
 }
 
-/// Empty when the text is a bench file. What is no `BenchError` ends the process.
+/// Empty when the text is a bench file. Anything but a `BenchError` ends the process.
 std::optional<Refusal> read(const std::string& text) {
     try {
         expect_usable(program::read_bench(text, "bench.json"));
@@ -98,7 +98,7 @@ std::optional<Refusal> read(const std::string& text) {
 }
 
 /// A reason as it would be without so many empty lines before the text: a member that is there
-/// twice is told with its first line too, and the parser's own words tell the blanks that it read.
+/// twice is reported with its first line too, and the parser's message repeats the blanks it read.
 std::string without_empty_lines(const std::string& reason, std::size_t empty_lines) {
     constexpr char first_line[] = ": expected once, found on line ";
     constexpr char after_line[] = " already";
@@ -129,7 +129,7 @@ std::string without_empty_lines(const std::string& reason, std::size_t empty_lin
 }
 
 /// Empty lines before it change nothing but the lines that are named.
-void expect_told_where_it_stands(const std::string& text) {
+void expect_reported_on_its_line(const std::string& text) {
     constexpr std::size_t empty_lines = 3;
     if (text.empty() || text.compare(0, 1, "\xef") == 0) {
         // An empty file has words of its own; a byte order mark is one at the beginning alone.
@@ -163,7 +163,7 @@ void read_option(const std::string& text) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string text(reinterpret_cast<const char*>(data), size);
     headsetmgmt::fuzz::read(text);
-    headsetmgmt::fuzz::expect_told_where_it_stands(text);
+    headsetmgmt::fuzz::expect_reported_on_its_line(text);
     headsetmgmt::fuzz::read_option(text);
     return 0;
 }

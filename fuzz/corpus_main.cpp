@@ -1,5 +1,5 @@
-// Runs a fuzz target over inputs that are kept: each argument is a file, or a folder of files.
-// Takes the place of the fuzzer's own main where the compiler has no fuzzer.
+// Runs a fuzz target over the inputs in files: each argument is a file, or a folder of files.
+// Replaces the fuzzer's own main where the compiler has no fuzzer.
 
 #include <algorithm>
 #include <cstddef>

@@ -44,7 +44,7 @@ public:
     void take_request(HttpRequestType type, const char* url, const char* body);
     void take_setting(const char* device_id, const char* name, const char* value, int usage_id);
     void take_firmware(const char* device_id);
-    const char* tell_fact();
+    const char* answer_fact();
     void take_line(int level, const char* text);
 
 private:
@@ -56,7 +56,7 @@ private:
     void create();
     void start();
     void stop();
-    void tell_urls();
+    void set_urls();
     void configure();
     void report();
     void update();
@@ -73,7 +73,7 @@ private:
     bool is_sure(const std::string& id) const { return unsure.count(id) == 0; }
 
     /// Runs a call that attaches or removes an accessory; false when calls came from inside it, so
-    /// that nobody can tell which of them had the last word.
+    /// that it is unknown which of them came last.
     template <typename Call>
     bool changing(const std::string& id, Call call) {
         unsure.insert(id);
@@ -148,7 +148,7 @@ void Phone::call_something() {
     case 2:
         return depth == 0 ? stop() : stop_headset_mgmt();
     case 3:
-        return tell_urls();
+        return set_urls();
     case 4:
     case 5:
         return configure();
@@ -217,7 +217,7 @@ void Phone::stop() {
         return;
     }
     stopping = true;
-    time->let_go();
+    time->release();
     stop_headset_mgmt();
     time.reset();
     stopping = false;
@@ -230,7 +230,7 @@ void Phone::stop() {
     runs_wanted = fetches = reports_wanted = reports = 0;
 }
 
-void Phone::tell_urls() {
+void Phone::set_urls() {
     const Text config_url = input.some_url();
     const Text inventory_url = input.some_url();
     const Text service_url = input.some_text();
@@ -244,9 +244,9 @@ void Phone::tell_urls() {
     const unsigned int missing = input.below(8);
     const char** const tftp_servers = missing == 5 ? nullptr : entries;
     const char** const korm_servers = missing == 6 ? nullptr : entries + 3;
-    const bool told = setHeadsetConfigUrl(config_url.get(), inventory_url.get(), service_url.get(),
-                                          tftp_servers, korm_servers, user_id.get());
-    expect(told == running, "a library that runs takes its URLs");
+    const bool taken = setHeadsetConfigUrl(config_url.get(), inventory_url.get(), service_url.get(),
+                                           tftp_servers, korm_servers, user_id.get());
+    expect(taken == running, "a library that runs takes its URLs");
 }
 
 void Phone::configure() {
@@ -390,7 +390,7 @@ void Phone::take_firmware(const char* device_id) {
     }
 }
 
-const char* Phone::tell_fact() {
+const char* Phone::answer_fact() {
     if (stopping) {
         return "";
     }
@@ -440,15 +440,15 @@ bool check_firmware_upgrade(const char* device_id) {
 }
 
 const char* get_host_serial_num() {
-    return phone->tell_fact();
+    return phone->answer_fact();
 }
 
 const char* get_host_os_ver() {
-    return phone->tell_fact();
+    return phone->answer_fact();
 }
 
 const char* get_orvik_ver() {
-    return phone->tell_fact();
+    return phone->answer_fact();
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

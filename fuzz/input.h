@@ -9,8 +9,8 @@
 
 namespace headsetmgmt::fuzz {
 
-/// Reads from front to back. Past the end every number is 0 and every text empty, so that whatever
-/// is read decides for the mildest choice and comes to an end.
+/// Reads from front to back. Past the end every number is 0 and every text empty, so that every
+/// reader takes its first choice and ends.
 class Input {
 public:
     /// `bytes` are borrowed for the reader's life.

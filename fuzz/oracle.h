@@ -8,7 +8,7 @@
 
 namespace headsetmgmt::fuzz {
 
-/// Ends the process with the claim unless it holds; what runs the target keeps the input.
+/// Ends the process with the claim unless it holds; the fuzzer keeps the input.
 inline void expect(bool holds, const char* claim, const std::string& found = {}) {
     if (holds) {
         return;

@@ -47,7 +47,7 @@ void expect_report(const char* body, bool blank_serial_numbers) {
     const char* key = cJSON_GetStringValue(member(report.get(), "key"));
     expect(key != nullptr &&
                (std::string(key) == "headsetInventory" || std::string(key) == "cameraInventory"),
-           "a report tells its kind", body);
+           "a report names its kind", body);
 
     const cJSON* value = member(report.get(), "value");
     const cJSON* host = member(value, "host");
@@ -58,10 +58,10 @@ void expect_report(const char* body, bool blank_serial_numbers) {
         expect_texts(host,
                      {"client", "serialNumber", "deviceName", "model", "firmwareVersion",
                       "hostOSVersion", "userId"},
-                     "the report tells of the phone");
+                     "the report describes the phone");
     }
     if (const cJSON* dock = member(value, "dock")) {
-        expect_texts(dock, {"serialNumber", "model"}, "the report tells of the dock");
+        expect_texts(dock, {"serialNumber", "model"}, "the report describes the dock");
         expect(blank_serial_numbers || !is_empty(dock, "serialNumber"),
                "a dock has a serial number");
     }
@@ -69,7 +69,7 @@ void expect_report(const char* body, bool blank_serial_numbers) {
     expect_texts(headset,
                  {"serialNumber", "firmwareVersion", "vendor", "model", "connectionType",
                   "connectionStatus"},
-                 "the report tells of the accessory");
+                 "the report describes the accessory");
     expect(blank_serial_numbers || !is_empty(headset, "serialNumber"),
            "an accessory has a serial number");
 }

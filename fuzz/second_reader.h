@@ -28,8 +28,7 @@ struct Reading {
     std::string firmware_call;  ///< as `FakeConfigDriver` writes it; empty when there is none
 };
 
-/// Empty for a document that is no strict JSON, with which parsers differ: the library's takes
-/// more.
+/// Empty for a document that is not strict JSON: the library's parser accepts more than others.
 std::optional<Reading> read_again(const std::string& document, const Device& device);
 
 }  // namespace headsetmgmt::fuzz

@@ -56,7 +56,7 @@ std::optional<double> number_at_start_of(const std::string& text) {
     return negative ? -number : number;
 }
 
-/// Whether the accessory is to be configured; empty when this reading cannot tell.
+/// Whether the accessory is to be configured; empty if this reading cannot decide.
 std::optional<bool> wanted_answer(double last_time, const std::string& stamp) {
     if (stamp.empty()) {
         return true;

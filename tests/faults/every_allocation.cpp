@@ -38,8 +38,8 @@ constexpr unsigned int seconds_to_hang = 30;
 constexpr long failures_to_tell = 10;
 constexpr long hangs_to_wait_for = 2;
 
-/// What a process with one failing allocation tells the one that began it, through memory that both
-/// share. It may end at any time.
+/// What a process with one failing allocation reports to the one that began it, through memory that
+/// both share. It may end at any time.
 struct Report {
     long allocations;        // of the disturbed use
     long json_allocations;   // of them
@@ -217,7 +217,7 @@ public:
         const int status = run_in_a_process(nth, shortage, nth, &usual, report);
         if (WIFEXITED(status) && WEXITSTATUS(status) == status_terminated) {
             ++terminated;
-            tell(nth, report, "ended through terminate");
+            complain(nth, report, "ended through terminate");
         } else if (WIFSIGNALED(status)) {
             const bool hangs = WTERMSIG(status) == SIGALRM;
             hung += hangs ? 1 : 0;
@@ -238,7 +238,7 @@ public:
                   << " ended through terminate, " << failed << " failed\n";
     }
 
-    /// Whether so much is wrong that no more need be told.
+    /// Whether so much is wrong that more need not be reported.
     bool is_hopeless() const {
         return failed + terminated >= failures_to_tell || hung >= hangs_to_wait_for;
     }
@@ -264,7 +264,7 @@ private:
 
     void fail(long nth, const Report& report, const std::string& complaint) {
         ++failed;
-        tell(nth, report, complaint);
+        complain(nth, report, complaint);
         if (report.leaked != 0) {
             Report& leaking = shared_report();
             run_in_a_process(nth, shortage, report.leaked, &usual, leaking);
@@ -274,7 +274,7 @@ private:
         }
     }
 
-    void tell(long nth, const Report& report, const std::string& complaint) const {
+    void complain(long nth, const Report& report, const std::string& complaint) const {
         std::cout << name() << ", allocation " << nth << ": " << complaint << "\n"
                   << stack_text(stack_of(report));
     }

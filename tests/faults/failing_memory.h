@@ -1,8 +1,8 @@
 // Memory that runs out for the library, and for nobody else, at a chosen allocation.
 //
-// A program that is linked with this has `operator new` and `operator delete` of its own, in all
-// their forms, and hands cJSON's memory out as well. What the library allocates is counted, and
-// known as long as it lives.
+// A program that is linked with this has its own `operator new` and `operator delete`, in all their
+// forms, and allocates for cJSON as well. Each allocation of the library is counted, and listed
+// until it is freed.
 
 #pragma once
 
@@ -26,17 +26,17 @@ public:
     class Inside;
     class Outside;
 
-    /// Gives cJSON its memory from here too.
+    /// Has cJSON allocate here too.
     static void install();
 
     /// Counts allocations from now on; the `nth`, 1 being the first, fails, and with
     /// `Shortage::rest` all after it. 0 fails none.
     static void begin(long nth, Shortage shortage);
 
-    /// From now on, there is memory.
+    /// From now on, no allocation fails.
     static void end_shortage();
 
-    /// Has `stack` tell from where the `nth` allocation was made, failing or not; 0 for none.
+    /// Has `stack` return where the `nth` allocation was made, failing or not; 0 for none.
     static void watch(long nth);
 
     /// Allocations since `begin`, those that failed among them.
@@ -45,7 +45,7 @@ public:
     /// Allocations of cJSON alone, since `begin`.
     static long json_allocations();
 
-    /// Allocations that are not given back.
+    /// Allocations that are not freed.
     static long alive();
 
     /// The number of the latest of them; 0 when there is none.

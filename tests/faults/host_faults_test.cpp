@@ -268,7 +268,7 @@ TEST_P(StallingHostFunction, HoldsUpAStopAndNoOtherCall) {
         stalled.happen();
         EXPECT_TRUE(may_return.wait());
     }));
-    host.let_worker_go();
+    host.release_worker();
     std::future<void> run = std::async(std::launch::async, [&] {
         attach_configure_report_reset([&](std::size_t requests) {
             fake_host().wait_until(
@@ -278,13 +278,13 @@ TEST_P(StallingHostFunction, HoldsUpAStopAndNoOtherCall) {
     EXPECT_TRUE(stalled.wait());
 
     // Calls of another thread, which need nothing that the stalled one uses.
-    EXPECT_TRUE(tell_urls());
+    EXPECT_TRUE(set_urls());
     EXPECT_TRUE(create_headset_mgmt(record_host_log_line));
     EXPECT_FALSE(update_config("headset-1", USAGE_SIDETONE, 1));
 
     stopping = true;
     std::future<void> stopped = std::async(std::launch::async, [] { stop_headset_mgmt(); });
-    while (tell_urls()) {
+    while (set_urls()) {
         std::this_thread::yield();
     }
     EXPECT_FALSE(configure_headset(shared(headset_1())));
@@ -304,7 +304,7 @@ INSTANTIATE_TEST_SUITE_P(Calls, StallingHostFunction, ::testing::ValuesIn(calls_
 
 // Answering late.
 
-/// The answer to one of the two fetches of a run comes late; the parameter tells which.
+/// The answer to one of the two fetches of a run comes late; the parameter says which.
 class LateAnswer : public ::testing::TestWithParam<int> {
 protected:
     LateAnswer() {
@@ -345,7 +345,7 @@ TEST_P(LateAnswer, IsDroppedAfterAStopAndAStart) {
 
     EXPECT_EQ(answer(), dropped);
 
-    EXPECT_TRUE(tell_urls());
+    EXPECT_TRUE(set_urls());
     expect_usual_runs(host);
 }
 

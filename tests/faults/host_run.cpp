@@ -1,5 +1,5 @@
 // Everything that a host does between start and stop, on a phone that owns the clock, and the calls
-// of host functions that come of it.
+// of host functions that follow.
 
 #include "faults/host_run.h"
 
@@ -102,7 +102,7 @@ void expect_usual_runs(PhoneHost& host) {
         EXPECT_EQ(since.now(), usual_calls) << occasion;
         host.stop();
         EXPECT_TRUE(host.start()) << occasion;
-        EXPECT_TRUE(tell_urls()) << occasion;
+        EXPECT_TRUE(set_urls()) << occasion;
     }
 }
 

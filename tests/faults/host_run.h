@@ -1,5 +1,5 @@
 // Everything that a host does between start and stop, on a phone that owns the clock, and the calls
-// of host functions that come of it.
+// of host functions that follow.
 
 #pragma once
 
@@ -48,15 +48,14 @@ void remove_both();
 
 /// Attaches both, has the first of two fetches fail and the second bring the document, reports the
 /// one and resets it; answers what the reset answered. `wait_for_requests` waits until there were
-/// as many calls of `httpRequest` as it is told, or none is to be expected any more.
+/// `requests` calls of `httpRequest`, or no more are to come.
 bool attach_configure_report_reset(
     const std::function<void(std::size_t requests)>& wait_for_requests);
 
-/// The same on a phone whose worker runs where it is let, from both headsets' removal on.
+/// Removes both first, then the same on a phone that decides when its worker runs.
 bool attach_configure_report_reset(PhoneHost& host);
 
-/// Expects that the library, which is started, does all of this as ever, also after a stop and a
-/// start.
+/// Expects that the started library does all of this as usual, also after a stop and a start.
 void expect_usual_runs(PhoneHost& host);
 
 }  // namespace headsetmgmt::test_support

@@ -61,7 +61,7 @@ TEST_P(StartFaults, AreForgottenByAStop) {
     EXPECT_EQ(LibraryMemory::alive(), before);
 }
 
-TEST_P(StartFaults, AreToldAndLeaveTheNextStartAlone) {
+TEST_P(StartFaults, AreReportedAndLeaveTheNextStartAlone) {
     PhoneHost host;
     create_headset_mgmt(record_host_log_line);
 
@@ -70,9 +70,9 @@ TEST_P(StartFaults, AreToldAndLeaveTheNextStartAlone) {
     EXPECT_EQ(host.take(),
               (Lines{"log 5 init_headsetmgmt_lib.\n", "log 5 ExecutorImpl::ExecutorImpl: ENTER.\n",
                      "log 5 Failed to start task thread\n"}));
-    EXPECT_FALSE(tell_urls());
+    EXPECT_FALSE(set_urls());
     EXPECT_TRUE(host.start());
-    EXPECT_TRUE(tell_urls());
+    EXPECT_TRUE(set_urls());
     EXPECT_TRUE(configure_headset(shared(headset_1())));
     host.run_worker();
     EXPECT_EQ(fake_host().http_requests().size(), 1U);

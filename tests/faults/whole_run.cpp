@@ -209,7 +209,7 @@ bool start_up() {
     return started;
 }
 
-void tell_urls() {
+void set_urls() {
     const char* tftp_servers[] = {"tftp-server-of-the-first-floor", "tftp-server-of-the-cellar",
                                   ""};
     const char* korm_servers[] = {"korm-server-of-the-first-floor", "", nullptr};
@@ -223,12 +223,12 @@ void tell_urls() {
 /// `run_worker` lets the worker run what is queued.
 template <typename RunWorker>
 void use_library(RunWorker run_worker) {
-    tell_urls();
+    set_urls();
     attach(camera());
     run_worker();
     answer_fetch(document, 200);
 
-    // Alike but for their names, because it is their addresses that decide which comes first.
+    // Alike but for their names: their addresses decide which comes first.
     attach(headset(headset_id));
     attach(headset(other_headset_id));
     run_worker();
@@ -255,7 +255,7 @@ void use_library(RunWorker run_worker) {
     for (const char* id : {other_headset_id, camera_id}) {
         expect_true("remove_peripheral", [id] { return remove_peripheral(id); });
     }
-    run_worker();  // says that its last pass is over
+    run_worker();  // returns when its last pass is over
 }
 
 }  // namespace
@@ -263,7 +263,7 @@ void use_library(RunWorker run_worker) {
 WholeRun start_and_use() {
     record = {};
     unanswered = 0;
-    WorkerClock::let_go();
+    WorkerClock::release();
     if (start_up()) {
         use_library([] { WorkerClock::run_worker(); });
     } else {
@@ -273,7 +273,7 @@ WholeRun start_and_use() {
 }
 
 long stop() {
-    WorkerClock::let_go();
+    WorkerClock::release();
     const long before = LibraryMemory::allocations();
     const Inside inside;
     stop_headset_mgmt();
@@ -305,7 +305,7 @@ const Lines& expected_calls() {
 
 bool is_permitted_call(const std::string& call) {
     static const Lines substitutes = {
-        // The URL was not told, or not all of the servers.
+        // The URL was not stored, or not all of the servers.
         "httpRequest 0 defaultheadsetconfig.json null",
         "httpRequest 0 http://{tftp}/phones/of/{userid}/headsets.json null",
         // A missing dock never fails a report.

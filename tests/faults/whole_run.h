@@ -9,7 +9,7 @@
 
 namespace headsetmgmt::test_support {
 
-/// What one whole run came to.
+/// The record of one whole run.
 struct WholeRun {
     Lines refused;        ///< steps that should answer true, and answered false
     Lines refused_twice;  ///< and again when the host repeated them at once
@@ -22,18 +22,18 @@ struct WholeRun {
 /// that loaded the program, like the next.
 WholeRun start_and_use();
 
-/// Stops the library; how many allocations that took.
+/// Stops the library. Returns how many allocations that took.
 long stop();
 
 /// The host's calls that a whole run makes, in the order of their texts.
 const Lines& expected_calls();
 
 /// Whether the call may be made when memory is short: one of the above, or one of the few that
-/// follow from what got lost.
+/// follow from what was lost.
 bool is_permitted_call(const std::string& call);
 
-/// Whether a step that is refused for want of memory must be granted when it is repeated and there
-/// is memory. Others depend on a document that may have got lost.
+/// Whether a step that was refused for lack of memory must succeed when it is repeated with memory.
+/// Others depend on a document that may have been lost.
 bool is_repeatable(const std::string& step);
 
 }  // namespace headsetmgmt::test_support

@@ -1,4 +1,4 @@
-// The worker's pauses, which a host without memory of its own to give can begin and end.
+// The worker's pauses, begun and ended without an allocation.
 
 #include "faults/worker_clock.h"
 
@@ -58,7 +58,7 @@ void WorkerClock::run_worker() {
     changed.wait(clock_lock, [] { return paused; });
 }
 
-void WorkerClock::let_go() {
+void WorkerClock::release() {
     const ClockLock clock_lock(clock_mutex);
     held = false;
     changed.notify_all();

@@ -1,7 +1,7 @@
-// The worker's pauses, which a host without memory of its own to give can begin and end.
+// The worker's pauses, begun and ended without an allocation.
 //
 // A program that is linked with this has a `usleep` and a `time` of its own, which allocate
-// nothing: so the worker runs only where the host lets it, and each run is like every other.
+// nothing: so the worker runs only when the host lets it, and every run is alike.
 
 #pragma once
 
@@ -10,17 +10,17 @@ namespace headsetmgmt::test_support {
 /// There is one worker at a time. For the host's one thread.
 class WorkerClock {
 public:
-    /// Has the worker pause from now on, until it is told otherwise.
+    /// From now on the worker pauses where it would sleep, until `release`.
     static void hold();
 
-    /// Waits until the worker pauses. It is there, and was told to.
+    /// Waits until the worker pauses. There is a worker, and `hold` was called.
     static void wait_until_paused();
 
     /// Lets the worker go on to its next pause.
     static void run_worker();
 
     /// From now on, the worker never pauses.
-    static void let_go();
+    static void release();
 
     /// Whether two threads ever paused at the same time: a worker was left behind.
     static bool had_two_workers();

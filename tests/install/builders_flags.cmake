@@ -1,5 +1,5 @@
-# Configures the library alone, as somebody does who builds a package of it, and looks whether it is
-# hardened: unless the builder gives flags.
+# Configures the library alone, as a packager does, and checks that it is hardened unless the
+# builder gives flags.
 
 include(${CMAKE_CURRENT_LIST_DIR}/checks.cmake)
 

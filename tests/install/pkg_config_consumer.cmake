@@ -1,4 +1,4 @@
-# Builds and runs a program with what pkg-config says of the installed library.
+# Builds and runs a program with what pkg-config reports for the installed library.
 
 include(${CMAKE_CURRENT_LIST_DIR}/checks.cmake)
 

@@ -80,7 +80,7 @@ TEST(AccessoryInfoImplTest, SetConnectionReplacesTypeAndStatus) {
     EXPECT_EQ(info.get_connection_status(), "lost");
 }
 
-TEST(AccessoryInfoImplTest, TextTellsEveryFactModelsBeforeSerialNumbers) {
+TEST(AccessoryInfoImplTest, TextHasEveryFactModelsBeforeSerialNumbers) {
     AccessoryInfoImpl info = some_headset();
     info.set_connection("wired", "connected");
 

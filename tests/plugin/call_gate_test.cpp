@@ -1,4 +1,4 @@
-// The gate: who is let in, who is turned away, and whom closing waits for.
+// The gate: which calls it lets in, which it turns away, and which closing waits for.
 
 #include <future>
 #include <memory>
@@ -60,7 +60,7 @@ TEST(CallGateTest, ClosedGateTurnsCallsAway) {
     EXPECT_FALSE(CallGate::is_inside());
 }
 
-TEST(CallGateTest, ReopenedGateTellsWhetherTheLibraryIsStarted) {
+TEST(CallGateTest, ReopenedGateReportsWhetherTheLibraryIsStarted) {
     CallGate gate;
     gate.close_and_wait();
     EXPECT_FALSE(gate.is_started());

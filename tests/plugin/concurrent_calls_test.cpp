@@ -34,7 +34,7 @@ void call_at_random(std::minstd_rand& random) {
         httpResponse("", 404);
         break;
     case 6:
-        tell_urls();
+        set_urls();
         break;
     case 7:
         send_inventory(shared(headset_named(id)));
@@ -87,7 +87,7 @@ TEST(ConcurrentCallsTest, EightThreadsCallAtRandom) {
     host.start_up();
     create_headset_mgmt(nullptr);
     fake_host().behave(host_that_calls_back_in(host_calls));
-    host.let_worker_go();
+    host.release_worker();
 
     on_all_threads([](unsigned int number) {
         std::minstd_rand random(number + 1);
@@ -108,7 +108,7 @@ TEST(ConcurrentCallsTest, OneOfEightThreadsStopsAndStarts) {
     host.start_up();
     create_headset_mgmt(nullptr);
     fake_host().behave(host_that_calls_back_in(host_calls));
-    host.let_worker_go();
+    host.release_worker();
 
     on_all_threads([](unsigned int number) {
         std::minstd_rand random(number + 1);
@@ -122,7 +122,7 @@ TEST(ConcurrentCallsTest, OneOfEightThreadsStopsAndStarts) {
     });
 
     fake_host().behave(usual_behaviour());
-    EXPECT_TRUE(tell_urls());
+    EXPECT_TRUE(set_urls());
     EXPECT_TRUE(configure_headset(shared(headset_1())));
 }
 
@@ -130,7 +130,7 @@ TEST(ConcurrentCallsTest, StartsAndStopsOfAllThreadsLeaveOneState) {
     PhoneHost host;
     host.start_up();
     create_headset_mgmt(nullptr);
-    host.let_worker_go();
+    host.release_worker();
 
     on_all_threads([](unsigned int number) {
         for (int i = 0; i < 20; ++i) {
@@ -143,9 +143,9 @@ TEST(ConcurrentCallsTest, StartsAndStopsOfAllThreadsLeaveOneState) {
     });
 
     stop_headset_mgmt();
-    EXPECT_FALSE(tell_urls());
+    EXPECT_FALSE(set_urls());
     EXPECT_TRUE(start_headset_mgmt("", "", ""));
-    EXPECT_TRUE(tell_urls());
+    EXPECT_TRUE(set_urls());
 }
 
 }  // namespace

@@ -25,7 +25,7 @@ void start_with(const HostBehaviour& behaviour) {
     fresh_fake_host().behave(behaviour);
     create_headset_mgmt(record_host_log_line);
     start_headset_mgmt("", "", "");
-    tell_urls();
+    set_urls();
 }
 
 TEST_F(ExitDeathTest, ExitOfALibraryThatWasNeverStarted) {
@@ -47,7 +47,7 @@ TEST_F(ExitDeathTest, ExitWithoutAStop) {
         ExitedWithCode(7), "");
 }
 
-TEST_F(ExitDeathTest, ExitWhileTheHostFailsForEver) {
+TEST_F(ExitDeathTest, ExitWhileTheHostFailsForever) {
     EXPECT_EXIT(
         {
             HostBehaviour behaviour = usual_behaviour();
@@ -62,8 +62,7 @@ TEST_F(ExitDeathTest, ExitWhileTheHostFailsForEver) {
 
 /// Ends the process with another code than the exit's when an ended library can be used.
 void use_what_has_ended() {
-    if (start_headset_mgmt("", "", "") || create_headset_mgmt(record_host_log_line) ||
-        tell_urls()) {
+    if (start_headset_mgmt("", "", "") || create_headset_mgmt(record_host_log_line) || set_urls()) {
         std::_Exit(8);
     }
     stop_headset_mgmt();
@@ -89,7 +88,7 @@ TEST_F(ExitDeathTest, ExitOfAForkedChildThatStartedTheLibraryEndsIt) {
             if (child == 0) {
                 alarm(60);  // ends it otherwise than by exit
                 start_headset_mgmt("", "", "");
-                tell_urls();
+                set_urls();
                 std::exit(7);
             }
             int status = 0;
@@ -119,7 +118,7 @@ TEST_F(ExitDeathTest, CallsDuringAnExitAreTurnedAway) {
             // The exit waits for the worker, which does not come back; meanwhile another thread
             // calls.
             std::thread([] {
-                while (tell_urls()) {
+                while (set_urls()) {
                     std::this_thread::yield();
                 }
                 const bool anything_true = start_headset_mgmt("", "", "") ||

@@ -31,7 +31,7 @@ constexpr char document_with_upgrade[] = R"({"templateConfiguration": {
 constexpr int exited = 7;
 constexpr int not_as_expected = 8;
 
-/// The host of a process that exits; never deleted, for it may be called to the very end.
+/// The host of a process that exits. Never deleted: it may be called until the process ends.
 BlockingHost* host = nullptr;
 
 void create_with_host(const Moment& moment, const std::function<void()>& deed = {}) {
@@ -68,7 +68,7 @@ void block_at(const Moment& moment, void (*run)()) {
 
 void attach() {
     start_headset_mgmt("", "", "");
-    tell_urls();
+    set_urls();
     configure_headset(shared(headset_1()));
 }
 
@@ -80,7 +80,7 @@ void configure() {
 
 void report() {
     start_headset_mgmt("", "", "");
-    tell_urls();
+    set_urls();
     send_inventory(shared(headset_1()));
 }
 
@@ -120,8 +120,8 @@ TEST_P(ExitWhileTheHostIsDeathTest, WaitsForItsReturn) {
             std::atexit([] { require(host->is_through() && !host->was_let_in()); });
             block_at(GetParam().moment, GetParam().run);
             std::thread([] {
-                require(holds_soon([] { return !tell_urls(); }));
-                host->let_go();
+                require(holds_soon([] { return !set_urls(); }));
+                host->release();
             }).detach();
             std::exit(exited);
         },
@@ -156,8 +156,8 @@ TEST_P(ExitWhileTheHostIsDeathTest, MayLeaveOutEveryCleaningUp) {
 TEST_P(ExitWhileTheHostIsDeathTest, OfAForkedChildWaitsForNobody) {
     EXPECT_EXIT(
         {
-            // Called after the library has ended. What only the parent's threads know of would be
-            // taken for lost after this.
+            // Called after the library has ended. After this, what only the
+            // parent's threads point to would be reported as leaked.
             static bool is_child = false;
             std::atexit([] {
                 if (is_child) {
@@ -189,9 +189,9 @@ TEST_F(ExitWindowsDeathTest, ExitDuringAStopWaitsForTheStop) {
             std::atexit([] { require(host->is_through()); });
             block_at({"httpRequest 0"}, attach);
             // Registered after the library was made, so called just before the library ends.
-            std::atexit([] { host->let_go(); });
+            std::atexit([] { host->release(); });
             std::thread(stop_headset_mgmt).detach();
-            require(holds_soon([] { return !tell_urls(); }));
+            require(holds_soon([] { return !set_urls(); }));
             std::exit(exited);
         },
         ExitedWithCode(exited), "");
@@ -220,7 +220,7 @@ TEST_F(ExitWindowsDeathTest, ExitWhileATaskIsHeldBack) {
         {
             create_with_host({"", 0});
             start_headset_mgmt("", "", "");
-            tell_urls();
+            set_urls();
             AccessoryCache without_version = headset_1();
             without_version.software_version = "";
             configure_headset(shared(without_version));

@@ -1,5 +1,5 @@
-// Each exported function, used as somebody outside does: with the shared library alone, which calls
-// a host and implementations of the core's interfaces that know its public headers.
+// Each exported function, called as a host outside calls it: through the shared library alone. Host
+// and fakes know nothing but the public headers.
 
 #include <map>
 #include <memory>

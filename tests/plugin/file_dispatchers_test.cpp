@@ -170,7 +170,7 @@ TEST(FileDispatcherImplTest, EmptyFileEmptiesTheDocument) {
     EXPECT_EQ(document, "");
 }
 
-TEST(FileDispatcherImplTest, MissingFileIsToldOnStandardOutputAndDone) {
+TEST(FileDispatcherImplTest, MissingFileIsReportedOnStandardOutputAndDone) {
     const SampleTree tree;
     std::string document = "kept";
 
@@ -183,7 +183,7 @@ TEST(FileDispatcherImplTest, MissingFileIsToldOnStandardOutputAndDone) {
     EXPECT_EQ(document, "kept");
 }
 
-TEST(FileDispatcherImplTest, FolderInTheFilesPlaceIsToldAsAMissingFile) {
+TEST(FileDispatcherImplTest, FolderInPlaceOfTheFileIsReportedAsMissing) {
     const SampleTree tree;
     std::string document = "kept";
 

@@ -24,7 +24,7 @@ headsetmgmt_add_test(stop_windows_test
         stop_windows_test.cpp
     LIBRARIES ${flat_interface_libraries})
 
-# A program of its own: its linker hands one of the plug-in's calls to the test first.
+# A program of its own: its linker routes one of the plug-in's calls through the test.
 headsetmgmt_add_test(manager_deletions_test
     SOURCES manager_deletions_test.cpp
     LIBRARIES ${flat_interface_libraries})
@@ -36,12 +36,12 @@ headsetmgmt_add_test(growth_test
     SOURCES growth_test.cpp
     LIBRARIES ${flat_interface_libraries})
 
-# A program of its own: it stands before the threads library.
+# A program of its own: it replaces functions of the threads library.
 headsetmgmt_add_test(start_failure_test
     SOURCES start_failure_test.cpp
     LIBRARIES ${flat_interface_libraries})
 
-# Its own program, with an operator new of its own.
+# A program of its own: it replaces operator new.
 headsetmgmt_add_test(shortage_test
     SOURCES shortage_test.cpp
     LIBRARIES ${flat_interface_libraries} headsetmgmt_short_memory)

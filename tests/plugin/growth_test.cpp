@@ -90,7 +90,7 @@ TEST(GrowthTest, StartingAndStopping) {
 
     expect_no_growth(200, [&] {
         host.start();
-        tell_urls();
+        set_urls();
         configure_headset(shared(headset_1()));
         host.run_worker();
         // The stop drops this one, or the worker is quicker.
@@ -115,7 +115,7 @@ TEST(GrowthTest, AttachingAndRemovingWhileTheWorkerIsBusy) {
     PhoneHost host;
     host.start_up();
     create_headset_mgmt(nullptr);
-    // The worker is not let on, so each round leaves a fetch in the queue, until it is full.
+    // The worker does not run, so each round leaves a fetch in the queue, until it is full.
     const int rounds_to_fill_the_queue = 200;
 
     expect_no_growth(
@@ -154,7 +154,7 @@ TEST(GrowthTest, ConfiguringTheSameAccessory) {
     });
 }
 
-TEST(GrowthTest, FailingForEver) {
+TEST(GrowthTest, FailingForever) {
     PhoneHost host;
     host.start_up();
     create_headset_mgmt(nullptr);
@@ -172,7 +172,7 @@ TEST(GrowthTest, TellingTheSameServers) {
     host.start_up();
     create_headset_mgmt(nullptr);
 
-    expect_no_growth(1000, [] { tell_urls(); });
+    expect_no_growth(1000, [] { set_urls(); });
 }
 
 TEST(GrowthTest, ReportsOfATypeThatHasNone) {

@@ -94,7 +94,7 @@ TEST(HostEventsTest, ServiceUrlIsKeptForWhoeverAsks) {
     EXPECT_EQ(globals::plugins.system_info->get_metrics_service_info_url(), "https://service");
 }
 
-TEST(HostEventsTest, ServerToldInTwoPlacesIsStoredOnce) {
+TEST(HostEventsTest, ServerGivenInTwoPlacesIsStoredOnce) {
     PhoneHost host;
     create_headset_mgmt(record_host_log_line);
     host.start();
@@ -110,7 +110,7 @@ TEST(HostEventsTest, ServerToldInTwoPlacesIsStoredOnce) {
     EXPECT_EQ(system_info->get_korm_servers(), (std::vector<std::string>{"k"}));
 }
 
-TEST(HostEventsTest, ServersToldLaterComeAfterTheEarlier) {
+TEST(HostEventsTest, ServersGivenLaterComeAfterTheEarlier) {
     PhoneHost host;
     host.start_up();
     const char* tftp_servers[] = {"later", "", ""};

@@ -1,4 +1,4 @@
-// The phone's facts: constants, the host's answers, and what the host told.
+// The phone's facts: constants, the host's answers, and what the host set.
 
 #include <string>
 #include <thread>
@@ -117,7 +117,7 @@ TEST(PhoneSystemInfoImplTest, NullFromTheHostCountsAsEmpty) {
     EXPECT_EQ(host.facts_asked(), 3);
 }
 
-TEST(PhoneSystemInfoImplTest, NothingWasToldAtFirst) {
+TEST(PhoneSystemInfoImplTest, NothingIsKnownAtFirst) {
     PhoneSystemInfoImpl info;
 
     EXPECT_EQ(info.get_config_url(), "");
@@ -150,7 +150,7 @@ TEST(PhoneSystemInfoImplTest, EachUrlIsKeptInItsOwnPlace) {
     EXPECT_EQ(info.getUserId(), "user-1");
 }
 
-TEST(PhoneSystemInfoImplTest, WhatIsToldAgainReplacesWhatWasToldBefore) {
+TEST(PhoneSystemInfoImplTest, WhatIsGivenAgainReplacesWhatWasGivenBefore) {
     PhoneSystemInfoImpl info;
     info.setConfigUrl("old-c");
     info.setInventoryPostUrl("old-i");
@@ -247,7 +247,7 @@ TEST(PhoneSystemInfoImplTest, ListOfServersIsACopy) {
     EXPECT_THAT(info.get_korm_servers(), ElementsAre("k"));
 }
 
-TEST(PhoneSystemInfoImplTest, FactsMayBeToldWhileOtherThreadsRead) {
+TEST(PhoneSystemInfoImplTest, FactsMayBeSetWhileOtherThreadsRead) {
     constexpr int rounds = 500;
     PhoneSystemInfoImpl info;
     std::vector<std::thread> threads;

@@ -20,9 +20,9 @@ TEST(ShortageTest, StartWithoutMemoryAnswersFalseAndTheNextOneWorks) {
     EXPECT_FALSE(start_without_memory());
 
     EXPECT_TRUE(create_headset_mgmt(nullptr));
-    EXPECT_FALSE(tell_urls());
+    EXPECT_FALSE(set_urls());
     EXPECT_TRUE(host.start());
-    EXPECT_TRUE(tell_urls());
+    EXPECT_TRUE(set_urls());
 }
 
 TEST(ShortageTest, StopAfterAStartWithoutMemoryIsHarmless) {

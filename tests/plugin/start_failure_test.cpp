@@ -22,7 +22,7 @@ TEST(StartFailureTest, WorkerThatCannotBeStartedFailsTheStartAndNotTheNext) {
     EXPECT_EQ(host.take(),
               (Lines{"log 5 init_headsetmgmt_lib.\n", "log 5 ExecutorImpl::ExecutorImpl: ENTER.\n",
                      "log 5 Failed to start task thread\n"}));
-    EXPECT_FALSE(tell_urls());
+    EXPECT_FALSE(set_urls());
     EXPECT_FALSE(configure_headset(shared(headset_1())));
     host.take();
 
@@ -30,7 +30,7 @@ TEST(StartFailureTest, WorkerThatCannotBeStartedFailsTheStartAndNotTheNext) {
 
     EXPECT_EQ(host.take(), (Lines{"log 5 init_headsetmgmt_lib.\n",
                                   "log 5 ExecutorImpl::ExecutorImpl: ENTER.\n"}));
-    EXPECT_TRUE(tell_urls());
+    EXPECT_TRUE(set_urls());
 }
 
 TEST(StartFailureTest, StopAfterAFailedStartIsHarmless) {

@@ -27,11 +27,11 @@ constexpr char pass_ends[] = "log 5 ExecutorImpl::threadLoop exiting.\n";
 
 /// From the start to the removal: a failure, a document, a reset, a reading and a report. Waits for
 /// the worker after whatever gives it work, so that each time the host is called in the same order;
-/// once the host is let go, it only hurries through.
+/// once the host is released, it waits for nothing.
 void run_from_start_to_removal(BlockingHost& host) {
     int value = 0;
     start_headset_mgmt("", "", "");
-    tell_urls();
+    set_urls();
     configure_headset(shared(headset_1()));
     EXPECT_TRUE(host.wait_for(pass_ends, 1));
     httpResponse("", 404);
@@ -47,7 +47,7 @@ void run_from_start_to_removal(BlockingHost& host) {
 std::vector<Moment> moments_of_a_run() {
     BlockingHost watching({"", 0});
     PhoneHost host;
-    host.let_worker_go();
+    host.release_worker();
     fake_host().behave(watching.behaviour());
     create_headset_mgmt(record_host_log_line);
     run_from_start_to_removal(watching);
@@ -60,7 +60,7 @@ std::vector<Moment> moments_of_a_run() {
 void stop_at(const Moment& moment) {
     BlockingHost blocking(moment);
     PhoneHost host;
-    host.let_worker_go();
+    host.release_worker();
     fake_host().behave(blocking.behaviour());
     create_headset_mgmt(record_host_log_line);
     std::thread runner(run_from_start_to_removal, std::ref(blocking));
@@ -77,7 +77,7 @@ void stop_at(const Moment& moment) {
         EXPECT_FALSE(stop.has_ended());
         EXPECT_FALSE(any_call_is_let_in());
         tasks = blocking.count(task_begins);
-        blocking.let_go();
+        blocking.release();
         EXPECT_TRUE(stop.wait_for_end());
     }
     runner.join();
@@ -86,7 +86,7 @@ void stop_at(const Moment& moment) {
         EXPECT_EQ(blocking.count(task_begins), tasks);
     }
     const std::size_t calls = blocking.calls().size();
-    EXPECT_FALSE(tell_urls());
+    EXPECT_FALSE(set_urls());
     EXPECT_EQ(blocking.calls().size(), calls);
     expect_works_afresh(host);
 }
@@ -99,14 +99,14 @@ TEST(StopAnywhereTest, StopComesAtEverySingleCallOfTheHost) {
         SCOPED_TRACE(moment.event + " number " + std::to_string(moment.occurrence));
         stop_at(moment);
         if (HasFailure()) {
-            break;  // the others would only say the same
+            break;  // the others would fail alike
         }
     }
 }
 
 // --- Calls that never end. ---
 
-/// Threads that make the same call again and again, until it is enough.
+/// Threads that repeat the same call until they are ended.
 class CallersWithoutEnd {
 public:
     explicit CallersWithoutEnd(void (*call)()) {
@@ -150,7 +150,7 @@ class StopAmongCallsWithoutEnd : public ::testing::TestWithParam<FlatFunction> {
 
 const FlatFunction flat_functions[] = {
     {"OfCreate", [] { create_headset_mgmt(nullptr); }},
-    {"OfSetUrl", [] { tell_urls(); }},
+    {"OfSetUrl", [] { set_urls(); }},
     {"OfConfigure", [] { configure_headset(shared(headset_1())); }},
     {"OfSendInventory", [] { send_inventory(shared(headset_1())); }},
     {"OfUpdate", [] { update_config("headset-1", USAGE_SIDETONE, 1); }},
@@ -171,19 +171,19 @@ INSTANTIATE_TEST_SUITE_P(Functions, StopAmongCallsWithoutEnd, ::testing::ValuesI
 TEST_P(StopAmongCallsWithoutEnd, EndsEachTimeAndLetsTheLibraryStartAgain) {
     constexpr int rounds = 10;
     PhoneHost host;
-    host.let_worker_go();
+    host.release_worker();
     create_headset_mgmt(nullptr);
     CallersWithoutEnd callers(GetParam().call);
 
     for (int round = 0; round < rounds; ++round) {
         EXPECT_TRUE(holds_soon([] { return start_headset_mgmt("", "", ""); }));
-        tell_urls();
+        set_urls();
         configure_headset(shared(headset_1()));
         stop_headset_mgmt();
     }
     callers.end();
 
-    EXPECT_FALSE(tell_urls());
+    EXPECT_FALSE(set_urls());
     EXPECT_TRUE(create_headset_mgmt(record_host_log_line));
     expect_works_afresh(host);
 }
@@ -191,7 +191,7 @@ TEST_P(StopAmongCallsWithoutEnd, EndsEachTimeAndLetsTheLibraryStartAgain) {
 TEST(StopAnywhereTest, StopThatFollowsTheNextStartIsNotTakenForASecondOne) {
     constexpr int rounds = 30;
     PhoneHost host;
-    host.let_worker_go();
+    host.release_worker();
     create_headset_mgmt(nullptr);
 
     int lost = 0;
@@ -203,13 +203,13 @@ TEST(StopAnywhereTest, StopThatFollowsTheNextStartIsNotTakenForASecondOne) {
             stop_headset_mgmt();
         }
         stoppers.end();
-        lost += tell_urls() ? 1 : 0;
+        lost += set_urls() ? 1 : 0;
     }
 
     EXPECT_EQ(lost, 0);
 }
 
-/// Answers every fetch with a failure, on threads of its own and for ever.
+/// Answers every fetch with a failure, on threads of its own and forever.
 class FailingServer {
 public:
     FailingServer() {
@@ -259,14 +259,14 @@ private:
     std::vector<std::thread> threads{3};
 };
 
-TEST(StopAnywhereTest, ServerThatFailsForEverFromItsOwnThreadsCannotHoldAStopUp) {
+TEST(StopAnywhereTest, ServerThatFailsForeverFromItsOwnThreadsCannotHoldAStopUp) {
     FailingServer server;
     PhoneHost host;
     HostBehaviour behaviour = usual_behaviour();
     behaviour.on_http_request = [&](const HttpRequestCall&) { server.request(); };
     fake_host().behave(behaviour);
     host.start_up();
-    host.let_worker_go();
+    host.release_worker();
     configure_headset(shared(headset_1()));
     ASSERT_TRUE(fake_host().wait_for_http_requests(50));
 
@@ -276,7 +276,7 @@ TEST(StopAnywhereTest, ServerThatFailsForEverFromItsOwnThreadsCannotHoldAStopUp)
     }
 
     const std::size_t requests = fake_host().http_requests().size();
-    EXPECT_FALSE(tell_urls());
+    EXPECT_FALSE(set_urls());
     EXPECT_EQ(fake_host().http_requests().size(), requests);
     expect_works_afresh(host);
 }

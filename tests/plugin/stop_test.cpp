@@ -39,7 +39,7 @@ protected:
         fake_host().behave(behaviour);
         host.start_up();
         configure_headset(shared(headset_1()));
-        host.let_worker_go();
+        host.release_worker();
         EXPECT_TRUE(fake_host().wait_for_http_requests(1));
     }
 
@@ -78,14 +78,14 @@ TEST_F(WorkerInsideHttpRequest, StopLeavesTheRestOfAFullQueue) {
     EXPECT_LT(fake_host().http_requests().size(), reports);
 }
 
-TEST(StopTest, HostThatFailsForEverFromInsideHttpRequestCannotHoldAStopUp) {
+TEST(StopTest, HostThatFailsForeverFromInsideHttpRequestCannotHoldAStopUp) {
     PhoneHost host;
     HostBehaviour behaviour = usual_behaviour();
     behaviour.on_http_request = [](const HttpRequestCall&) { httpResponse("", 404); };
     fake_host().behave(behaviour);
     host.start_up();
     configure_headset(shared(headset_1()));
-    host.let_worker_go();
+    host.release_worker();
     ASSERT_TRUE(fake_host().wait_for_http_requests(100));
 
     stop_headset_mgmt();
@@ -165,7 +165,7 @@ TEST(StopTest, LogCallbackDuringAStartAndAStopIsTurnedAway) {
     HostBehaviour behaviour = usual_behaviour();
     behaviour.on_log_line = [&](int, const std::string&) {
         stop_headset_mgmt();
-        anything_true = anything_true || start_headset_mgmt("", "", "") || tell_urls() ||
+        anything_true = anything_true || start_headset_mgmt("", "", "") || set_urls() ||
                         remove_peripheral("headset-1") || create_headset_mgmt(nullptr);
     };
     fake_host().behave(behaviour);

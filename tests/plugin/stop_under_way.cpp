@@ -49,13 +49,13 @@ bool any_call_is_let_in() {
     int value = 17;
     bool let_in = create_headset_mgmt(record_host_log_line);
     let_in |= start_headset_mgmt("", "", "");
-    let_in |= tell_urls();
+    let_in |= set_urls();
     let_in |= configure_headset(shared(headset_1()));
     let_in |= update_config("headset-1", USAGE_SIDETONE, 1);
     let_in |= retrieve_config("headset-1", USAGE_SIDETONE, &value);
     let_in |= factory_reset("headset-1");
     let_in |= remove_peripheral("headset-1");
-    // These two have no answer: if they were let in, the host's transcript tells.
+    // These two have no answer: if they did anything, the host's transcript shows it.
     httpResponse(document_with_sidetone, 200);
     send_inventory(shared(headset_1()));
     return let_in || value != 17;
@@ -128,7 +128,7 @@ std::thread::id BlockingHost::blocked_thread() {
     return inside;
 }
 
-void BlockingHost::let_go() {
+void BlockingHost::release() {
     const std::lock_guard<std::mutex> lock(mutex);
     free = true;
     changed.notify_all();
@@ -164,7 +164,7 @@ StopUnderWay::StopUnderWay() {
     ended = stop.get_future();
     stopper = std::thread(std::move(stop));
     thread = stopper.native_handle();
-    EXPECT_TRUE(holds_soon([] { return !tell_urls(); }));
+    EXPECT_TRUE(holds_soon([] { return !set_urls(); }));
 }
 
 bool StopUnderWay::wait_until_worker_is_joined() const {

@@ -16,14 +16,14 @@
 
 namespace headsetmgmt::test_support {
 
-/// What the worker says before each task.
+/// What the worker logs before each task.
 extern const char task_begins[];
 
-/// Asks again and again; whether it holds within 20 seconds.
+/// Checks repeatedly. Returns whether it holds within 20 seconds.
 bool holds_soon(const std::function<bool()>& condition);
 
-/// Calls every function of the flat interface but the stop; whether one of them did anything but
-/// turn its caller away.
+/// Calls every function of the flat interface but the stop. Returns whether one of them did
+/// anything but refuse the call.
 bool any_call_is_let_in();
 
 /// The library, which was stopped, configures and reports as if it had never run before.
@@ -38,10 +38,10 @@ struct Moment {
     int occurrence = 1;
 };
 
-/// A host that blocks inside one of its functions, or in the log callback, until it is let go.
+/// A host that blocks inside one of its functions, or in the log callback, until it is released.
 ///
-/// Once it is let go, and before it returns, it calls the flat interface from inside, as a host may
-/// that has waited for something. Any thread.
+/// Once it is released, and before it returns, it calls the flat interface from inside, as a host
+/// that has waited for something may. Any thread.
 class BlockingHost {
 public:
     /// With a `deed`, the host does that at the moment, and does not block.
@@ -54,12 +54,12 @@ public:
     /// Waits until it blocks, 20 seconds at most; whether it does.
     bool wait_until_blocked();
 
-    /// Who is inside it.
+    /// The thread that is inside it.
     std::thread::id blocked_thread();
 
-    void let_go();
+    void release();
 
-    /// Whether it was let go and has made its calls from inside.
+    /// Whether it was released and has made its calls from inside.
     bool is_through();
 
     /// Whether one of them was let in.
@@ -68,8 +68,8 @@ public:
     /// How often the host was called so.
     int count(const std::string& event);
 
-    /// Waits until the host was called so `times` times, or is let go, 20 seconds at most; whether
-    /// either came.
+    /// Waits until the host was called so `times` times, or is released, 20 seconds at most.
+    /// Returns whether either came.
     bool wait_for(const std::string& event, int times);
 
     /// All calls of the host until now.

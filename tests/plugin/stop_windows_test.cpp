@@ -137,7 +137,7 @@ TEST_P(StopWhileTheWorkerIs, EndsWithTheTaskThatIsUnderWay) {
     fake_host().behave(blocking.behaviour());
     GetParam().queue_task();
     host.move_clock(GetParam().passing);
-    host.let_worker_go();
+    host.release_worker();
     ASSERT_TRUE(blocking.wait_until_blocked());
     report();
     report();
@@ -152,7 +152,7 @@ TEST_P(StopWhileTheWorkerIs, EndsWithTheTaskThatIsUnderWay) {
     EXPECT_FALSE(any_call_is_let_in());
     EXPECT_EQ(host.take(), Lines{});
 
-    blocking.let_go();
+    blocking.release();
     EXPECT_TRUE(stop.wait_for_end());
     EXPECT_FALSE(blocking.was_let_in());
     EXPECT_EQ(blocking.count(task_begins) - tasks, GetParam().tasks_left);
@@ -244,7 +244,7 @@ TEST_P(StopWhileAHostThreadIs, LetsThatCallEndAndBeginsNoTask) {
     // Not even the stop's own line: it waits for the call before it begins.
     EXPECT_EQ(host.take(), Lines{});
 
-    blocking.let_go();
+    blocking.release();
     call.get();
     EXPECT_FALSE(blocking.was_let_in());
     EXPECT_TRUE(stop.wait_until_worker_is_joined());
@@ -271,10 +271,10 @@ TEST(StopWindowsTest, CallThatWaitsForAnotherOnesAccessoriesEndsBeforeTheStop) {
     EXPECT_FALSE(stop.has_ended());
     EXPECT_FALSE(any_call_is_let_in());
 
-    blocking.let_go();
+    blocking.release();
     answered.get();
     EXPECT_TRUE(removed.get());
-    host.let_worker_go();
+    host.release_worker();
     EXPECT_TRUE(stop.wait_for_end());
     expect_works_afresh(host);
 }
@@ -282,7 +282,7 @@ TEST(StopWindowsTest, CallThatWaitsForAnotherOnesAccessoriesEndsBeforeTheStop) {
 TEST(StopWindowsTest, StopDuringAStartStopsWhatHasStarted) {
     BlockingHost blocking({"log 5 ExecutorImpl::ExecutorImpl: ENTER.\n"});
     PhoneHost host;
-    host.let_worker_go();
+    host.release_worker();
     fake_host().behave(blocking.behaviour());
     create_headset_mgmt(record_host_log_line);
     auto started = std::async(std::launch::async, [] { return start_headset_mgmt("", "", ""); });
@@ -292,11 +292,11 @@ TEST(StopWindowsTest, StopDuringAStartStopsWhatHasStarted) {
     EXPECT_FALSE(stop.has_ended());
     EXPECT_FALSE(any_call_is_let_in());
 
-    blocking.let_go();
+    blocking.release();
     EXPECT_TRUE(started.get());
     EXPECT_TRUE(stop.wait_for_end());
     EXPECT_FALSE(blocking.was_let_in());
-    EXPECT_FALSE(tell_urls());
+    EXPECT_FALSE(set_urls());
     expect_works_afresh(host);
 }
 
@@ -382,7 +382,7 @@ TEST(StopWindowsTest, TaskThatIsAskedWhetherItIsReadyIsTheLast) {
         host.start_up();
         add_watched(*globals::plugins.executor, work, watched);
         report();
-        host.let_worker_go();
+        host.release_worker();
         ASSERT_TRUE(asked.wait());
 
         StopUnderWay stop;

@@ -139,7 +139,7 @@ TEST_F(UnloadTest, UnloadingDropsATaskThatIsHeldBack) {
     EXPECT_TRUE(fake_host().http_requests().empty());
 }
 
-TEST_F(UnloadTest, HostThatFailsForEverCannotHoldTheUnloadingUp) {
+TEST_F(UnloadTest, HostThatFailsForeverCannotHoldTheUnloadingUp) {
     {
         const LoadedLibrary library;
         EXPECT_TRUE(library.create());

@@ -48,7 +48,7 @@ struct ExecutorWorkerTest : testing::Test {
     /// Asks the worker to leave and waits for its end; false when it has ended already.
     bool stop() {
         executor.requestExit();
-        time.let_go();
+        time.release();
         return executor.join();
     }
 };

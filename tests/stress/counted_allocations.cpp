@@ -1,8 +1,8 @@
 // How many blocks of memory the whole process holds, the library it has loaded included.
 //
 // Counted where all memory comes from, below operator new and below the allocators of cJSON, so
-// that neither has to be replaced: a sanitizer tells its hooks of every block; elsewhere this file
-// stands before the C library's allocator.
+// that neither has to be replaced: a sanitizer calls hooks for every block; without one, this file
+// replaces the C library's allocator.
 
 #include "stress/counted_allocations.h"
 

@@ -1,4 +1,4 @@
-// Chance: numbers at random, a sequence of its own for each thread.
+// Random numbers: each thread has a sequence of its own.
 
 #include "stress/dice.h"
 
@@ -29,7 +29,7 @@ void seed_dice(std::uint64_t seed) {
 }
 
 Dice& dice() {
-    // Threads lie half of the counter's range apart, so that none walks in another's steps.
+    // Threads lie half of the counter's range apart, so that their sequences do not overlap.
     constexpr std::uint64_t thread_gap = 0x8000000000000001;
     thread_local Dice dice_of_thread(next_thread_seed.fetch_add(thread_gap));
     return dice_of_thread;

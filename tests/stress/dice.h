@@ -1,4 +1,4 @@
-// Chance: numbers at random, a sequence of its own for each thread.
+// Random numbers: each thread has a sequence of its own.
 
 #pragma once
 
@@ -7,7 +7,7 @@
 
 namespace headsetmgmt::stress {
 
-/// Numbers at random. One thread.
+/// Random numbers. One thread.
 class Dice {
 public:
     explicit Dice(std::uint64_t seed) : state(seed) {}

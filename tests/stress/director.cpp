@@ -1,4 +1,4 @@
-// The stops: at rest, where it is looked what is left of the library, and amid all calls.
+// The stops: at rest, where what the library left behind is counted, and during calls.
 
 #include "stress/director.h"
 
@@ -21,7 +21,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// Waits for the event, which nothing but the library can bring about.
+/// Waits for what nothing but the library can bring about.
 template <typename Happened>
 void wait_for(const char* what, Happened happened) {
     const Clock::time_point limit = Clock::now() + patience;

@@ -1,4 +1,4 @@
-// The stops: at rest, where it is looked what is left of the library, and amid all calls.
+// The stops: at rest, where what the library left behind is counted, and during calls.
 
 #pragma once
 
@@ -13,11 +13,11 @@ public:
     /// Keeps `the_threads`, which are in their meeting. Before the library's first start.
     explicit Director(HostThreads& the_threads);
 
-    /// Starts the library for the first time and lets the threads go.
+    /// Starts the library for the first time and ends the threads' meeting.
     void begin();
 
-    /// Has everybody wait, sees whether the library still does its work or leaves it with work,
-    /// stops it, looks what is left, starts it and lets everybody go on.
+    /// Has all threads wait, checks that the library still works or leaves tasks in its queue,
+    /// stops it, checks what it left behind, starts it and lets the threads go on.
     void stop_at_rest();
 
     /// Stops the library and starts it again; everybody goes on calling.

@@ -1,4 +1,4 @@
-// The threads that call the library, and what they are told to do.
+// The threads that call the library, and what they do.
 
 #include "stress/host_threads.h"
 

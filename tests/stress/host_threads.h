@@ -1,4 +1,4 @@
-// The threads that call the library, and what they are told to do.
+// The threads that call the library, and what they do.
 
 #pragma once
 
@@ -25,7 +25,7 @@ public:
     /// Where they wait between two calls while it is convened.
     Meeting& meeting() { return their_meeting; }
 
-    /// Every other call of theirs is to start or to stop the library, or no longer.
+    /// From now on every other call of theirs starts or stops the library, or no longer does.
     void start_and_stop(bool wanted) { starting_and_stopping = wanted; }
 
 private:

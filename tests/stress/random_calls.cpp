@@ -107,12 +107,12 @@ void cope_with(bool turned_away) {
 
 std::atomic<bool> urls_are_withheld{false};
 
-const char* url_to_tell() {
+const char* url_to_give() {
     return urls_are_withheld.load(std::memory_order_relaxed) ? "" : any_url();
 }
 
-void tell_urls() {
-    const bool told = counted(set_urls, [] {
+void give_urls() {
+    const bool taken = counted(set_urls, [] {
         // One after the other: which servers are valid is known until the thread's next question.
         const char* tftp[3] = {};
         const char** servers = any_servers();
@@ -120,10 +120,10 @@ void tell_urls() {
             std::copy(servers, servers + 3, tftp);
             servers = tftp;
         }
-        return setHeadsetConfigUrl(url_to_tell(), url_to_tell(), any_url(), servers, any_servers(),
+        return setHeadsetConfigUrl(url_to_give(), url_to_give(), any_url(), servers, any_servers(),
                                    any_text());
     });
-    cope_with(!told);
+    cope_with(!taken);
 }
 
 void attach() {
@@ -176,8 +176,8 @@ void restore() {
 }
 
 void detach() {
-    const bool told = counted(remove, [] { return remove_peripheral(any_device_id()); });
-    cope_with(!told);
+    const bool removed = counted(remove, [] { return remove_peripheral(any_device_id()); });
+    cope_with(!removed);
 }
 
 void register_callback() {
@@ -205,7 +205,7 @@ void call_at_random() {
         {220, attach},           {150, detach},
         {150, answer_unasked},   {60, restore},
         {150, read_setting},     {80, report},
-        {80, tell_urls},         {50, change_setting},
+        {80, give_urls},         {50, change_setting},
         {10, register_callback}, {40, [] { start_library(); }},
         {10, stop_if_due},
     };

@@ -21,7 +21,7 @@ void stop_library();
 /// Registers the log callback of the stress host; what the library answers.
 bool create_library();
 
-/// From now on the calls at random tell no URLs, or they do again. Any thread.
+/// From now on the random calls give the library no URLs, or give them again. Any thread.
 void withhold_urls(bool wanted);
 
 /// Answers a fetch, whether there is one or not. `body` may be null.

@@ -16,13 +16,13 @@ int __sanitizer_install_malloc_and_free_hooks(void (*taken)(const volatile void*
 void __sanitizer_symbolize_pc(void* address, const char* format, char* text, std::size_t size);
 __attribute__((weak)) int __lsan_do_recoverable_leak_check();
 
-// The first race ends the program, so that its last line never says that all is well.
+// The first race ends the program, so that its last line never reports success.
 __attribute__((visibility("default"))) const char* __tsan_default_options() {
     return "halt_on_error=1:second_deadlock_stack=1";
 }
 
-// Code that is not instrumented, as that of the standard library, does not tell that it reads what
-// was given back; filled with nonsense it cannot do so unnoticed.
+// Code that is not instrumented, such as the standard library's, may read freed memory unnoticed.
+// So freed memory is overwritten.
 __attribute__((visibility("default"))) const char* __asan_default_options() {
     return "max_free_fill_size=65536:free_fill_byte=219:detect_stack_use_after_return=1:"
            "strict_string_checks=1";

@@ -14,8 +14,8 @@ void hook_allocator(void (*taken)(const volatile void* block, std::size_t size),
 /// Writes function, file and line of an address into `text`; false without a sanitizer.
 bool symbolize(void* address, char* text, std::size_t size);
 
-/// Looks for blocks that nothing points to, and tells them; false when there are none, and where no
-/// sanitizer looks for them.
+/// Looks for leaked blocks and reports them. False if there are none, and without a sanitizer that
+/// looks for them.
 bool leaks_are_found();
 
 }  // namespace headsetmgmt::stress

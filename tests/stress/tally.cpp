@@ -27,8 +27,8 @@ unsigned long count_of(Counter counter) {
 
 void fail(const char* format, ...) {
     // The first few say what is wrong; the rest would say it again.
-    constexpr unsigned long told = 20;
-    if (failures.fetch_add(1) >= told) {
+    constexpr unsigned long most = 20;
+    if (failures.fetch_add(1) >= most) {
         return;
     }
     char text[500];

@@ -15,7 +15,7 @@ constexpr std::chrono::seconds patience(90);
 constexpr std::chrono::seconds patience(20);
 #endif
 
-/// Tells what hangs, prints the stacks of all threads and aborts.
+/// Reports what hangs, prints the stacks of all threads and aborts.
 [[noreturn]] void give_up(const char* what);
 
 /// From now on the calling thread's calls are looked after. For at most 16 threads.

@@ -13,7 +13,7 @@ namespace {
 // Sanitizers call these functions from threads that they have not set up yet. So this file is built
 // without them, and it uses nothing that they watch or that could come from a file built with them:
 // no template of the standard library and no static that has to be constructed.
-constexpr int pass_on = -1;  // no error number, so it stands for "no answer"
+constexpr int pass_on = -1;  // not an error number, so it stands for "no answer"
 constexpr int functions = 9;
 
 int results[functions] = {pass_on, pass_on, pass_on, pass_on, pass_on,

@@ -1,4 +1,4 @@
-// A configuration object that a test sets as it likes, and that tells what was asked of it.
+// A configuration object whose answers the test chooses, and that records what was asked of it.
 
 #pragma once
 
@@ -34,11 +34,11 @@ public:
         std::function<void()> on_retries;   ///< called from inside `set_config_retries`
         std::function<void()> on_end;       ///< called from inside the destructor
 
-        std::vector<std::string> documents;      ///< handed to `update_from_server`
-        std::vector<std::string> stamps;         ///< handed to `is_config_required`
+        std::vector<std::string> documents;      ///< passed to `update_from_server`
+        std::vector<std::string> stamps;         ///< passed to `is_config_required`
         std::vector<std::string> host_settings;  ///< "name|usage id|value" of `update_from_host`
         std::vector<int> retries_at_url;         ///< retry counter at each `get_config_url`
-        std::vector<int> retries_set;            ///< handed to `set_config_retries`
+        std::vector<int> retries_set;            ///< passed to `set_config_retries`
         int resets = 0;
         int updates = 0;
     };

@@ -1,4 +1,4 @@
-// A configuration driver that remembers what it was told to do.
+// A configuration driver that records its calls.
 
 #include "support/fake_config_driver.h"
 

@@ -1,4 +1,4 @@
-// A dispatcher that remembers requests and answers what the test programmed.
+// A dispatcher that records requests and answers what the test chose.
 
 #include "support/fake_dispatcher.h"
 

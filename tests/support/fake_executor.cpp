@@ -1,4 +1,4 @@
-// A queue of tasks that runs one when the test says so.
+// A queue of tasks that the test runs one by one.
 
 #include "support/fake_executor.h"
 

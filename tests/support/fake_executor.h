@@ -1,4 +1,4 @@
-// A queue of tasks that runs one when the test says so.
+// A queue of tasks that the test runs one by one.
 
 #pragma once
 
@@ -45,8 +45,8 @@ public:
     /// The context of a queued task; null for an index past the last.
     void* context(std::size_t index = 0) const;
 
-    /// Takes a task off the queue, the oldest at 0, runs it and deletes its parameters, also when
-    /// it throws, which passes on. False when there is none.
+    /// Takes a task off the queue, the oldest at 0, runs it and deletes its parameters, also if
+    /// it throws; the exception passes on. False if the queue is empty.
     bool run_next(std::size_t index = 0);
 
     /// Runs as many tasks as there are now; what these add stays queued. Answers how many ran.

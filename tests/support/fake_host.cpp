@@ -1,4 +1,4 @@
-// The host functions as the tests of the plug-in play them.
+// The phone's host application in tests.
 
 #include "support/fake_host.h"
 
@@ -15,7 +15,7 @@ std::optional<std::string> copied(const char* text) {
     return text != nullptr ? std::optional<std::string>(text) : std::nullopt;
 }
 
-/// A text that the library must never pass as null; should it, the transcript tells.
+/// A text that the library must never pass as null. If it does, the transcript shows it.
 std::string shown(const char* text) {
     return copied(text).value_or("null");
 }
@@ -166,10 +166,10 @@ bool FakeHost::take_upgrade_check(const std::string& device_id) {
     return answer;
 }
 
-const char* FakeHost::tell(std::optional<std::string> HostBehaviour::*fact) {
-    // One text a thread, overwritten by the next question: who keeps the pointer reads another
+const char* FakeHost::answer_fact(std::optional<std::string> HostBehaviour::*fact) {
+    // One text for each thread, overwritten by the next question: a kept pointer reads another
     // fact.
-    thread_local std::string told;
+    thread_local std::string answer;
     std::unique_lock<std::mutex> host_lock(host_mutex);
     ++facts;
     const std::optional<std::string> text = host_behaviour.*fact;
@@ -181,8 +181,8 @@ const char* FakeHost::tell(std::optional<std::string> HostBehaviour::*fact) {
     if (!text) {
         return nullptr;
     }
-    told = *text;
-    return told.c_str();
+    answer = *text;
+    return answer.c_str();
 }
 
 void FakeHost::take_log_line(int level, const std::string& line) {
@@ -250,13 +250,13 @@ bool check_firmware_upgrade(const char* device_id) {
 }
 
 const char* get_host_serial_num() {
-    return fake_host().tell(&HostBehaviour::serial_number);
+    return fake_host().answer_fact(&HostBehaviour::serial_number);
 }
 
 const char* get_host_os_ver() {
-    return fake_host().tell(&HostBehaviour::os_version);
+    return fake_host().answer_fact(&HostBehaviour::os_version);
 }
 
 const char* get_orvik_ver() {
-    return fake_host().tell(&HostBehaviour::orvik_version);
+    return fake_host().answer_fact(&HostBehaviour::orvik_version);
 }

@@ -1,5 +1,5 @@
-// The phone's host application, as the tests of the plug-in play it: the host functions, a log
-// callback, and what was asked of them.
+// The phone's host application in tests: the host functions, a log callback, and a record of their
+// calls.
 
 #pragma once
 
@@ -47,7 +47,7 @@ bool operator==(const FirmwareUpgradeCall& left, const FirmwareUpgradeCall& righ
 /// What the host functions answer, and what happens inside them.
 ///
 /// Hooks run inside the host function, after the call was recorded and without a lock: they may
-/// call the flat interface, block, or throw. A hook that blocks must be let go before the test
+/// call the flat interface, block, or throw. A hook that blocks must return before the test
 /// ends.
 struct HostBehaviour {
     bool http_request_answer = true;
@@ -88,8 +88,8 @@ public:
     /// "log <level> <line>".
     Lines transcript() const;
 
-    /// Waits until `reached` holds, asked anew after each call of the host; false when it does not
-    /// hold within a minute. `reached` is called without a lock and may ask this host.
+    /// Waits until `reached` holds, checked after each call of the host; false if it does not hold
+    /// within a minute. `reached` is called without a lock and may ask this host.
     bool wait_until(const std::function<bool()>& reached) const;
 
     /// Waits for the `count`th call of `httpRequest` since the reset.
@@ -100,7 +100,7 @@ public:
     bool take(const ApplyChangesCall& call);
     bool take(const FirmwareUpgradeCall& call);
     bool take_upgrade_check(const std::string& device_id);
-    const char* tell(std::optional<std::string> HostBehaviour::*fact);
+    const char* answer_fact(std::optional<std::string> HostBehaviour::*fact);
     void take_log_line(int level, const std::string& line);
 
 private:
@@ -125,7 +125,7 @@ FakeHost& fake_host();
 /// The test program's host, reset.
 FakeHost& fresh_fake_host();
 
-/// A log callback that hands its lines to the test program's host.
+/// A log callback that records its lines in the test program's host.
 void record_host_log_line(int level, const char* text);
 
 }  // namespace headsetmgmt::test_support

@@ -1,4 +1,4 @@
-// A factory of working mutexes that counts them, and that makes one fail when the test says so.
+// A factory of working mutexes that counts locks and can fail at a chosen call.
 
 #include "support/fake_mutex_factory.h"
 
@@ -26,7 +26,7 @@ public:
 
     void unlock() override {
         factory.count_held(-1);
-        // The mutex itself may be deleted once it is let go.
+        // The mutex itself may be deleted once it is unlocked.
         FakeMutexFactory& maker = factory;
         lockable.unlock();
         if (maker.on_unlock) {

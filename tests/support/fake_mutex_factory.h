@@ -1,4 +1,4 @@
-// A factory of working mutexes that counts them, and that makes one fail when the test says so.
+// A factory of working mutexes that counts locks and can fail at a chosen call.
 
 #pragma once
 
@@ -24,7 +24,7 @@ public:
     std::size_t made() const;
     std::size_t deleted() const;
 
-    /// What is called behind each unlock, on the same thread. Set it while no lock is used.
+    /// Called after each unlock, on the same thread. Set it while no lock is used.
     std::function<void()> on_unlock;
 
     /// How many locks are held right now, one that is taken twice counting twice.

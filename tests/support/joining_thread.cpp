@@ -1,4 +1,4 @@
-// Tells that a thread waits for another one's end.
+// Finds out that a thread waits for another one's end.
 
 #include "support/joining_thread.h"
 

@@ -1,4 +1,4 @@
-// Tells that a thread waits for another one's end.
+// Finds out that a thread waits for another one's end.
 //
 // A program that uses it gets its own `pthread_join`, which passes every call on to the system's
 // (or the sanitizer's).

@@ -1,4 +1,4 @@
-// Has something happen in the very moment in which a lock is tried.
+// Runs code at the moment at which a lock is tried.
 
 #include "support/lock_attempt.h"
 

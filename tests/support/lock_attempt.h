@@ -1,4 +1,4 @@
-// Has something happen in the very moment in which a lock is tried.
+// Runs code at the moment at which a lock is tried.
 //
 // A program that uses `LockAttempt` gets its own `pthread_rwlock_tryrdlock`,
 // `pthread_rwlock_wrlock` and `pthread_mutex_trylock`, which pass every call on to the system's (or

@@ -1,4 +1,4 @@
-// The configuration manager among fakes, with what tests of it ask for again and again.
+// The configuration manager among fakes, with what many of its tests need.
 
 #pragma once
 

@@ -67,7 +67,7 @@ HostBehaviour usual_behaviour() {
     return behaviour;
 }
 
-bool tell_urls() {
+bool set_urls() {
     const char* tftp_servers[] = {"fe80::1", "tftp-2", ""};
     const char* korm_servers[] = {"korm-1", "", "korm-3"};
     return setHeadsetConfigUrl("http://{tftp}/{userid}/headsets.json", "https://{korm}/inventory",
@@ -98,14 +98,14 @@ PhoneHost::PhoneHost() {
 }
 
 PhoneHost::~PhoneHost() {
-    time->let_go();
+    time->release();
     stop_headset_mgmt();
 }
 
 void PhoneHost::start_up() {
     create_headset_mgmt(record_host_log_line);
     start();
-    tell_urls();
+    set_urls();
     take();
 }
 
@@ -122,7 +122,7 @@ void PhoneHost::run_worker() {
 }
 
 void PhoneHost::stop() {
-    time->let_go();
+    time->release();
     stop_headset_mgmt();
     time.emplace(beginning);
 }

@@ -1,4 +1,4 @@
-// A phone at the flat interface that owns the clock: what the library says to it and asks of it.
+// A phone at the flat interface that owns the clock, and records the library's lines and calls.
 
 #pragma once
 
@@ -35,8 +35,8 @@ extern const char document_with_sidetone[];
 /// How the host of these tests answers; hooks are added to it.
 HostBehaviour usual_behaviour();
 
-/// Tells the library its URLs, servers and user.
-bool tell_urls();
+/// Gives the library its URLs, servers and user.
+bool set_urls();
 
 /// The answer of `call` on another thread.
 bool on_another_thread(const std::function<bool()>& call);
@@ -44,7 +44,7 @@ bool on_another_thread(const std::function<bool()>& call);
 /// How many threads of the process have the name, of which the kernel keeps 15 characters.
 int threads_named(const std::string& name);
 
-/// The worker's, once it has begun.
+/// The worker's name, once it runs.
 constexpr char worker_name[] = "Headset-mgmt ta";
 
 /// A host whose clock stands still until the test moves it, so that what happens on the test's
@@ -58,8 +58,8 @@ public:
     PhoneHost(const PhoneHost&) = delete;
     PhoneHost& operator=(const PhoneHost&) = delete;
 
-    /// Creates and starts the library, tells it its URLs and waits for the worker's first pause;
-    /// forgets what was said so far.
+    /// Creates and starts the library, gives it its URLs and waits for the worker's first pause;
+    /// forgets the record so far.
     void start_up();
 
     /// Starts the library, and waits for the worker's first pause.
@@ -74,10 +74,10 @@ public:
     /// Has a worker that is at rest go on, so that it can leave, and stops the library.
     void stop();
 
-    /// The same without stopping: from now on, the worker never pauses.
-    void let_worker_go() { time->let_go(); }
+    /// From now on the worker never pauses.
+    void release_worker() { time->release(); }
 
-    /// What was said and asked since the last call.
+    /// Lines and calls since the last `take`.
     Lines take();
 
 private:

@@ -1,4 +1,4 @@
-// A log sink that remembers.
+// A log sink that records its lines.
 
 #include "support/recording_log.h"
 

@@ -1,13 +1,12 @@
 // Memory that runs out for one thread.
 //
-// A program that is linked with short_memory.cpp has `operator new` and `operator delete` of its
-// own.
+// A program that is linked with it has its own `operator new` and `operator delete`.
 
 #pragma once
 
 namespace headsetmgmt::test_support {
 
-/// While it lives, the calling thread's allocations fail. Not one inside the other.
+/// While it lives, the calling thread's allocations fail. One at a time.
 class ShortMemory {
 public:
     ShortMemory();

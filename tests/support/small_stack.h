@@ -1,4 +1,4 @@
-// A thread whose stack is as small as the library promises to get along with.
+// A thread with the smallest stack that the library promises to need.
 
 #pragma once
 

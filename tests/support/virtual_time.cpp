@@ -1,4 +1,4 @@
-// The clock of a test program: `usleep` and `time` as the test wants them.
+// The clock of a test program: the test decides what `usleep` and `time` do.
 
 #include "support/virtual_time.h"
 
@@ -30,9 +30,9 @@ struct Clock {
     std::condition_variable parked_changed;  // the test waits for it
 
     bool stopped = false;
-    bool letting_go = false;
+    bool released = false;
     VirtualTime::Sleepers sleepers = VirtualTime::Sleepers::park;
-    std::uint64_t stops = 0;  // tells one stopped clock from the next
+    std::uint64_t stops = 0;  // distinguishes one stopped clock from the next
     Microseconds now = 0;
     std::list<Microseconds> ends;  // of those who sleep
     std::vector<useconds_t> sleeps;
@@ -67,7 +67,7 @@ void park(Clock& clock, ClockLock& clock_lock, useconds_t duration) {
     const auto entry = clock.ends.insert(clock.ends.end(), clock.now + duration);
     clock.parked_changed.notify_all();
     clock.moved.wait(clock_lock, [&] {
-        return !clock.stopped || clock.stops != stop || clock.letting_go || clock.now >= *entry;
+        return !clock.stopped || clock.stops != stop || clock.released || clock.now >= *entry;
     });
     clock.ends.erase(entry);
     clock.parked_changed.notify_all();
@@ -80,7 +80,7 @@ int sleep_virtually(useconds_t duration) {
         clock_lock.unlock();
         return sleep_really(duration);
     }
-    if (clock.letting_go) {
+    if (clock.released) {
         clock_lock.unlock();
         sched_yield();
         return 0;
@@ -116,7 +116,7 @@ VirtualTime::VirtualTime(std::time_t epoch_second, Sleepers sleepers) {
         throw std::logic_error("virtual time: the clock is stopped already");
     }
     clock.stopped = true;
-    clock.letting_go = false;
+    clock.released = false;
     clock.sleepers = sleepers;
     ++clock.stops;
     clock.now = epoch_second * microseconds_per_second;
@@ -158,10 +158,10 @@ void VirtualTime::advance_and_settle(Duration duration) {
     wait_for_sleepers(threads, "to sleep again after the clock moved");
 }
 
-void VirtualTime::let_go() {
+void VirtualTime::release() {
     Clock& clock = the_clock();
     const ClockLock clock_lock(clock.mutex);
-    clock.letting_go = true;
+    clock.released = true;
     clock.moved.notify_all();
 }
 

@@ -1,9 +1,9 @@
-// The clock of a test program: `usleep` and `time` as the test wants them.
+// The clock of a test program: the test decides what `usleep` and `time` do.
 //
 // A program that uses `VirtualTime` gets its own `usleep` and `time` in the place of the system's.
 // Code of a shared library that the program links or loads gets them too: the linker puts a
 // program's symbol into the dynamic symbol table when a library on its command line, here the C
-// library, has one of that name. Linkers that are told otherwise need the CMake property
+// library, has one of that name. Linkers that do not do so need the CMake property
 // `ENABLE_EXPORTS` on the program.
 
 #pragma once
@@ -20,13 +20,13 @@ namespace headsetmgmt::test_support {
 /// `usleep` waits for the test, not for the system.
 ///
 /// One at a time (`std::logic_error`). While there is none, `usleep` and `time` are the real ones.
-/// Any thread. Waiting operations give up after 20 seconds with a `std::runtime_error` that says
-/// what did not come; let the owner of a sleeping thread call `let_go` before it joins it.
+/// Any thread. Waiting operations give up after 20 seconds with a `std::runtime_error` that names
+/// what did not come. The owner of a sleeping thread calls `release` before it joins it.
 class VirtualTime {
 public:
     using Duration = std::chrono::microseconds;
 
-    /// What becomes of a thread that calls `usleep`.
+    /// What a call of `usleep` does.
     enum class Sleepers {
         park,           ///< it waits until the test has moved the clock far enough
         move_the_clock  ///< it moves the clock by what it asked for and goes on: for one thread
@@ -59,7 +59,7 @@ public:
     }
 
     /// From now on `usleep` returns at once to everybody, and is not recorded.
-    void let_go();
+    void release();
 
     /// What `usleep` was asked for so far, in microseconds, in the order of the calls.
     std::vector<useconds_t> sleeps() const;

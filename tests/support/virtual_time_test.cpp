@@ -67,7 +67,7 @@ TEST(VirtualTimeTest, SleeperWaitsForTheLastMicrosecond) {
 
     EXPECT_TRUE(woke.wait());
     EXPECT_EQ(time.take_sleeps(), std::vector<useconds_t>({50000, 1}));
-    time.let_go();
+    time.release();
     sleeper.join();
 }
 
@@ -86,12 +86,12 @@ TEST(VirtualTimeTest, SettlingWaitsForEveryWokenSleeper) {
     time.advance_and_settle(1ms);
 
     EXPECT_EQ(rounds, std::vector<int>({1, 1}));
-    time.let_go();
+    time.release();
     first.join();
     second.join();
 }
 
-TEST(VirtualTimeTest, SleepsMoveTheClockWhereTheyAreToldTo) {
+TEST(VirtualTimeTest, SleepsMoveTheClockIfChosen) {
     VirtualTime time(some_second, VirtualTime::Sleepers::move_the_clock);
 
     usleep(2500000);

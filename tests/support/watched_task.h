@@ -1,4 +1,4 @@
-// A task that tells the test what becomes of it.
+// A task that reports to the test what the executor does with it.
 
 #pragma once
 
@@ -14,7 +14,7 @@
 
 namespace headsetmgmt::test_support {
 
-/// What a test says of a task's parameters, and sees of them. Shared by all their clones; set while
+/// What a task's parameters answer, and how they were used. Shared by all their clones; set while
 /// no other thread has a clone.
 struct Watched {
     std::function<int()> status = [] { return TaskParametersInterface::ready; };
@@ -74,7 +74,7 @@ private:
 struct Work {
     std::function<void()> work;
 
-    /// Work that only writes the task's name down.
+    /// Work that only records the task's name.
     static Work named(const std::string& name, RunRecord& record) {
         return {[name, &record] { record.add(name); }};
     }
