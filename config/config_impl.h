@@ -48,7 +48,7 @@ public:
     /// Version that the accessory reports.
     std::string get_firmware_version();
 
-    // From document to settings map (document_parsing.cpp).
+    // From document to settings map (document_flow.cpp).
 
     /// Stores one setting under `usage_id`, in the place of an earlier one. Any thread.
     void set_map_entry(int usage_id, ConfigParam param);
@@ -100,7 +100,7 @@ public:
     /// Asks the host to bring the accessory to `version`.
     void request_upgrade(const std::string& version, const std::string& firmware_name);
 
-    // From server and host into the map, from the map to the device (settings_apply.cpp).
+    // From server and host into the map, from the map to the device (settings_map.cpp).
 
     /// Stores a parameter array and, when at least one was stored, sends the map to the device.
     bool apply_settings(const cJSON* params);
