@@ -1,15 +1,11 @@
-// Configuration objects: making, copying and asking them, where their document lies, new facts,
-// reset.
+// Configuration objects: made, copied and asked; new facts, reset, upgrade requests.
 
 #include "config/config_impl.h"
 
 #include <mutex>
 #include <utility>
 
-#include "headsetmgmt/constants.h"
 #include "headsetmgmt/plugins.h"
-
-#include "metrics/url_templates.h"
 
 namespace headsetmgmt::config {
 
@@ -43,33 +39,6 @@ ConfigImpl::~ConfigImpl() {
     settings_mutex.reset();
 }
 
-std::string ConfigImpl::get_config_url() const {
-    SystemInfoInterface* system_info = globals::plugins.system_info;
-    std::string url = system_info->get_config_url();
-    logger->info() << "get_config_url: tokenized url: " << url;
-    if (url.empty()) {
-        return constants::default_config_file;
-    }
-    if (has_token(url, constants::tftp_token)) {
-        const auto index = static_cast<unsigned int>(get_config_retries());
-        const std::string server = system_info->get_tftp_server(index);
-        if (server.empty()) {
-            logger->warning() << "get_config_url" << constants::tag_plugin_err
-                              << " no config servers found, returning";
-            return url;
-        }
-        replace_token(url, constants::tftp_token, server_in_url(server));
-    }
-    if (has_token(url, userid_token)) {
-        replace_token(url, userid_token, system_info->get_host_user_id());
-    }
-    return url;
-}
-
-std::map<int, ConfigParam> ConfigImpl::retrieve_config() {
-    return settings;
-}
-
 ACCESSORY_TYPE ConfigImpl::get_type() const {
     return accessory_type;
 }
@@ -98,10 +67,6 @@ bool ConfigImpl::update(const AccessoryInfoInterface* info) {
 
 ConfigInterface* ConfigImpl::clone() {
     return new ConfigImpl(*this);
-}
-
-void ConfigImpl::reset_timestamps() {
-    last_updated_time = 0.0;
 }
 
 std::string ConfigImpl::get_firmware_version() {

@@ -42,22 +42,19 @@ public:
     bool update(const AccessoryInfoInterface* info) override;
     ConfigInterface* clone() override;
 
-    /// Makes the next document one that has to be applied, whatever its time.
-    void reset_timestamps();
-
     /// Version that the accessory reports.
     std::string get_firmware_version();
 
-    // From document to settings map (document_flow.cpp).
+    // A document's way (document_flow.cpp).
 
-    /// Stores one setting under `usage_id`, in the place of an earlier one. Any thread.
-    void set_map_entry(int usage_id, ConfigParam param);
-
-    /// Stores every parameter object of the array that can be read, and answers how many.
-    int save_config_to_map(const cJSON* params);
+    /// Stores a template's settings and decides on the firmware; the firmware's result counts.
+    bool parse_remote_default_config(const cJSON* configuration_template);
 
     /// Stores the template's common settings; false when it has none or storing them threw.
     bool save_common_settings_params(const cJSON* configuration_template);
+
+    /// Stores every parameter object of the array that can be read, and answers how many.
+    int save_config_to_map(const cJSON* params);
 
     /// The firmware block of the first model entry that serves `device_model`; null when none does,
     /// or that one has no block.
@@ -67,11 +64,21 @@ public:
     /// Stores and applies a model's settings; whether there is a firmware block at all.
     bool save_model_specific_settings_params(const cJSON* model_firmware);
 
-    /// Stores a template's settings and decides on the firmware; the firmware's result counts.
-    bool parse_remote_default_config(const cJSON* configuration_template);
+    /// Stores a parameter array and, when at least one was stored, sends the map to the device.
+    bool apply_settings(const cJSON* params);
+
+    // The settings map (settings_map.cpp).
+
+    /// Stores one setting under `usage_id`, in the place of an earlier one. Any thread.
+    void set_map_entry(int usage_id, ConfigParam param);
+
+    // Where the document comes from (document_source.cpp).
 
     /// Whether a document of this time, in epoch seconds, is another than the last one.
     bool is_config_required(double template_time) const;
+
+    /// Makes the next document one that has to be applied, whatever its time.
+    void reset_timestamps();
 
     // The upgrade decision (firmware_policy.cpp).
 
@@ -99,11 +106,6 @@ public:
 
     /// Asks the host to bring the accessory to `version`.
     void request_upgrade(const std::string& version, const std::string& firmware_name);
-
-    // From server and host into the map, from the map to the device (settings_map.cpp).
-
-    /// Stores a parameter array and, when at least one was stored, sends the map to the device.
-    bool apply_settings(const cJSON* params);
 
 protected:
     std::map<int, ConfigParam> settings;  // by usage id

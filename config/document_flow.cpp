@@ -1,7 +1,7 @@
-// From configuration document to settings map, and whether a document needs applying at all.
+// A document's way: parsed, its template read, the common settings and those of the model stored,
+// the map sent to the device, the firmware decided. In the order in which a document passes.
 
 #include <cstddef>
-#include <cstdlib>
 #include <mutex>
 #include <optional>
 #include <stdexcept>
@@ -16,124 +16,37 @@
 
 #include "config/config_impl.h"
 #include "config/document.h"
+#include "core/json.h"
 
 namespace headsetmgmt::config {
 
-namespace {
-
-using SettingsLock = std::lock_guard<MutexInterface>;
-
-/// What the log says of a faulty parameter; its name follows but for the first.
-const char* message_of(document::ParameterFault fault) {
-    // In the order of the faults.
-    static constexpr const char* messages[] = {
-        "",  // none
-        ": Parameter extracted has missing KEY name. Cannot identify which parameter.",
-        ": Null Usage ID for param ",
-        ": Null Value for param ",
-        ": Invalid Access field for param ",
-        ": Invalid Usage ID for param ",
-        ": Invalid Value for param ",
-    };
-    return messages[static_cast<std::size_t>(fault)];
-}
-
-}  // namespace
-
-void ConfigImpl::set_map_entry(int usage_id, ConfigParam param) {
-    const SettingsLock settings_lock(*settings_mutex);
-    // Documents mostly count their usage ids up, so that an entry's place is the end.
-    settings.insert_or_assign(settings.end(), usage_id, std::move(param));
-}
-
-int ConfigImpl::save_config_to_map(const cJSON* params) {
-    int count = 0;
-    const cJSON* element = nullptr;
-    cJSON_ArrayForEach(element, params) {
-        document::Parameter parameter = document::read_parameter(element);
-        if (parameter.fault != document::ParameterFault::none) {
-            // Without a name, this adds nothing.
-            logger->notice() << "save_config_to_map" << constants::tag_korm_err
-                             << message_of(parameter.fault) << parameter.setting.name;
-            continue;
-        }
-        // Composed before the texts move into the map; delivered once they are there.
-        log::LogStream line = logger->debug();
-        line << "save_config_to_map: " << parameter.usage_id_number
-             << ", key: " << parameter.setting.name << ", value: " << parameter.setting.value
-             << ", access: " << parameter.setting.access;
-        const int usage_id = parameter.setting.usage_id;
-        try {
-            set_map_entry(usage_id, std::move(parameter.setting));
-        } catch (...) {
-            line.discard();
-            throw;
-        }
-        ++count;
+bool ConfigImpl::update_from_server(const std::string& document) {
+    if (document.empty()) {
+        // Without a parse, the parser's last error is another document's, whose text is gone.
+        logger->info() << "update_from_server: Nothing to parse";
+        return false;
     }
-    // The host may write settings meanwhile.
-    std::size_t map_size = 0;
-    {
-        const SettingsLock settings_lock(*settings_mutex);
-        map_size = settings.size();
+    std::optional<std::string> unparsed;
+    JsonOwner tree = parse_json(document, unparsed);
+    if (!tree) {
+        if (unparsed) {  // always, with cJSON 1.7
+            logger->info() << "update_from_server: " << *unparsed;
+        }
+        return false;
     }
-    logger->debug() << "save_config_to_map: Saved " << count
-                    << " settings. current map size: " << map_size;
-    return count;
-}
-
-bool ConfigImpl::save_common_settings_params(const cJSON* configuration_template) {
+    logger->info() << "update_from_server Enter:";
+    const cJSON* configuration_template = document::find_template(tree.get());
     if (configuration_template == nullptr) {
-        logger->info() << "save_common_settings_params: No default common settings found.";
+        logger->info() << "update_from_server: No template config found.";
+        logger->debug() << "update_from_server: No config found.";
         return false;
     }
-    const cJSON* common_settings = document::find_common_settings(configuration_template);
-    if (common_settings == nullptr) {
-        logger->info() << "save_common_settings_params: Common settings not found in config";
+    if (!parse_remote_default_config(configuration_template)) {
+        logger->debug() << "update_from_server: Parsing remote config failed.";
         return false;
     }
-    try {
-        save_config_to_map(common_settings);
-    } catch (const std::runtime_error& error) {
-        logger->error() << "save_common_settings_params" << constants::tag_lib_err << error.what();
-        return false;
-    }
-    // Also when not one of them could be read.
-    logger->notice() << "save_common_settings_params: success";
-    return true;
-}
-
-cJSON* ConfigImpl::extract_model_firmware_settings(const cJSON* configuration_template,
-                                                   const std::string& device_model) {
-    logger->debug() << "extract_model_firmware_settings: MODEL NAME " << device_model;
-    const cJSON* entries = document::find_model_entries(configuration_template);
-    if (entries == nullptr) {
-        logger->notice() << "extract_model_firmware_settings" << constants::tag_korm_err
-                         << ": Model specific settings not found in config";
-        return nullptr;
-    }
-    const cJSON* entry = nullptr;
-    cJSON_ArrayForEach(entry, entries) {
-        for (const std::string& name : document::read_model_names(entry)) {
-            logger->debug() << "extract_model_firmware_settings config_model_name: " << name
-                            << ", device_model_name: " << device_model;
-            if (document::serves_model(name, device_model)) {
-                return document::find_model_firmware(entry);
-            }
-        }
-    }
-    return nullptr;
-}
-
-bool ConfigImpl::save_model_specific_settings_params(const cJSON* model_firmware) {
-    if (model_firmware == nullptr) {
-        logger->info()
-            << "save_model_specific_settings_params : Model_firmware_settings do not exist";
-        return false;
-    }
-    apply_settings(document::find_firmware_params(model_firmware));
-    // The result tells that there is a firmware block, not how applying its settings went.
-    logger->debug() << "save_model_specific_settings_params: Success.";
+    tree.reset();
+    logger->info() << "update_from_server: success";
     return true;
 }
 
@@ -150,7 +63,7 @@ bool ConfigImpl::parse_remote_default_config(const cJSON* configuration_template
     logger->info() << "parse_remote_default_config: Current accessory plugged in: " << device_model;
     if (!current_model.empty() && current_model != device_model) {
         logger->notice() << "parse_remote_default_config: Model change detected !!";
-        const SettingsLock settings_lock(*settings_mutex);
+        const std::lock_guard<MutexInterface> settings_lock(*settings_mutex);
         settings.clear();
     }
     current_model = device_model;
@@ -193,34 +106,133 @@ bool ConfigImpl::parse_remote_default_config(const cJSON* configuration_template
     return result;
 }
 
-bool ConfigImpl::is_config_required(double template_time) const {
-    logger->info() << "is_config_required: Config time: " << template_time
-                   << ", last updated time: " << last_updated_time;
-    // Exactly: the smallest difference makes another document.
-    return !(template_time == last_updated_time);
-}
-
-bool ConfigImpl::is_config_required(const std::string& version_stamp) const {
-    if (version_stamp.empty()) {
-        logger->info()
-            << "is_config_required: No version timestamp to compare, proceed with configure";
-        return true;
-    }
-    const std::string::size_type hyphen = version_stamp.find('-');
-    if (hyphen == std::string::npos || hyphen + 1 == version_stamp.size()) {
-        logger->info() << "is_config_required" << constants::tag_korm_err
-                       << ": Version timestamp is incorrectly formatted. Do not configure.";
+bool ConfigImpl::save_common_settings_params(const cJSON* configuration_template) {
+    if (configuration_template == nullptr) {
+        logger->info() << "save_common_settings_params: No default common settings found.";
         return false;
     }
-    const double template_time = std::strtod(version_stamp.c_str() + hyphen + 1, nullptr);
-    logger->notice() << "is_config_required: Template updated time in epoch: " << template_time;
-    if (is_config_required(template_time)) {
-        logger->notice()
-            << "is_config_required: Version timestamp is different, proceed with configure";
-        return true;
+    const cJSON* common_settings = document::find_common_settings(configuration_template);
+    if (common_settings == nullptr) {
+        logger->info() << "save_common_settings_params: Common settings not found in config";
+        return false;
     }
-    logger->notice() << "is_config_required: Version timestamp is same, do not configure";
-    return false;
+    try {
+        save_config_to_map(common_settings);
+    } catch (const std::runtime_error& error) {
+        logger->error() << "save_common_settings_params" << constants::tag_lib_err << error.what();
+        return false;
+    }
+    // Also when not one of them could be read.
+    logger->notice() << "save_common_settings_params: success";
+    return true;
+}
+
+namespace {
+
+/// What the log says of a faulty parameter; its name follows but for the first.
+const char* message_of(document::ParameterFault fault) {
+    // In the order of the faults.
+    static constexpr const char* messages[] = {
+        "",  // none
+        ": Parameter extracted has missing KEY name. Cannot identify which parameter.",
+        ": Null Usage ID for param ",
+        ": Null Value for param ",
+        ": Invalid Access field for param ",
+        ": Invalid Usage ID for param ",
+        ": Invalid Value for param ",
+    };
+    return messages[static_cast<std::size_t>(fault)];
+}
+
+}  // namespace
+
+int ConfigImpl::save_config_to_map(const cJSON* params) {
+    int count = 0;
+    const cJSON* element = nullptr;
+    cJSON_ArrayForEach(element, params) {
+        document::Parameter parameter = document::read_parameter(element);
+        if (parameter.fault != document::ParameterFault::none) {
+            // Without a name, this adds nothing.
+            logger->notice() << "save_config_to_map" << constants::tag_korm_err
+                             << message_of(parameter.fault) << parameter.setting.name;
+            continue;
+        }
+        // Composed before the texts move into the map; delivered once they are there.
+        log::LogStream line = logger->debug();
+        line << "save_config_to_map: " << parameter.usage_id_number
+             << ", key: " << parameter.setting.name << ", value: " << parameter.setting.value
+             << ", access: " << parameter.setting.access;
+        const int usage_id = parameter.setting.usage_id;
+        try {
+            set_map_entry(usage_id, std::move(parameter.setting));
+        } catch (...) {
+            line.discard();
+            throw;
+        }
+        ++count;
+    }
+    // The host may write settings meanwhile.
+    std::size_t map_size = 0;
+    {
+        const std::lock_guard<MutexInterface> settings_lock(*settings_mutex);
+        map_size = settings.size();
+    }
+    logger->debug() << "save_config_to_map: Saved " << count
+                    << " settings. current map size: " << map_size;
+    return count;
+}
+
+cJSON* ConfigImpl::extract_model_firmware_settings(const cJSON* configuration_template,
+                                                   const std::string& device_model) {
+    logger->debug() << "extract_model_firmware_settings: MODEL NAME " << device_model;
+    const cJSON* entries = document::find_model_entries(configuration_template);
+    if (entries == nullptr) {
+        logger->notice() << "extract_model_firmware_settings" << constants::tag_korm_err
+                         << ": Model specific settings not found in config";
+        return nullptr;
+    }
+    const cJSON* entry = nullptr;
+    cJSON_ArrayForEach(entry, entries) {
+        for (const std::string& name : document::read_model_names(entry)) {
+            logger->debug() << "extract_model_firmware_settings config_model_name: " << name
+                            << ", device_model_name: " << device_model;
+            if (document::serves_model(name, device_model)) {
+                return document::find_model_firmware(entry);
+            }
+        }
+    }
+    return nullptr;
+}
+
+bool ConfigImpl::save_model_specific_settings_params(const cJSON* model_firmware) {
+    if (model_firmware == nullptr) {
+        logger->info()
+            << "save_model_specific_settings_params : Model_firmware_settings do not exist";
+        return false;
+    }
+    apply_settings(document::find_firmware_params(model_firmware));
+    // The result tells that there is a firmware block, not how applying its settings went.
+    logger->debug() << "save_model_specific_settings_params: Success.";
+    return true;
+}
+
+bool ConfigImpl::apply_settings(const cJSON* params) {
+    if (params == nullptr) {
+        logger->warning() << "apply_settings: No settings available for firmware";
+        return false;
+    }
+    int count = 0;
+    try {
+        count = save_config_to_map(params);
+    } catch (const std::runtime_error& error) {
+        logger->error() << "apply_settings" << constants::tag_lib_err << ": " << error.what();
+    }
+    if (count == 0) {
+        logger->notice() << "apply_settings: Failed to apply current firmware version settings.";
+        return false;
+    }
+    apply_config_to_device(ApplyType::CONFIGURE);
+    return true;
 }
 
 }  // namespace headsetmgmt::config

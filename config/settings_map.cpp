@@ -1,19 +1,27 @@
-// From server and host into the settings map, and from the map to the device.
+// The settings map: written, read, changed by the host, and sent to the device.
 
+#include <map>
 #include <mutex>
-#include <optional>
-#include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "headsetmgmt/constants.h"
 #include "headsetmgmt/plugins.h"
 #include "headsetmgmt/utilities.h"
 
 #include "config/config_impl.h"
-#include "config/document.h"
-#include "core/json.h"
 
 namespace headsetmgmt::config {
+
+void ConfigImpl::set_map_entry(int usage_id, ConfigParam param) {
+    const std::lock_guard<MutexInterface> settings_lock(*settings_mutex);
+    // Documents mostly count their usage ids up, so that an entry's place is the end.
+    settings.insert_or_assign(settings.end(), usage_id, std::move(param));
+}
+
+std::map<int, ConfigParam> ConfigImpl::retrieve_config() {
+    return settings;
+}
 
 namespace {
 
@@ -26,36 +34,6 @@ bool is_host_changeable(int usage_id) {
 
 }  // namespace
 
-bool ConfigImpl::update_from_server(const std::string& document) {
-    if (document.empty()) {
-        // Without a parse, the parser's last error is another document's, whose text is gone.
-        logger->info() << "update_from_server: Nothing to parse";
-        return false;
-    }
-    std::optional<std::string> unparsed;
-    JsonOwner tree = parse_json(document, unparsed);
-    if (!tree) {
-        if (unparsed) {  // always, with cJSON 1.7
-            logger->info() << "update_from_server: " << *unparsed;
-        }
-        return false;
-    }
-    logger->info() << "update_from_server Enter:";
-    const cJSON* configuration_template = document::find_template(tree.get());
-    if (configuration_template == nullptr) {
-        logger->info() << "update_from_server: No template config found.";
-        logger->debug() << "update_from_server: No config found.";
-        return false;
-    }
-    if (!parse_remote_default_config(configuration_template)) {
-        logger->debug() << "update_from_server: Parsing remote config failed.";
-        return false;
-    }
-    tree.reset();
-    logger->info() << "update_from_server: success";
-    return true;
-}
-
 bool ConfigImpl::update_from_host(const std::string& name, int usage_id, const std::string& value) {
     if (!is_host_changeable(usage_id)) {
         logger->info() << "update_from_host: Invalid user setting";
@@ -66,25 +44,6 @@ bool ConfigImpl::update_from_host(const std::string& name, int usage_id, const s
     set_map_entry(usage_id, ConfigParam{usage_id, name, value, ""});
     logger->info() << "update_from_host: Updated id: " << usage_id << ", key: " << name
                    << ", value: " << value;
-    return true;
-}
-
-bool ConfigImpl::apply_settings(const cJSON* params) {
-    if (params == nullptr) {
-        logger->warning() << "apply_settings: No settings available for firmware";
-        return false;
-    }
-    int count = 0;
-    try {
-        count = save_config_to_map(params);
-    } catch (const std::runtime_error& error) {
-        logger->error() << "apply_settings" << constants::tag_lib_err << ": " << error.what();
-    }
-    if (count == 0) {
-        logger->notice() << "apply_settings: Failed to apply current firmware version settings.";
-        return false;
-    }
-    apply_config_to_device(ApplyType::CONFIGURE);
     return true;
 }
 

@@ -73,16 +73,6 @@ TEST(ConfigObject, RetriesAreWhatWasSet) {
     EXPECT_EQ(3, config.get_config_retries());
 }
 
-TEST(ConfigObject, RetrievedSettingsAreACopy) {
-    ConfigBench bench;
-    OpenConfig config("acc-1", &bench.accessory);
-    config.update_from_host("volume", 32, "1");
-
-    config.retrieve_config().clear();
-
-    EXPECT_EQ((Settings{"32 volume=1 ()"}), settings_of(config));
-}
-
 TEST(ConfigObject, UpgradeRequestIsHandedToTheHostAsItIs) {
     ConfigBench bench;
     OpenConfig config("acc-1", &bench.accessory);

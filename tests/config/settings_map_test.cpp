@@ -1,7 +1,6 @@
-// Tests of how settings come from the host into the map, and from the map to the device.
+// Tests of the settings map: written, read, changed by the host, and sent to the device.
 
 #include <climits>
-#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -15,6 +14,36 @@ namespace headsetmgmt::test_support {
 namespace {
 
 using config::ApplyType;
+
+TEST(SetMapEntry, ReplacesTheEntry) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+
+    config.set_map_entry(7, ConfigParam{7, "old", "1", "User"});
+    config.set_map_entry(7, ConfigParam{7, "new", "2", "Admin"});
+
+    EXPECT_EQ((Settings{"7 new=2 (Admin)"}), settings_of(config));
+}
+
+TEST(SetMapEntry, WritesUnderTheLockOnly) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+    bench.plugins.mutex_factory.throw_at_lock(1);
+
+    EXPECT_THROW(config.set_map_entry(7, ConfigParam{7, "lost", "1", "User"}), std::runtime_error);
+    EXPECT_EQ(Settings{}, settings_of(config));
+    EXPECT_EQ(0, bench.locks_held());
+}
+
+TEST(SettingsMap, RetrievedSettingsAreACopy) {
+    ConfigBench bench;
+    OpenConfig config("acc-1", &bench.accessory);
+    config.update_from_host("volume", 32, "1");
+
+    config.retrieve_config().clear();
+
+    EXPECT_EQ((Settings{"32 volume=1 ()"}), settings_of(config));
+}
 
 TEST(UpdateFromHost, RecordsTheSettingWithoutAccessAndSendsNothing) {
     ConfigBench bench;
@@ -80,103 +109,6 @@ TEST(UpdateFromHost, TakesEmptyTexts) {
     EXPECT_TRUE(config.update_from_host("", 32, ""));
     EXPECT_EQ((Lines{"info HeadsetConfigImpl: update_from_host: Updated id: 32, key: , value: "}),
               bench.lines());
-}
-
-TEST(ApplySettings, WithoutParametersNothingIsApplied) {
-    ConfigBench bench;
-    OpenConfig config("acc-1", &bench.accessory);
-
-    EXPECT_FALSE(config.apply_settings(nullptr));
-    EXPECT_EQ((Lines{"warning HeadsetConfigImpl: apply_settings: No settings available for "
-                     "firmware"}),
-              bench.lines());
-}
-
-TEST(ApplySettings, OneStoredParameterSendsTheMap) {
-    ConfigBench bench;
-    OpenConfig config("acc-1", &bench.accessory);
-    const JsonOwner params = parse(R"([
-        {"name": "faulty"},
-        {"name": "tone", "usageId": 33, "value": 1, "access": "Admin"}])");
-
-    EXPECT_TRUE(config.apply_settings(params.get()));
-    EXPECT_EQ(
-        (Lines{
-            "notice HeadsetConfigImpl: save_config_to_map[KORM-ERR]: Null Usage ID for param "
-            "faulty",
-            "debug HeadsetConfigImpl: save_config_to_map: 33, key: tone, value: 1, access: Admin",
-            "debug HeadsetConfigImpl: save_config_to_map: Saved 1 settings. current map size: 1",
-            "notice HeadsetConfigImpl: apply_config_to_device: Apply type: CONFIGURE",
-            "debug HeadsetConfigImpl: apply_config_to_device: tone : (usage id: 33 , value: 1)",
-        }),
-        bench.lines());
-    EXPECT_EQ((Calls{R"(apply_config_to_device("acc-1", "tone", 33, "1"))"}), bench.driver_calls());
-}
-
-TEST(ApplySettings, NoStoredParameterSendsNothingThoughTheMapHoldsSome) {
-    ConfigBench bench;
-    OpenConfig config("acc-1", &bench.accessory);
-    config.set_map_entry(1, ConfigParam{1, "kept", "1", "Admin"});
-    const JsonOwner params = parse("[]");
-
-    EXPECT_FALSE(config.apply_settings(params.get()));
-    EXPECT_EQ(
-        (Lines{
-            "debug HeadsetConfigImpl: save_config_to_map: Saved 0 settings. current map size: 1",
-            "notice HeadsetConfigImpl: apply_settings: Failed to apply current firmware version "
-            "settings.",
-        }),
-        bench.lines());
-    EXPECT_EQ(Calls{}, bench.driver_calls());
-}
-
-TEST(ApplySettings, ErrorWhileStoringCountsAsNothingStored) {
-    ConfigBench bench;
-    OpenConfig config("acc-1", &bench.accessory);
-    const JsonOwner params = parse(R"([
-        {"name": "kept", "usageId": 1, "value": 1, "access": "Admin"},
-        {"name": "lost", "usageId": 2, "value": 2, "access": "Admin"}])");
-    bench.plugins.mutex_factory.throw_at_lock(2);
-
-    EXPECT_FALSE(config.apply_settings(params.get()));
-    EXPECT_EQ((Lines{
-                  "debug HeadsetConfigImpl: save_config_to_map: 1, key: kept, value: 1, "
-                  "access: Admin",
-                  "error HeadsetConfigImpl: apply_settings[LIB-ERR]: fake mutex",
-                  "notice HeadsetConfigImpl: apply_settings: Failed to apply current firmware "
-                  "version settings.",
-              }),
-              bench.lines());
-    EXPECT_EQ((Settings{"1 kept=1 (Admin)"}), settings_of(config));
-    EXPECT_EQ(Calls{}, bench.driver_calls());
-}
-
-/// Records how the map was sent instead of sending it.
-class SendingRecorder : public OpenConfig {
-public:
-    using OpenConfig::OpenConfig;
-
-    void apply_config_to_device(ApplyType type) const override { sent.push_back(type); }
-
-    mutable std::vector<ApplyType> sent;
-};
-
-TEST(ApplySettings, MapIsSentThroughTheInterfaceAsAConfigure) {
-    ConfigBench bench;
-    SendingRecorder config("acc-1", &bench.accessory);
-    const JsonOwner params =
-        parse(R"([{"name": "tone", "usageId": 33, "value": 1, "access": "Admin"}])");
-
-    EXPECT_TRUE(config.apply_settings(params.get()));
-    EXPECT_EQ((std::vector<ApplyType>{ApplyType::CONFIGURE}), config.sent);
-}
-
-TEST(ApplySettings, ResetIsSentThroughTheInterface) {
-    ConfigBench bench;
-    SendingRecorder config("acc-1", &bench.accessory);
-
-    EXPECT_TRUE(config.reset_config());
-    EXPECT_EQ((std::vector<ApplyType>{ApplyType::RESET}), config.sent);
 }
 
 /// The map of the tests below: 5 and 9 the administrator's, 7 the user's.
