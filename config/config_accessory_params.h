@@ -5,7 +5,7 @@
 #include "headsetmgmt/config.h"
 #include "headsetmgmt/executor.h"
 
-#include "core/owners.h"
+#include "config/config_owner.h"
 
 namespace headsetmgmt::config {
 

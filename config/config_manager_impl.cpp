@@ -11,6 +11,8 @@
 
 #include "headsetmgmt/plugins.h"
 
+#include "config/config_owner.h"
+
 namespace headsetmgmt::config {
 
 ConfigManagerImpl* ConfigManagerImpl::instance_ = nullptr;

@@ -1,13 +1,11 @@
-// Owners of what is made through factories.
+// Owners of locks and loggers.
 
 #pragma once
 
 #include <memory>
 #include <string>
 
-#include "headsetmgmt/config.h"
 #include "headsetmgmt/log.h"
-#include "headsetmgmt/metrics.h"
 #include "headsetmgmt/mutex.h"
 #include "headsetmgmt/plugins.h"
 
@@ -23,18 +21,8 @@ struct LoggerDeleter {
     void operator()(log::Logger* logger) const { delete_logger(logger); }
 };
 
-struct ConfigDeleter {
-    void operator()(config::ConfigInterface* config) const { delete_config(config); }
-};
-
-struct MetricDeleter {
-    void operator()(metrics::MetricsInterface* metric) const { delete_metric(metric); }
-};
-
 using MutexOwner = std::unique_ptr<MutexInterface, MutexDeleter>;
 using LoggerOwner = std::unique_ptr<log::Logger, LoggerDeleter>;
-using ConfigOwner = std::unique_ptr<config::ConfigInterface, ConfigDeleter>;
-using MetricOwner = std::unique_ptr<metrics::MetricsInterface, MetricDeleter>;
 
 /// A lock from the plug-in record's factory.
 inline MutexOwner make_mutex(bool recursive) {

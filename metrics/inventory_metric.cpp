@@ -11,6 +11,7 @@
 #include "headsetmgmt/plugins.h"
 #include "headsetmgmt/system_info.h"
 
+#include "metrics/metric_owner.h"
 #include "metrics/send_metrics_params.h"
 #include "metrics/url_templates.h"
 

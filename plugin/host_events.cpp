@@ -7,7 +7,7 @@
 
 #include "headsetmgmt/metrics.h"
 
-#include "core/owners.h"
+#include "metrics/metric_owner.h"
 #include "plugin/accessory_info_impl.h"
 #include "plugin/host_boundary.h"
 #include "plugin/phone_plugin_impl.h"
@@ -70,7 +70,7 @@ void PhonePluginImpl::sendInventory(const std::shared_ptr<AccessoryCache>& cache
     debug("PhonePluginImpl::sendInventory " + info->to_string());
 
     try {
-        const MetricOwner metric(create_metric(info.get()));
+        const metrics::MetricOwner metric(create_metric(info.get()));
         metric->send();
     } catch (const std::exception& error) {
         debug(std::string("PhonePluginImpl::sendInventory ") + error.what() + "\n");
