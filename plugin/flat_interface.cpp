@@ -16,7 +16,7 @@
 #include "headsetmgmt/utilities.h"
 
 #include "plugin/call_gate.h"
-#include "plugin/host_boundary.h"
+#include "plugin/host_call.h"
 #include "plugin/phone_plugin_impl.h"
 
 using headsetmgmt::plugin::CallGate;

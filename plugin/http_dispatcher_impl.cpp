@@ -5,7 +5,7 @@
 #include "headsetmgmt/phone/host_functions.h"
 #include "headsetmgmt/types.h"
 
-#include "plugin/host_boundary.h"
+#include "plugin/host_call.h"
 
 namespace headsetmgmt::dispatcher {
 

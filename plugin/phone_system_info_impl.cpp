@@ -7,7 +7,7 @@
 
 #include "headsetmgmt/phone/host_functions.h"
 
-#include "plugin/host_boundary.h"
+#include "plugin/host_call.h"
 
 namespace headsetmgmt::config {
 

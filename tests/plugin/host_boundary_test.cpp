@@ -8,7 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "plugin/host_boundary.h"
+#include "plugin/host_call.h"
 #include "plugin/http_dispatcher_impl.h"
 #include "plugin/phone_config_driver_impl.h"
 #include "plugin/phone_system_info_impl.h"

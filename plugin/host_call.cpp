@@ -1,6 +1,6 @@
 // How deep each thread is in host functions.
 
-#include "plugin/host_boundary.h"
+#include "plugin/host_call.h"
 
 namespace headsetmgmt::plugin {
 
