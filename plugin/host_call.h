@@ -1,8 +1,6 @@
-// What crossing the boundary between library and host takes.
+// The mark of a call into the host.
 
 #pragma once
-
-#include <string>
 
 namespace headsetmgmt::plugin {
 
@@ -20,12 +18,7 @@ public:
     static bool is_under_way();
 
 private:
-    int& depth;  // the thread's own; to find it takes longer than to count
+    int& depth;  // the thread's own; finding it takes longer than counting
 };
-
-/// The host's text; empty for null.
-inline std::string text_or_empty(const char* text) {
-    return text != nullptr ? text : "";
-}
 
 }  // namespace headsetmgmt::plugin

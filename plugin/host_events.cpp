@@ -9,7 +9,7 @@
 
 #include "metrics/metric_owner.h"
 #include "plugin/accessory_info_impl.h"
-#include "plugin/host_call.h"
+#include "plugin/host_text.h"
 #include "plugin/phone_plugin_impl.h"
 #include "plugin/phone_system_info_impl.h"
 

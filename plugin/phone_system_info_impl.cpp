@@ -8,6 +8,7 @@
 #include "headsetmgmt/phone/host_functions.h"
 
 #include "plugin/host_call.h"
+#include "plugin/host_text.h"
 
 namespace headsetmgmt::config {
 

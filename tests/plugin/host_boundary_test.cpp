@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "plugin/host_call.h"
+#include "plugin/host_text.h"
 #include "plugin/http_dispatcher_impl.h"
 #include "plugin/phone_config_driver_impl.h"
 #include "plugin/phone_system_info_impl.h"
