@@ -2,7 +2,6 @@
 
 #include "config/config_impl.h"
 
-#include <mutex>
 #include <utility>
 
 #include "headsetmgmt/plugins.h"
@@ -28,10 +27,7 @@ ConfigImpl::ConfigImpl(const ConfigImpl& other)
       firmware_mutex(make_mutex(false)), logger_name(other.logger_name) {}
 
 ConfigImpl::~ConfigImpl() {
-    {
-        const std::lock_guard<MutexInterface> settings_lock(*settings_mutex);
-        settings.clear();
-    }
+    clear_settings();
     // A fixed order, which is not that of the members.
     accessory.reset();
     logger.reset();

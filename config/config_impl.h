@@ -72,6 +72,9 @@ public:
     /// Stores one setting under `usage_id`, in the place of an earlier one. Any thread.
     void set_map_entry(int usage_id, ConfigParam param);
 
+    /// Removes every setting.
+    void clear_settings();
+
     // Where the document comes from (document_source.cpp).
 
     /// Whether a document of this time, in epoch seconds, is another than the last one.
@@ -108,15 +111,15 @@ public:
     void request_upgrade(const std::string& version, const std::string& firmware_name);
 
 protected:
-    std::map<int, ConfigParam> settings;  // by usage id
-    MutexOwner settings_mutex;  // guards the settings; never held while the host is called
+    std::map<int, ConfigParam> settings GUARDED_BY(settings_mutex);  // by usage id
+    mutable MutexOwner settings_mutex;  // never held while the host is called
     LoggerOwner logger;
     std::string current_model;       // of the latest parse
     double last_updated_time = 0.0;  // of the latest document, in epoch seconds
     std::string accessory_id;
     std::unique_ptr<AccessoryInfoInterface> accessory;
-    std::string pending_firmware;  // latest candidate version
-    MutexOwner firmware_mutex;     // guards the candidate
+    std::string pending_firmware GUARDED_BY(firmware_mutex);  // latest candidate version
+    MutexOwner firmware_mutex;
     std::string logger_name;
 };
 

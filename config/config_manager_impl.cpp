@@ -40,7 +40,7 @@ void delete_config_manager() {
 }
 
 ConfigManagerImpl::RegistryHold::RegistryHold(ConfigManagerImpl& manager) : owner(manager) {
-    owner.registry_mutex->lock();
+    owner.registry_mutex.lock();
     ++owner.holds;
 }
 
@@ -54,7 +54,7 @@ ConfigManagerImpl::RegistryHold::~RegistryHold() {
         }
     }
     --owner.holds;
-    owner.registry_mutex->unlock();
+    owner.registry_mutex.unlock();
 }
 
 ConfigManagerImpl::ConfigManagerImpl()
@@ -62,17 +62,19 @@ ConfigManagerImpl::ConfigManagerImpl()
       flag_mutex(make_mutex(false)) {}
 
 ConfigManagerImpl::~ConfigManagerImpl() {
-    {
-        const RegistryHold hold(*this);
-        for (const auto& entry : registry) {
-            delete_config(entry.second);
-        }
-        registry.clear();
-        pending_set.clear();
-    }
+    delete_objects();
     registry_mutex.reset();
     flag_mutex.reset();
     logger.reset();
+}
+
+void ConfigManagerImpl::delete_objects() {
+    const RegistryHold hold(*this);
+    for (const auto& entry : registry) {
+        delete_config(entry.second);
+    }
+    registry.clear();
+    pending_set.clear();
 }
 
 std::string ConfigManagerImpl::initialize_accessory(const std::string& id,
@@ -84,7 +86,7 @@ std::string ConfigManagerImpl::initialize_accessory(const std::string& id,
         logger->error() << "initialize_accessoryno accessory info for id: " << id;
         return {};
     }
-    ConfigInterface* config = get_config_object(id);
+    ConfigInterface* config = find(id);
     if (config != nullptr) {
         config->update(info);
     } else {
@@ -115,7 +117,7 @@ void ConfigManagerImpl::remove_accessory(const std::string& id) {
 bool ConfigManagerImpl::reset_to_admin_defaults(const std::string& id) {
     const RegistryHold hold(*this);
     logger->notice() << "reset_to_admin_defaults: ENTER";
-    ConfigInterface* config = get_config_object(id);
+    ConfigInterface* config = find(id);
     if (config == nullptr) {
         logger->notice() << "reset_to_admin_defaults: Config object of this type does not exist";
         return false;
@@ -126,7 +128,7 @@ bool ConfigManagerImpl::reset_to_admin_defaults(const std::string& id) {
 std::map<int, ConfigParam> ConfigManagerImpl::retrieve_config(const std::string& id) {
     const RegistryHold hold(*this);
     logger->notice() << "retrieve_config: ENTER";
-    ConfigInterface* config = get_config_object(id);
+    ConfigInterface* config = find(id);
     if (config == nullptr) {
         logger->warning() << "retrieve_config: No config object";
         return {};
@@ -146,7 +148,7 @@ bool ConfigManagerImpl::update_config_from_host(const std::string& id, const std
                                                 int usage_id, const std::string& value) {
     const RegistryHold hold(*this);
     logger->notice() << "update_config_from_host: ENTER";
-    ConfigInterface* config = get_accessory(id);
+    ConfigInterface* config = find_accessory(id);
     if (config == nullptr) {
         return false;
     }
@@ -167,12 +169,7 @@ void ConfigManagerImpl::add_config_object(const std::string& id, ConfigInterface
 
 ConfigInterface* ConfigManagerImpl::get_config_object(const std::string& id) {
     const RegistryHold hold(*this);
-    const auto entry = registry.find(id);
-    if (entry == registry.end()) {
-        logger->warning() << "get_config_object: Cannot find config object";
-        return nullptr;
-    }
-    return entry->second;
+    return find(id);
 }
 
 unsigned int ConfigManagerImpl::get_number_of_configs() {
@@ -182,11 +179,7 @@ unsigned int ConfigManagerImpl::get_number_of_configs() {
 
 ConfigInterface* ConfigManagerImpl::get_accessory(const std::string& id) {
     const RegistryHold hold(*this);
-    ConfigInterface* config = get_config_object(id);
-    if (config != nullptr) {
-        logger->notice() << "get_accessory: Found accessory config object for id: " << id;
-    }
-    return config;
+    return find_accessory(id);
 }
 
 ConfigInterface* ConfigManagerImpl::create_accessory(const std::string& id,
@@ -206,6 +199,23 @@ ConfigInterface* ConfigManagerImpl::create_accessory(const std::string& id,
     add_config_object(id, made.get());
     ConfigInterface* config = made.release();
     logger->notice() << "create_accessory: Config object created";
+    return config;
+}
+
+ConfigInterface* ConfigManagerImpl::find(const std::string& id) {
+    const auto entry = registry.find(id);
+    if (entry == registry.end()) {
+        logger->warning() << "get_config_object: Cannot find config object";
+        return nullptr;
+    }
+    return entry->second;
+}
+
+ConfigInterface* ConfigManagerImpl::find_accessory(const std::string& id) {
+    ConfigInterface* config = find(id);
+    if (config != nullptr) {
+        logger->notice() << "get_accessory: Found accessory config object for id: " << id;
+    }
     return config;
 }
 

@@ -85,10 +85,10 @@ protected:
 
 private:
     /// The registry mutex, and with it every registered object, for the length of a scope.
-    class RegistryHold {
+    class SCOPED_CAPABILITY RegistryHold {
     public:
-        explicit RegistryHold(ConfigManagerImpl& manager);
-        ~RegistryHold();
+        explicit RegistryHold(ConfigManagerImpl& manager) ACQUIRE(manager.registry_mutex);
+        ~RegistryHold() RELEASE();
 
         RegistryHold(const RegistryHold&) = delete;
         RegistryHold& operator=(const RegistryHold&) = delete;
@@ -97,27 +97,38 @@ private:
         ConfigManagerImpl& owner;
     };
 
-    bool is_registered(const std::string& id, const ConfigInterface* config) const;
-    std::size_t forget(std::map<std::string, ConfigInterface*>::iterator entry);
+    void delete_objects();
 
-    long fetches_queued() const;
-    void queue_fetch(ConfigInterface* config);
+    ConfigInterface* find(const std::string& id) REQUIRES(registry_mutex);
+    ConfigInterface* find_accessory(const std::string& id) REQUIRES(registry_mutex);
+    bool is_registered(const std::string& id, const ConfigInterface* config) const
+        REQUIRES(registry_mutex);
+    std::size_t forget(std::map<std::string, ConfigInterface*>::iterator entry)
+        REQUIRES(registry_mutex);
+
+    long fetches_queued() const REQUIRES(registry_mutex);
+    void queue_fetch(ConfigInterface* config) REQUIRES(registry_mutex);
     void end_run_without_fetch();
     void request_document(ConfigInterface& config, RequestStatus& status);
-    std::vector<std::string> hand_out(const std::string& document);
-    void hand_to(ConfigInterface& config, const std::string& document);
+    std::vector<std::string> hand_out(const std::string& document) REQUIRES(registry_mutex);
+    void hand_to(ConfigInterface& config, const std::string& document) REQUIRES(registry_mutex);
 
     LoggerOwner logger;
-    std::map<std::string, ConfigInterface*> registry;  // owned
-    std::set<ConfigInterface*> pending_set;            // all of them in the registry
-    MutexOwner registry_mutex;                         // recursive; guards the two above
-    bool configure_pending = false;                    // a run is under way
-    MutexOwner flag_mutex;                             // guards the flag
+    // Owned.
+    std::map<std::string, ConfigInterface*> registry GUARDED_BY(registry_mutex);
+    // All of them in the registry.
+    std::set<ConfigInterface*> pending_set GUARDED_BY(registry_mutex);
+    MutexOwner registry_mutex;  // recursive
+    // A run is under way.
+    bool configure_pending GUARDED_BY(flag_mutex) = false;
+    MutexOwner flag_mutex;
 
-    // All guarded by the registry mutex.
-    unsigned int holds = 0;                 // of the registry, by the thread that has it
-    std::vector<ConfigInterface*> removed;  // to be deleted when the outermost hold ends
-    bool handing_out = false;               // the document is being handed out
+    // How often the thread that has the registry holds it.
+    unsigned int holds GUARDED_BY(registry_mutex) = 0;
+    // To be deleted when the outermost hold ends.
+    std::vector<ConfigInterface*> removed GUARDED_BY(registry_mutex);
+    // The document is being handed out.
+    bool handing_out GUARDED_BY(registry_mutex) = false;
 
     // Referenced once by each fetch that is queued, of whatever run, and by the manager.
     const std::shared_ptr<void> queue_reference = std::make_shared<char>();

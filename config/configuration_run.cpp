@@ -7,7 +7,6 @@
 #include <functional>
 #include <iterator>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,12 +15,13 @@
 
 #include "config/config_accessory_params.h"
 #include "config/config_manager_impl.h"
+#include "core/locks.h"
 
 namespace headsetmgmt::config {
 
 namespace {
 
-using FlagLock = std::lock_guard<MutexInterface>;
+using FlagLock = ScopedLock<MutexOwner>;
 
 /// A fetch that counts as queued, by holding `reference`, until it begins or is dropped.
 class QueuedFetch : public ConfigAccessoryParams {
@@ -45,7 +45,7 @@ private:
 bool ConfigManagerImpl::configure_accessory(const std::string& id, std::string config_url) {
     const RegistryHold hold(*this);
     logger->notice() << "configure_accessory: ENTER";
-    ConfigInterface* config = get_config_object(id);
+    ConfigInterface* config = find(id);
     logger->notice() << "configure_accessory:" << id;
     // Here and below, the log callback may have removed it again.
     if (config == nullptr || !is_registered(id, config)) {
@@ -181,8 +181,7 @@ bool ConfigManagerImpl::on_fetch_config_success(std::string& document) {
 }
 
 /// Hands the document to every object of the pending set. Answers the ids of accessories that host
-/// functions attached meanwhile: they have joined the run, but after its document. The registry is
-/// held.
+/// functions attached meanwhile: they have joined the run, but after its document.
 std::vector<std::string> ConfigManagerImpl::hand_out(const std::string& document) {
     // What the host calls meanwhile may change the set.
     const std::vector<ConfigInterface*> snapshot(pending_set.begin(), pending_set.end());
@@ -196,8 +195,8 @@ std::vector<std::string> ConfigManagerImpl::hand_out(const std::string& document
             hand_to(*config, document);
         }
     }
-    // No object of the snapshot is deleted before the registry is let go, so addresses tell; they
-    // are in the order of the set.
+    // No object of the snapshot is deleted while the registry is held, so their addresses name
+    // them; they are in the order of the set.
     std::vector<std::string> newcomers;
     for (ConfigInterface* config : pending_set) {
         if (!std::binary_search(snapshot.begin(), snapshot.end(), config, std::less<>())) {
@@ -254,12 +253,12 @@ bool ConfigManagerImpl::on_fetch_config_failure(int reason) {
     return true;
 }
 
-/// Fetches that have not begun. The registry is held.
+/// Fetches that have not begun.
 long ConfigManagerImpl::fetches_queued() const {
     return queue_reference.use_count() - 1;
 }
 
-/// Queues a fetch for `config`, of which the task gets a copy. The registry is held.
+/// Queues a fetch for `config`, of which the task gets a copy.
 void ConfigManagerImpl::queue_fetch(ConfigInterface* config) {
     // The one limit to what a host that answers too often, or whose requests do not return, can
     // queue. Those that are queued go on with the run.
@@ -304,12 +303,12 @@ unsigned int ConfigManagerImpl::get_number_of_pending_configs() {
 }
 
 bool ConfigManagerImpl::is_configure_accessory_pending() {
-    const FlagLock flag_lock(*flag_mutex);
+    const FlagLock flag_lock(flag_mutex);
     return configure_pending;
 }
 
 void ConfigManagerImpl::set_configure_accessory_pending(bool pending) {
-    const FlagLock flag_lock(*flag_mutex);
+    const FlagLock flag_lock(flag_mutex);
     configure_pending = pending;
 }
 

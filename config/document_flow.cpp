@@ -2,7 +2,6 @@
 // the map sent to the device, the firmware decided. In the order in which a document passes.
 
 #include <cstddef>
-#include <mutex>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -17,6 +16,7 @@
 #include "config/config_impl.h"
 #include "config/document.h"
 #include "core/json.h"
+#include "core/locks.h"
 
 namespace headsetmgmt::config {
 
@@ -63,8 +63,7 @@ bool ConfigImpl::parse_remote_default_config(const cJSON* configuration_template
     logger->info() << "parse_remote_default_config: Current accessory plugged in: " << device_model;
     if (!current_model.empty() && current_model != device_model) {
         logger->notice() << "parse_remote_default_config: Model change detected !!";
-        const std::lock_guard<MutexInterface> settings_lock(*settings_mutex);
-        settings.clear();
+        clear_settings();
     }
     current_model = device_model;
 
@@ -174,7 +173,7 @@ int ConfigImpl::save_config_to_map(const cJSON* params) {
     // The host may write settings meanwhile.
     std::size_t map_size = 0;
     {
-        const std::lock_guard<MutexInterface> settings_lock(*settings_mutex);
+        const ScopedLock<MutexOwner> settings_lock(settings_mutex);
         map_size = settings.size();
     }
     logger->debug() << "save_config_to_map: Saved " << count

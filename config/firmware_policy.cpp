@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -15,6 +14,7 @@
 
 #include "config/config_impl.h"
 #include "config/document.h"
+#include "core/locks.h"
 
 namespace headsetmgmt::config {
 
@@ -69,7 +69,7 @@ void ConfigImpl::upgrade_firmware(const std::string& candidate_version,
                                   const std::string& current_version) {
     const int decision = check_firmware_upgrade(candidate_version, current_version);
     {
-        const std::lock_guard<MutexInterface> firmware_lock(*firmware_mutex);
+        const ScopedLock<MutexOwner> firmware_lock(firmware_mutex);
         pending_firmware = candidate_version;
     }
     if (decision == change) {

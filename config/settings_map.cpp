@@ -1,7 +1,7 @@
 // The settings map: written, read, changed by the host, and sent to the device.
 
 #include <map>
-#include <mutex>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -10,16 +10,23 @@
 #include "headsetmgmt/utilities.h"
 
 #include "config/config_impl.h"
+#include "core/locks.h"
 
 namespace headsetmgmt::config {
 
 void ConfigImpl::set_map_entry(int usage_id, ConfigParam param) {
-    const std::lock_guard<MutexInterface> settings_lock(*settings_mutex);
+    const ScopedLock<MutexOwner> settings_lock(settings_mutex);
     // Documents mostly count their usage ids up, so that an entry's place is the end.
     settings.insert_or_assign(settings.end(), usage_id, std::move(param));
 }
 
-std::map<int, ConfigParam> ConfigImpl::retrieve_config() {
+void ConfigImpl::clear_settings() {
+    const ScopedLock<MutexOwner> settings_lock(settings_mutex);
+    settings.clear();
+}
+
+// Without the lock: nobody may write settings meanwhile (config.h).
+std::map<int, ConfigParam> ConfigImpl::retrieve_config() NO_THREAD_SAFETY_ANALYSIS {
     return settings;
 }
 
@@ -53,26 +60,27 @@ void ConfigImpl::apply_config_to_device(ApplyType type) const {
     const std::string type_line =
         logger->line(reset ? "apply_config_to_device: Apply type: RESET"
                            : "apply_config_to_device: Apply type: CONFIGURE");
-    std::unique_lock<MutexInterface> settings_lock(*settings_mutex);
-    if (settings.empty()) {
-        settings_lock.unlock();
-        logger->error() << "apply_config_to_device: No config settings found to apply to device";
-        return;
-    }
     // A copy, for the host may change the entry while it is sent; of what is sent alone. Its room
     // serves all of them.
     ConfigParam setting;
-    auto entry = settings.begin();
-    while (entry != settings.end()) {
-        const int key = entry->first;
-        const bool sent = reset || same_but_for_case(constants::access_admin, entry->second.access);
-        if (sent) {
-            setting.usage_id = entry->second.usage_id;
-            setting.name = entry->second.name;
-            setting.value = entry->second.value;
+    std::optional<int> key;  // of the entry that was looked at last
+    while (true) {
+        bool sent = false;
+        {
+            const ScopedLock<MutexOwner> settings_lock(settings_mutex);
+            // By key: whatever the host called meanwhile may have changed the map.
+            const auto entry = key ? settings.upper_bound(*key) : settings.begin();
+            if (entry == settings.end()) {
+                break;
+            }
+            key = entry->first;
+            sent = reset || same_but_for_case(constants::access_admin, entry->second.access);
+            if (sent) {
+                setting.usage_id = entry->second.usage_id;
+                setting.name = entry->second.name;
+                setting.value = entry->second.value;
+            }
         }
-        settings_lock.unlock();
-
         logger->write(log::LogLevel::notice, type_line);
         if (sent) {
             logger->debug() << "apply_config_to_device: " << setting.name
@@ -81,10 +89,9 @@ void ConfigImpl::apply_config_to_device(ApplyType type) const {
             globals::plugins.config_driver->apply_config_to_device(accessory_id, setting.name,
                                                                    setting.usage_id, setting.value);
         }
-
-        // By key: whatever the host called meanwhile may have changed the map.
-        settings_lock.lock();
-        entry = settings.upper_bound(key);
+    }
+    if (!key) {
+        logger->error() << "apply_config_to_device: No config settings found to apply to device";
     }
 }
 

@@ -2,23 +2,27 @@
 
 #include "core/json.h"
 
-#include <mutex>
+#include "core/locks.h"
 
 namespace headsetmgmt {
 
 namespace {
 
 // cJSON notes the place of its last error in a process-wide variable.
-std::mutex parser_mutex;
+Mutex parser_mutex;
+
+JsonOwner parse(const std::string& text, const char*& error_place) REQUIRES(parser_mutex) {
+    return JsonOwner(cJSON_ParseWithOpts(text.c_str(), &error_place, 0));
+}
 
 }  // namespace
 
 JsonOwner parse_json(const std::string& text, std::optional<std::string>& rest) {
-    const std::lock_guard<std::mutex> parser_lock(parser_mutex);
+    const ScopedLock<Mutex> parser_lock(parser_mutex);
     // The place comes from the call itself: another user of cJSON in this process may have moved
     // the process-wide one into a text of its own.
     const char* error_place = nullptr;
-    JsonOwner tree(cJSON_ParseWithOpts(text.c_str(), &error_place, 0));
+    JsonOwner tree = parse(text, error_place);
     // cJSON 1.7 always knows the place; its interface does not promise it.
     if (!tree && error_place != nullptr) {
         rest = error_place;

@@ -9,6 +9,8 @@
 #include "headsetmgmt/mutex.h"
 #include "headsetmgmt/plugins.h"
 
+#include "core/thread_annotations.h"
+
 namespace headsetmgmt {
 
 struct MutexDeleter {
@@ -21,8 +23,21 @@ struct LoggerDeleter {
     void operator()(log::Logger* logger) const { delete_logger(logger); }
 };
 
-using MutexOwner = std::unique_ptr<MutexInterface, MutexDeleter>;
 using LoggerOwner = std::unique_ptr<log::Logger, LoggerDeleter>;
+
+/// Owns a lock from the plug-in record's factory, and is that lock. Empty at first.
+class CAPABILITY("mutex") MutexOwner {
+public:
+    MutexOwner() = default;
+    explicit MutexOwner(MutexInterface* made) : mutex(made) {}
+
+    void lock() ACQUIRE() { mutex->lock(); }
+    void unlock() RELEASE() { mutex->unlock(); }
+    void reset() { mutex.reset(); }
+
+private:
+    std::unique_ptr<MutexInterface, MutexDeleter> mutex;
+};
 
 /// A lock from the plug-in record's factory.
 inline MutexOwner make_mutex(bool recursive) {

@@ -11,6 +11,7 @@
 #include <type_traits>
 #include <unistd.h>
 
+#include "core/locks.h"
 #include "plugin/host_call.h"
 #include "plugin/host_text.h"
 
@@ -21,12 +22,12 @@ namespace {
 CallGate gate;
 
 // Held while the library is made, starts, stops or ends; nobody else takes it.
-std::mutex lifecycle_mutex;
+Mutex lifecycle_mutex;
 std::atomic<bool> stopping{false};
 
-static_assert(std::is_trivially_destructible_v<std::mutex>, "locked while the process exits");
+static_assert(std::is_trivially_destructible_v<Mutex>, "locked while the process exits");
 
-using LifecycleLock = std::unique_lock<std::mutex>;
+using LifecycleLock = ScopedLock<Mutex>;
 
 /// Whether the caller is inside a host function, the log callback or another call.
 bool called_from_inside() {
@@ -34,7 +35,7 @@ bool called_from_inside() {
 }
 
 /// The owner of the one plug-in object, which the first create or start makes; changed only while
-/// the gate is closed. `EndOfLibrary` deletes the object, or leaves it for good. Nothing destroys
+/// the gate is closed. `end_library` deletes the object, or leaves it for good. Nothing destroys
 /// the owner, so that calls may look at it while the process exits. It is made by the first call,
 /// so that loading the library runs no code.
 std::shared_ptr<PhonePluginImpl>& plugin_instance() {
@@ -47,16 +48,13 @@ std::shared_ptr<PhonePluginImpl>& plugin_instance() {
 /// The process that the library's threads are in: the one that made it, or started it since.
 std::atomic<pid_t> library_process{0};
 
+void delete_plugin_instance() REQUIRES(lifecycle_mutex) {
+    gate.close_and_wait();
+    plugin_instance().reset();
+}
+
 /// Ends the library when the process exits, or unloads it, without a stop: as safe as a stop.
-struct EndOfLibrary {
-    EndOfLibrary() = default;
-    ~EndOfLibrary();
-
-    EndOfLibrary(const EndOfLibrary&) = delete;
-    EndOfLibrary& operator=(const EndOfLibrary&) = delete;
-};
-
-EndOfLibrary::~EndOfLibrary() {
+void end_library() {
     if (library_process != getpid()) {
         // A forked child exits: the threads that are inside, and the worker, are its parent's.
         return;
@@ -71,11 +69,18 @@ EndOfLibrary::~EndOfLibrary() {
         return;
     }
     const LifecycleLock lifecycle_lock(lifecycle_mutex);
-    gate.close_and_wait();
-    plugin_instance().reset();
+    delete_plugin_instance();
 }
 
-void make_plugin_instance() {
+struct EndOfLibrary {
+    EndOfLibrary() = default;
+    ~EndOfLibrary() { end_library(); }
+
+    EndOfLibrary(const EndOfLibrary&) = delete;
+    EndOfLibrary& operator=(const EndOfLibrary&) = delete;
+};
+
+void make_plugin_instance() REQUIRES(lifecycle_mutex) {
     plugin_instance() = std::make_shared<PhonePluginImpl>();
     library_process = getpid();
     // From here on, and not from when the library was loaded: this ends the library before whatever
@@ -86,7 +91,7 @@ void make_plugin_instance() {
 /// Changes the library's state with nobody inside: runs `change`, which answers whether the library
 /// is started afterwards, and answers the same; false when it throws.
 template <typename Change>
-bool with_gate_closed(Change change) noexcept {
+bool with_gate_closed(Change change) noexcept REQUIRES(lifecycle_mutex) {
     gate.close_and_wait();
     bool started = false;
     try {
@@ -111,11 +116,14 @@ void make_library() noexcept {
     if (called_from_inside() || is_made()) {
         return;
     }
-    const LifecycleLock lifecycle_lock(lifecycle_mutex, std::try_to_lock);
-    if (!lifecycle_lock || gate.is_closed_for_good() || plugin_instance() != nullptr) {
+    if (!lifecycle_mutex.try_lock()) {
         return;
     }
-    with_gate_closed([] {
+    const LifecycleLock lifecycle_lock(lifecycle_mutex, std::adopt_lock);
+    if (gate.is_closed_for_good() || plugin_instance() != nullptr) {
+        return;
+    }
+    with_gate_closed([]() REQUIRES(lifecycle_mutex) {
         make_plugin_instance();
         return false;
     });
@@ -126,14 +134,17 @@ bool start_library(const char* phone_model, const char* phone_version,
     if (called_from_inside() || gate.is_started()) {
         return gate.is_started();
     }
-    const LifecycleLock lifecycle_lock(lifecycle_mutex, std::try_to_lock);
-    if (!lifecycle_lock || gate.is_closed_for_good()) {
+    if (!lifecycle_mutex.try_lock()) {
+        return false;
+    }
+    const LifecycleLock lifecycle_lock(lifecycle_mutex, std::adopt_lock);
+    if (gate.is_closed_for_good()) {
         return false;
     }
     if (gate.is_started()) {
         return true;  // by another thread, just now
     }
-    return with_gate_closed([&] {
+    return with_gate_closed([&]() REQUIRES(lifecycle_mutex) {
         if (plugin_instance() == nullptr) {
             make_plugin_instance();
         }

@@ -14,7 +14,17 @@ namespace headsetmgmt::config {
 
 namespace {
 
-using FactsLock = std::lock_guard<std::mutex>;
+using FactsLock = ScopedLock<Mutex>;
+
+std::string server_at(const std::vector<std::string>& servers, unsigned int index) {
+    return index < servers.size() ? servers[index] : std::string();
+}
+
+void add_once(std::vector<std::string>& servers, std::string&& server) {
+    if (std::find(servers.begin(), servers.end(), server) == servers.end()) {
+        servers.push_back(std::move(server));
+    }
+}
 
 std::string ask_host(const char* (*question)()) {
     const plugin::HostCall host_call;
@@ -48,7 +58,8 @@ std::string PhoneSystemInfoImpl::get_host_hardware_version() {
 }
 
 std::string PhoneSystemInfoImpl::get_host_user_id() {
-    return told(user_id);
+    const FactsLock facts_lock(facts_mutex);
+    return user_id;
 }
 
 std::string PhoneSystemInfoImpl::get_host_os_version() {
@@ -60,22 +71,27 @@ std::string PhoneSystemInfoImpl::get_persistent_storage_location() {
 }
 
 std::string PhoneSystemInfoImpl::get_config_url() {
-    return told(config_url);
+    const FactsLock facts_lock(facts_mutex);
+    return config_url;
 }
 
 std::string PhoneSystemInfoImpl::get_inventory_post_url() {
-    return told(inventory_post_url);
+    const FactsLock facts_lock(facts_mutex);
+    return inventory_post_url;
 }
 
 std::string PhoneSystemInfoImpl::get_metrics_service_info_url() {
-    return told(service_url);
+    const FactsLock facts_lock(facts_mutex);
+    return service_url;
 }
 
 std::string PhoneSystemInfoImpl::get_korm_server(unsigned int index) {
+    const FactsLock facts_lock(facts_mutex);
     return server_at(korm_servers, index);
 }
 
 std::string PhoneSystemInfoImpl::get_tftp_server(unsigned int index) {
+    const FactsLock facts_lock(facts_mutex);
     return server_at(tftp_servers, index);
 }
 
@@ -85,50 +101,33 @@ std::vector<std::string> PhoneSystemInfoImpl::get_korm_servers() {
 }
 
 void PhoneSystemInfoImpl::addTftpServer(std::string server) {
+    const FactsLock facts_lock(facts_mutex);
     add_once(tftp_servers, std::move(server));
 }
 
 void PhoneSystemInfoImpl::addKormServer(std::string server) {
+    const FactsLock facts_lock(facts_mutex);
     add_once(korm_servers, std::move(server));
 }
 
 void PhoneSystemInfoImpl::setConfigUrl(std::string url) {
-    replace(config_url, std::move(url));
+    const FactsLock facts_lock(facts_mutex);
+    config_url = std::move(url);
 }
 
 void PhoneSystemInfoImpl::setInventoryPostUrl(std::string url) {
-    replace(inventory_post_url, std::move(url));
+    const FactsLock facts_lock(facts_mutex);
+    inventory_post_url = std::move(url);
 }
 
 void PhoneSystemInfoImpl::setServiceUrl(std::string url) {
-    replace(service_url, std::move(url));
+    const FactsLock facts_lock(facts_mutex);
+    service_url = std::move(url);
 }
 
 void PhoneSystemInfoImpl::setUserId(std::string id) {
-    replace(user_id, std::move(id));
-}
-
-std::string PhoneSystemInfoImpl::told(const std::string& text) const {
     const FactsLock facts_lock(facts_mutex);
-    return text;
-}
-
-void PhoneSystemInfoImpl::replace(std::string& text, std::string&& replacement) {
-    const FactsLock facts_lock(facts_mutex);
-    text = std::move(replacement);
-}
-
-std::string PhoneSystemInfoImpl::server_at(const std::vector<std::string>& servers,
-                                           unsigned int index) const {
-    const FactsLock facts_lock(facts_mutex);
-    return index < servers.size() ? servers[index] : std::string();
-}
-
-void PhoneSystemInfoImpl::add_once(std::vector<std::string>& servers, std::string&& server) {
-    const FactsLock facts_lock(facts_mutex);
-    if (std::find(servers.begin(), servers.end(), server) == servers.end()) {
-        servers.push_back(std::move(server));
-    }
+    user_id = std::move(id);
 }
 
 }  // namespace headsetmgmt::config

@@ -2,11 +2,12 @@
 
 #pragma once
 
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include "headsetmgmt/system_info.h"
+
+#include "core/locks.h"
 
 namespace headsetmgmt::config {
 
@@ -45,18 +46,13 @@ public:
     std::string getUserId() { return get_host_user_id(); }
 
 private:
-    std::string told(const std::string& text) const;
-    void replace(std::string& text, std::string&& replacement);
-    std::string server_at(const std::vector<std::string>& servers, unsigned int index) const;
-    void add_once(std::vector<std::string>& servers, std::string&& server);
-
-    std::string config_url;
-    std::string inventory_post_url;
-    std::string service_url;
-    std::vector<std::string> tftp_servers;
-    std::vector<std::string> korm_servers;
-    std::string user_id;
-    mutable std::mutex facts_mutex;  // guards all of the above
+    std::string config_url GUARDED_BY(facts_mutex);
+    std::string inventory_post_url GUARDED_BY(facts_mutex);
+    std::string service_url GUARDED_BY(facts_mutex);
+    std::vector<std::string> tftp_servers GUARDED_BY(facts_mutex);
+    std::vector<std::string> korm_servers GUARDED_BY(facts_mutex);
+    std::string user_id GUARDED_BY(facts_mutex);
+    mutable Mutex facts_mutex;
 };
 
 }  // namespace headsetmgmt::config

@@ -4,9 +4,10 @@
 
 #include <cstddef>
 #include <memory>
-#include <mutex>
 #include <unistd.h>
 #include <utility>
+
+#include "core/locks.h"
 
 // A null task would crash the worker far from whoever queued it, so every build looks.
 #undef NDEBUG
@@ -16,7 +17,7 @@ namespace headsetmgmt {
 
 namespace {
 
-using QueueLock = std::lock_guard<vix::Mutex>;
+using QueueLock = ScopedLock<vix::Mutex>;
 
 constexpr std::size_t usual_tasks = 16;             // room from the start; the queue grows beyond
 constexpr useconds_t pause_between_passes = 50000;  // microseconds
@@ -26,21 +27,23 @@ constexpr useconds_t pause_between_passes = 50000;  // microseconds
 ExecutorImpl::ExecutorImpl(log::HostLogInterface* log_sink) : log(log_sink) {
     queue.reserve(usual_tasks);
     debug("ExecutorImpl::ExecutorImpl: ENTER.\n");
-    const QueueLock queue_lock(queue_mutex);
     exiting = false;
 }
 
 ExecutorImpl::~ExecutorImpl() {
-    std::vector<Task> dropped;
-    {
-        const QueueLock queue_lock(queue_mutex);
-        exiting = true;
-        dropped.swap(queue);
-    }
     // Without the lock: what deletes parameters may add a task, which is rejected then.
-    for (const Task& task : dropped) {
+    for (const Task& task : close_queue()) {
         delete task.params;
     }
+}
+
+/// Rejects tasks from now on; the ones that are still queued, which the caller owns.
+std::vector<ExecutorInterface::Task> ExecutorImpl::close_queue() {
+    std::vector<Task> dropped;
+    const QueueLock queue_lock(queue_mutex);
+    exiting = true;
+    dropped.swap(queue);
+    return dropped;
 }
 
 void ExecutorImpl::add_task(task_functor functor, void* context, TaskParametersInterface* params) {

@@ -31,9 +31,8 @@ public:
     bool threadLoop() override;
 
     /// Whether all queued tasks are held back; true without any. Looks at them from the oldest to
-    /// the first that is not, and so ends the deferrals that have passed. The queue mutex is held,
-    /// or no other thread uses the executor.
-    bool tasks_deferring();
+    /// the first that is not, and so ends the deferrals that have passed.
+    bool tasks_deferring() REQUIRES(queue_mutex);
 
     /// Puts a task at the back of the queue, which owns its parameters from then on. Any thread.
     void requeue(Task task);
@@ -46,15 +45,17 @@ public:
     void debug(const std::string& line) noexcept;
 
 private:
+    std::vector<Task> close_queue();
     std::optional<Task> take_next();
     bool is_exiting();
     bool add(const Task& task);
     bool handle(Task& task);
     void execute(const Task& task);
 
-    std::vector<Task> queue;  // the oldest task is at the front
-    vix::Mutex queue_mutex;   // guards the queue and the flag, and nothing else
-    bool exiting = true;      // no task is added: not made yet, or being deleted
+    std::vector<Task> queue GUARDED_BY(queue_mutex);  // the oldest task is at the front
+    vix::Mutex queue_mutex;
+    // No task is added: not made yet, or being deleted.
+    bool exiting GUARDED_BY(queue_mutex) = true;
     log::HostLogInterface* log;
 
     /// What the executor says, ready to be handed over: a line takes no memory.

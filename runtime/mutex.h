@@ -7,10 +7,12 @@
 
 #include "headsetmgmt/mutex.h"
 
+#include "core/thread_annotations.h"
+
 namespace vix {
 
-/// A POSIX mutex. Fits `std::lock_guard<vix::Mutex>`. Any thread.
-class Mutex {
+/// A POSIX mutex. Any thread.
+class CAPABILITY("mutex") Mutex {
 public:
     Mutex() : Mutex(false) {}
 
@@ -26,11 +28,11 @@ public:
     void initialize(bool recursive);
 
     /// False when the system could not.
-    bool lock() { return pthread_mutex_lock(&mutex) == 0; }
-    void unlock() { pthread_mutex_unlock(&mutex); }
+    bool lock() ACQUIRE() { return pthread_mutex_lock(&mutex) == 0; }
+    void unlock() RELEASE() { pthread_mutex_unlock(&mutex); }
 
     /// Takes the mutex if that needs no waiting.
-    bool tryLock() { return pthread_mutex_trylock(&mutex) == 0; }
+    bool tryLock() TRY_ACQUIRE(true) { return pthread_mutex_trylock(&mutex) == 0; }
 
 private:
     pthread_mutex_t mutex = {};
@@ -45,11 +47,11 @@ class MutexImpl : public MutexInterface {
 public:
     explicit MutexImpl(bool recursive);
 
-    bool lock() override;
-    void unlock() override;
+    bool lock() override ACQUIRE(*mutex);
+    void unlock() override RELEASE(*mutex);
 
     /// Takes the lock if that needs no waiting. Not for the core, which knows the interface alone.
-    bool tryLock();
+    bool tryLock() TRY_ACQUIRE(true, *mutex);
 
 private:
     std::unique_ptr<vix::Mutex> mutex;

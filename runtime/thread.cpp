@@ -2,16 +2,17 @@
 
 #include "runtime/thread.h"
 
-#include <mutex>
 #include <sched.h>
 #include <sys/prctl.h>
 #include <utility>
+
+#include "core/locks.h"
 
 namespace vix {
 
 namespace {
 
-using StateLock = std::lock_guard<Mutex>;
+using StateLock = headsetmgmt::ScopedLock<Mutex>;
 
 /// Attributes of a thread to be made, given back at the end of the scope.
 class ThreadAttributes {
@@ -111,7 +112,9 @@ std::uint32_t Thread::run_flags() {
     return flags;
 }
 
-void* Thread::staticThreadEntryPoint(void* thread) {
+// Without the mutex: `run`, which may hold it still, wrote name and flags before it made this
+// thread.
+void* Thread::staticThreadEntryPoint(void* thread) NO_THREAD_SAFETY_ANALYSIS {
     auto* self = static_cast<Thread*>(thread);
     if (self == nullptr) {
         return nullptr;
@@ -140,14 +143,14 @@ void Thread::switch_to_realtime() {
 void Thread::threadEntryPoint() {
     bool go = false;
     {
-        // Waits for `run` to have said that the thread runs.
+        // Waits for `run` to have noted that the thread runs.
         const StateLock state_lock(state_mutex);
-        go = !exit_request;
+        go = !exit_is_due();
     }
     while (go) {
         go = threadLoop();
         const StateLock state_lock(state_mutex);
-        go = go && !exit_request;
+        go = go && !exit_is_due();
     }
 
     bool auto_delete = false;

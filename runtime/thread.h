@@ -68,14 +68,15 @@ protected:
 
 private:
     void switch_to_realtime();
+    bool exit_is_due() const REQUIRES(state_mutex) { return exit_request; }
 
-    pthread_t handle = 0;
-    Mutex state_mutex;  // guards the handle, the two booleans and, once the thread runs, the flags
-    // Read without it, too, by bodies that can stop half way.
+    pthread_t handle GUARDED_BY(state_mutex) = 0;
+    Mutex state_mutex;
+    // Written under the mutex. Read without it, too, by bodies that can stop half way.
     std::atomic<bool> exit_request{false};
-    bool is_running = false;
+    bool is_running GUARDED_BY(state_mutex) = false;
     std::string thread_name;
-    std::uint32_t flags = 0;
+    std::uint32_t flags GUARDED_BY(state_mutex) = 0;
     std::uint32_t priority = 0;
 };
 
