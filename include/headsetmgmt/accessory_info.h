@@ -10,10 +10,10 @@ namespace headsetmgmt {
 
 class SystemInfoInterface;
 
-/// What is known of one accessory: a headset with its dock or dongle, or a camera.
+/// Describes one accessory: a headset with its dock or dongle, or a camera.
 ///
-/// The core keeps a `clone` of each record that it is given, and reads a clone from one thread at a
-/// time. Getters answer an empty text for a fact that is not known.
+/// Implemented by the host's side. The core stores a `clone` of each record that it receives, and
+/// uses a clone on one thread at a time. Getters return an empty text for an unknown fact.
 class AccessoryInfoInterface {
 public:
     virtual ACCESSORY_TYPE get_type() const = 0;
@@ -21,7 +21,7 @@ public:
     /// A new, independent copy, owned by the caller.
     virtual AccessoryInfoInterface* clone() const = 0;
 
-    /// `system_info` is for records that fall back on facts of the phone; it may be null.
+    /// `system_info` is for records that take a missing fact from the phone. Borrowed; may be null.
     virtual std::string get_vendor(SystemInfoInterface* system_info) = 0;
     virtual std::string get_model() = 0;
     /// `system_info` as for `get_vendor`.
@@ -36,7 +36,7 @@ public:
     virtual std::string get_connection_type() = 0;
     virtual std::string get_connection_status() = 0;
 
-    /// All facts, one a line, for the log.
+    /// All facts, one per line, for the log.
     virtual std::string to_string() { return {}; }
 
     /// Whether everything that an inventory report needs is known.
@@ -50,7 +50,7 @@ public:
 
     virtual void set_connection(const std::string& type, const std::string& status) = 0;
 
-    /// Forgets what was learnt since construction, where a record learns anything.
+    /// Drops facts that were added after construction, if the record has any.
     virtual void reset() = 0;
 
     // Last among the virtual operations, where the binary interface has it.

@@ -1,15 +1,15 @@
-// Texts that the configuration document, the inventory report, the URLs and the log lines share.
+// Texts of the configuration document, the inventory report, the URLs and the log lines.
 
 #pragma once
 
-/// The order is fixed. A constant is named after what it holds; `key_`, `access_` and `tag_` say
-/// where a word that would be ambiguous on its own belongs.
+/// The order is fixed. A constant has the name of its text; the prefixes `key_`, `access_` and
+/// `tag_` say where an ambiguous word is used.
 namespace headsetmgmt::constants {
 
 // File name of the remote default configuration document.
 inline constexpr char default_config_file[] = "defaultheadsetconfig.json";
 
-// URL scheme prefixes, as the templates carry them.
+// URL scheme prefixes, as in the templates.
 inline constexpr char http_prefix[] = "http://";
 inline constexpr char https_prefix[] = "https://";
 inline constexpr char tftp_prefix[] = "tftp://";
@@ -20,7 +20,7 @@ inline constexpr char tftp_token[] = "{tftp}";
 // The maker's vendor name.
 inline constexpr char varos[] = "Varos";
 
-// Stands for a fact that is not known.
+// Text for an unknown fact.
 inline constexpr char unknown[] = "Unknown";
 
 // Keys and key values of the configuration document.
@@ -76,7 +76,7 @@ inline constexpr char connected[] = "connected";
 inline constexpr char tag_lib_err[] = "[LIB-ERR]";          // the library's own state
 inline constexpr char tag_korm_err[] = "[KORM-ERR]";        // unusable content from a server
 inline constexpr char tag_parsing_err[] = "[PARSING-ERR]";  // a document that cannot be parsed
-inline constexpr char tag_plugin_err[] = "[PLUGIN-ERR]";    // something the host did not supply
+inline constexpr char tag_plugin_err[] = "[PLUGIN-ERR]";    // missing input from the host
 inline constexpr char tag_network_err[] = "[NETWORK-ERR]";  // reserved: no operation writes it
 inline constexpr char tag_system_err[] = "[SYSTEM-ERR]";    // reserved: no operation writes it
 

@@ -7,15 +7,15 @@
 
 namespace headsetmgmt {
 
-/// What a queued task carries, and what it says about when it may run.
+/// Parameters of a queued task, which also decide when it may run.
 ///
-/// The executor keeps a clone of its own and deletes it when the task has run or was dropped.
+/// The executor owns a clone and deletes it when the task has run or was dropped.
 class TaskParametersInterface {
 public:
-    /// What `task_forwarder` makes of a task, by `get_type`.
+    /// Values of `get_type`, by which `task_forwarder` chooses the work.
     enum Kind : int { configure_accessory = 0, send_inventory = 1 };
 
-    /// Answers of `check_status`; any other value counts as ready.
+    /// Results of `check_status`; any other value counts as `ready`.
     enum Status : int { ready = 1, not_ready = 2, drop = 3 };
 
     TaskParametersInterface() = default;
@@ -29,16 +29,16 @@ public:
     /// One of `Kind`. Any thread.
     virtual int get_type() const = 0;
 
-    /// Whether the task may run now: one of `Status`. May change what `get_defer_time` answers.
+    /// Whether the task may run now: one of `Status`. May change the result of `get_defer_time`.
     /// Worker.
     virtual int check_status() = 0;
 
-    /// For how many seconds after it was queued a task that is not ready is held back; then it runs
-    /// all the same. Worker.
+    /// Seconds after queueing for which a task that is not ready is held back. Then it runs anyway.
+    /// Worker.
     virtual unsigned int get_timeout() const { return 0; }
 
-    /// How many seconds pass before the task is looked at again, or for the first time. Any thread.
-    /// The queue may be locked meanwhile: this calls nothing of the executor.
+    /// Seconds until the task is examined for the first time, or again. Any thread. The queue may
+    /// be locked during the call: the function must not call the executor.
     virtual unsigned int get_defer_time() const { return 0; }
 
 protected:
@@ -48,18 +48,18 @@ protected:
 /// The work of a task. Worker.
 using task_functor = void (*)(void* context, TaskParametersInterface* params);
 
-/// Runs tasks one at a time, in the order in which they were added but for those held back, away
-/// from the host's threads.
+/// Runs tasks one at a time on a thread of the library, in the order in which they were added,
+/// except those held back.
 ///
-/// Any thread may add tasks, a running task included. Made and deleted by the plug-in, which knows
+/// Any thread may add tasks, including a running task. Made and deleted by the plug-in, which knows
 /// the concrete class; everyone else borrows it through `Plugins`.
 class ExecutorInterface {
 public:
     /// One entry of the queue. Copies share `params`, which belong to the queue.
     ///
-    /// Waits by the clock of the system: one that is set back by an hour adds an hour to the wait.
+    /// Times are those of the system clock: setting it back by an hour adds an hour to the wait.
     struct Task {
-        /// Queued now, not deferred.
+        /// A task that is queued now and not deferred.
         Task(task_functor functor, void* task_context, TaskParametersInterface* parameters)
             : func(functor), context(task_context), params(parameters),
               creation_time(std::time(nullptr)), deferral_start_time(creation_time) {}
@@ -73,7 +73,7 @@ public:
             return waited >= std::max(static_cast<double>(params->get_timeout()), 0.0);
         }
 
-        /// Whether the task is still held back. Once the deferral has passed this stays false until
+        /// Whether the task is still held back. After the deferral has passed, stays false until
         /// the next `set_deferring`.
         bool deferring() {
             if (!deferring_flag || params == nullptr) {
@@ -84,7 +84,7 @@ public:
             return deferring_flag;
         }
 
-        /// Holds the task back from now on, for as long as its parameters say.
+        /// Holds the task back from now on, for `get_defer_time` seconds.
         void set_deferring() {
             deferral_start_time = std::time(nullptr);
             deferring_flag = true;
@@ -100,10 +100,9 @@ public:
 
     /// Queues `functor(context, <clone of params>)`.
     ///
-    /// Keeps its own clone of `params` (null: a task without parameters, which runs at once); the
-    /// caller keeps the original. `context` is borrowed until the task has run or was dropped.
-    /// `functor` must not be null. Nothing is queued once the executor is being deleted. Any
-    /// thread.
+    /// The caller keeps `params`, of which the executor stores a clone. Null means a task without
+    /// parameters, which runs at once. `context` is borrowed until the task has run or was dropped.
+    /// `functor` must not be null. Queues nothing while the executor is being deleted. Any thread.
     virtual void add_task(task_functor functor, void* context, TaskParametersInterface* params) = 0;
 
 protected:
@@ -111,9 +110,9 @@ protected:
     ~ExecutorInterface() = default;
 };
 
-/// The task function that everyone in the library queues: passes `params` on by their kind, to the
-/// configuration manager that `context` points to or to the inventory sender. Does nothing for null
-/// parameters and for any other kind. Worker. Not exported by the shared library; for code that
+/// The functor of all tasks of the library. Calls, depending on the type of `params`, the
+/// configuration manager that `context` points to or the inventory sender. Does nothing for null
+/// parameters or another type. Worker. Not exported by the shared library; for code that
 /// links the static `headsetmgmt_core`.
 void task_forwarder(void* context, TaskParametersInterface* params);
 

@@ -1,4 +1,4 @@
-// Log lines: how a component composes one and hands it to the host.
+// Log lines: composed by a component, delivered to the host.
 
 #pragma once
 
@@ -17,7 +17,7 @@
 
 namespace headsetmgmt::log {
 
-/// How grave a line is. The library filters nothing: every statement makes a line.
+/// Severity of a line. The library does not filter: every log statement produces a line.
 enum LogLevel : std::int32_t {
     critical = 0,
     error = 1,
@@ -27,7 +27,7 @@ enum LogLevel : std::int32_t {
     debug = 5,
 };
 
-/// Where finished lines go.
+/// Receives finished lines.
 ///
 /// Made and deleted by the plug-in; everyone else borrows it through `Plugins`. Called from any
 /// thread, from several at once.
@@ -38,18 +38,18 @@ public:
     /// The host's own number for a level.
     virtual int map_to_host_log_level(LogLevel level) const = 0;
 
-    /// Takes one finished line, without a line terminator unless its writer put one in. The text is
-    /// borrowed for the call. An exception that leaves this operation ends the process.
+    /// Takes one finished line, which has a line terminator only if its writer added one. The text
+    /// is borrowed for the call. An exception from this operation ends the process.
     virtual void print(LogLevel level, const std::string& line) = 0;
 };
 
-/// One line in the making: pieces are streamed in, and the end of its life delivers it.
+/// Composes one line from streamed pieces; the destructor delivers it.
 ///
-/// A value of one statement, on one thread: `logger->info() << "send" << ": Enter";`
+/// Used within one statement, on one thread: `logger->info() << "send" << ": Enter";`
 class LogStream {
 public:
-    /// Begins the line with `name` and ": ". `sink` is borrowed and may be null: the line then goes
-    /// nowhere, as it does when `is_enabled` is false.
+    /// Begins the line with `name` and ": ". `sink` is borrowed. The line is dropped when `sink` is
+    /// null or `is_enabled` is false.
     [[gnu::noinline]] LogStream(HostLogInterface* sink, LogLevel line_level,
                                 const std::string& name, bool is_enabled)
         : host(sink), level(line_level), enabled(is_enabled) {
@@ -85,8 +85,8 @@ public:
         return *this;
     }
 
-    /// Delivers what the line holds so far and keeps it. When memory runs out the line is cut short
-    /// where it did, or lost. A host that throws ends the process.
+    /// Delivers the line as it is so far and keeps it. When memory runs out, the line is truncated
+    /// or lost. A host that throws ends the process.
     void flush() noexcept {
         if (!enabled || host == nullptr) {
             return;
@@ -100,7 +100,7 @@ public:
         host->print(level, line);
     }
 
-    /// Drops the line for good, for one that turned out not to be true.
+    /// Drops the line: it will not be delivered.
     void discard() { enabled = false; }
 
 private:
@@ -118,8 +118,8 @@ private:
         std::is_same_v<T, unsigned long> || std::is_same_v<T, long long> ||
         std::is_same_v<T, unsigned long long> || std::is_same_v<T, double>;
 
-    /// What the stream's own insertion of texts comes to where nothing is out of the ordinary.
-    /// Once a library, like all that is not inline here, not once a line.
+    /// Same as the stream's insertion of a text, and faster in the usual state of the stream. Not
+    /// inline, like others here, so that the library has it once, not once for each line.
     [[gnu::noinline]] void append(std::string_view text) noexcept {
         if (!buffer.good() || buffer.width() != 0) {
             buffer << text;
@@ -131,7 +131,7 @@ private:
                 return;
             }
         } catch (...) {
-            // As the stream's own insertion does: what follows is not written.
+            // As the stream's own insertion does: later pieces are not written.
         }
         buffer.setstate(std::ios_base::badbit);
     }
@@ -165,12 +165,12 @@ private:
     bool enabled;
 };
 
-/// Makes the lines of one component, each beginning with the component's name.
+/// Makes the log lines of one component; each begins with the component's name.
 ///
-/// Any thread; it is only read once it is made. Whoever made it with `create_logger` owns it.
+/// Any thread: immutable. Owned by the caller of `create_logger`.
 class Logger {
 public:
-    /// `sink` is borrowed and may be null; a logger that is not enabled delivers nothing.
+    /// `sink` is borrowed and may be null. A logger that is not enabled delivers nothing.
     Logger(HostLogInterface* sink, const std::string& component, bool is_enabled)
         : host(sink), name(component), enabled(is_enabled) {}
     virtual ~Logger() = default;
@@ -185,20 +185,19 @@ public:
     LogStream info() const { return {host, LogLevel::info, name, enabled}; }
     LogStream debug() const { return {host, LogLevel::debug, name, enabled}; }
 
-    /// The line that a stream makes of the one piece `text`, to be handed to `write`; empty if
-    /// memory runs out.
+    /// A finished line with the one piece `text`, for `write`; empty if memory runs out.
     std::string line(std::string_view text) const noexcept {
         std::string made;
         try {
             made.reserve(name.size() + 2 + text.size());
             made.append(name).append(": ").append(text);
         } catch (const std::bad_alloc&) {
-            // Lost, as a line of a stream is.
+            // The line is lost, as a streamed one is.
         }
         return made;
     }
 
-    /// Delivers a finished line, such as one that is written again and again, unless it is empty. A
+    /// Delivers a finished line, for lines that are written repeatedly. An empty one is ignored. A
     /// host that throws ends the process.
     void write(LogLevel level, const std::string& finished_line) const noexcept {
         if (enabled && host != nullptr && !finished_line.empty()) {
@@ -214,8 +213,8 @@ private:
 
 }  // namespace headsetmgmt::log
 
-/// A new logger of the component `name`; the caller deletes it with `delete_logger`. `host` is
-/// borrowed for the logger's life and may be null. Any thread.
+/// Makes the logger of the component `name`; the caller deletes it with `delete_logger`. `host` is
+/// borrowed for the lifetime of the logger and may be null. Any thread.
 HEADSETMGMT_EXPORT headsetmgmt::log::Logger* create_logger(headsetmgmt::log::HostLogInterface* host,
                                                            const std::string& name, bool enabled);
 
@@ -224,7 +223,7 @@ HEADSETMGMT_EXPORT void delete_logger(headsetmgmt::log::Logger* logger);
 
 namespace headsetmgmt::log {
 
-// The same two functions, found beside what they make and delete as well.
+// The same two functions, also in the namespace of their class.
 using ::create_logger;
 using ::delete_logger;
 

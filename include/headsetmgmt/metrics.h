@@ -1,4 +1,4 @@
-// The inventory report of one accessory, and its sending.
+// Sending the inventory report of an accessory.
 
 #pragma once
 
@@ -9,19 +9,18 @@
 
 namespace headsetmgmt::metrics {
 
-/// What a metric object reports.
+/// Kind of report.
 enum METRICS_TYPE : std::int32_t { HEADSET_INVENTORY = 0, CAMERA_INVENTORY = 1 };
 
 /// Reports one accessory to the inventory service.
 ///
-/// Made by `create_metric`, deleted by `delete_metric`, which may be done as soon as `send`
-/// returns.
+/// Made by `create_metric`, deleted by `delete_metric`, at the earliest when `send` has returned.
 class MetricsInterface {
 public:
     virtual ~MetricsInterface() = default;
 
-    /// Queues the report. Always true, or throws what copying the accessory throws; the log says
-    /// how the sending went. Any thread.
+    /// Queues the report. Always true; throws what copying the accessory throws. The log has the
+    /// result of the sending. Any thread.
     virtual bool send() = 0;
 
     virtual METRICS_TYPE get_type() const = 0;
@@ -29,11 +28,12 @@ public:
 
 }  // namespace headsetmgmt::metrics
 
-/// A new metric object for a headset or a camera, of which it keeps a clone; the caller deletes it
-/// with `delete_metric`. Throws `std::runtime_error`: "metrics factory: accessory is empty" for
-/// null; for any other type the text "metrics factory: Unsupported METRICS_TYPE: ", which starts as
-/// many characters further in as the type's value says; "plugins hasn't been initialized properly"
-/// when no complete plug-in record is installed. Any thread.
+/// Makes the metric object of a headset or a camera, with a clone of `accessory`; the caller
+/// deletes it with `delete_metric`. Any thread. Throws `std::runtime_error`:
+/// - "metrics factory: accessory is empty" for null;
+/// - "metrics factory: Unsupported METRICS_TYPE: " for another type, without its first characters,
+///   as many as the value of the type;
+/// - "plugins hasn't been initialized properly" when no complete plug-in record is installed.
 HEADSETMGMT_EXPORT headsetmgmt::metrics::MetricsInterface*
 create_metric(headsetmgmt::AccessoryInfoInterface* accessory);
 
@@ -42,7 +42,7 @@ HEADSETMGMT_EXPORT void delete_metric(headsetmgmt::metrics::MetricsInterface* me
 
 namespace headsetmgmt::metrics {
 
-// The same two functions, found beside what they make and delete as well.
+// The same two functions, also in the namespace of their class.
 using ::create_metric;
 using ::delete_metric;
 

@@ -1,11 +1,10 @@
-// The locks that the core uses, and the factory that makes them.
+// The core's locks and their factory.
 
 #pragma once
 
 namespace headsetmgmt {
 
-/// One lock. It fits `std::lock_guard<MutexInterface>`; trying a lock is not part of it, so the
-/// core never does.
+/// One lock. `std::lock_guard<MutexInterface>` can hold it. There is no operation to try the lock.
 class MutexInterface {
 public:
     virtual ~MutexInterface() = default;
@@ -13,7 +12,7 @@ public:
     /// Waits for the lock and takes it; false when the system could not. Any thread.
     virtual bool lock() = 0;
 
-    /// Gives the lock back. The thread that holds it.
+    /// Releases the lock. Only the thread that holds it.
     virtual void unlock() = 0;
 };
 
@@ -24,8 +23,8 @@ class MutexFactoryInterface {
 public:
     virtual ~MutexFactoryInterface() = default;
 
-    /// A new lock, which one thread may take several times over when it is `recursive`. The caller
-    /// owns it and hands it back with `delete_mutex`.
+    /// Makes a lock; one thread may take a `recursive` one several times. The caller owns it and
+    /// deletes it with `delete_mutex`.
     virtual MutexInterface* create_mutex(bool recursive) = 0;
 
     /// Deletes a lock of this factory; null is ignored.

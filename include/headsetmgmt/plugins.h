@@ -1,4 +1,4 @@
-// The plug-in record: everything that the core knows of the world outside.
+// The plug-in record: the core's only access to the host.
 
 #pragma once
 
@@ -12,8 +12,8 @@
 
 namespace headsetmgmt {
 
-/// The six interfaces through which the core reaches the host. The record owns none of them: who
-/// fills it makes and deletes them, and keeps them for as long as the core is used.
+/// The six interfaces through which the core reaches the host. The record does not own them:
+/// whoever fills it makes and deletes them. They must exist for as long as the core is used.
 struct Plugins {
     log::HostLogInterface* log = nullptr;
     dispatcher::DispatcherInterface* dispatcher = nullptr;
@@ -22,7 +22,7 @@ struct Plugins {
     ExecutorInterface* executor = nullptr;
     MutexFactoryInterface* mutex_factory = nullptr;
 
-    /// Whether all six are there.
+    /// Whether all six are set.
     bool is_valid() const {
         return log != nullptr && dispatcher != nullptr && config_driver != nullptr &&
                system_info != nullptr && executor != nullptr && mutex_factory != nullptr;
@@ -37,9 +37,9 @@ extern Plugins plugins;
 
 }  // namespace globals
 
-/// Installs `plugins` into the core. Answers true, or throws `std::runtime_error` "plugins is not
-/// initialized properly" and changes nothing when one of the six is missing. Not while anything of
-/// the core is in use.
+/// Installs a copy of `plugins` in the core. Always true. Throws `std::runtime_error` "plugins is
+/// not initialized properly" and changes nothing when one of the six is missing. Not while any part
+/// of the core is in use.
 HEADSETMGMT_EXPORT bool init(Plugins& plugins);
 
 }  // namespace headsetmgmt

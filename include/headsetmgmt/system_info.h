@@ -1,4 +1,4 @@
-// The facts of the phone.
+// Information about the phone.
 
 #pragma once
 
@@ -7,10 +7,10 @@
 
 namespace headsetmgmt {
 
-/// What the host knows of itself: identity, versions, servers, URL templates, user.
+/// Describes the phone: identity, versions, servers, URL templates, user.
 ///
 /// Any thread, several at once. Made and deleted by the plug-in; everyone else borrows it through
-/// `Plugins`. Texts are empty for a fact that is not known.
+/// `Plugins`. Texts of unknown facts are empty.
 class SystemInfoInterface {
 public:
     virtual std::string get_host_client_type() = 0;

@@ -7,7 +7,7 @@
 
 namespace headsetmgmt {
 
-/// What kind of accessory is attached. Any 32-bit value may arrive from the host.
+/// Kind of accessory. The host may pass any 32-bit value.
 enum ACCESSORY_TYPE : std::int32_t {
     UNKNOWN = 0,
     HEADSET = 1,
@@ -15,16 +15,16 @@ enum ACCESSORY_TYPE : std::int32_t {
     MAX_ACCESSORY_TYPE = 3,
 };
 
-/// Outcome of a request.
+/// Result of a request.
 enum RequestStatus : std::int32_t {
-    REQUEST_DONE = 0,     ///< nothing more will come: document delivered, or body handed over
-    REQUEST_REFUSED = 1,  ///< not fit to be sent, or its document could not be used
-    REQUEST_PENDING = 2,  ///< the answer comes later through a reply handler
+    REQUEST_DONE = 0,     ///< complete: document delivered, or body sent
+    REQUEST_REFUSED = 1,  ///< not a valid request, or its document could not be used
+    REQUEST_PENDING = 2,  ///< the answer is delivered later to a reply handler
 };
 
 }  // namespace headsetmgmt
 
-/// Display word of an accessory type; "OTHER" for a value that is no member. Any thread.
+/// Name of an accessory type, for display; "OTHER" for any other value. Any thread.
 inline std::string accessory_type_to_string(headsetmgmt::ACCESSORY_TYPE type) {
     switch (type) {
     case headsetmgmt::UNKNOWN:

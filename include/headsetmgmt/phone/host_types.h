@@ -7,7 +7,7 @@
 
 #include "headsetmgmt/types.h"
 
-// The texts of `AccessoryCache` would lie elsewhere than the library reads them.
+// With the older ABI, `AccessoryCache` has another layout than the library expects.
 #if defined(_GLIBCXX_USE_CXX11_ABI) && _GLIBCXX_USE_CXX11_ABI == 0
 #error "headsetmgmt needs a host that is compiled with _GLIBCXX_USE_CXX11_ABI=1"
 #endif
@@ -22,16 +22,16 @@ enum CONFIG_SETTING_USAGE_ID : std::int32_t {
     USAGE_BLUETOOTH = 39,
 };
 
-/// What `httpRequest` is asked to do.
+/// Kind of an `httpRequest`.
 enum HttpRequestType : std::int32_t {
-    HTTP_REQUEST_GET = 0,   ///< fetch a document; the answer goes to `httpResponse`
-    HTTP_REQUEST_POST = 2,  ///< send a body; no answer is wanted
+    HTTP_REQUEST_GET = 0,   ///< fetch a document; deliver the answer to `httpResponse`
+    HTTP_REQUEST_POST = 2,  ///< send a body; do not deliver the answer
 };
 
-/// The host's own record of an accessory. The library reads it during the call, each text whole,
-/// and never writes it. What it passes on as a C string ends at the text's first NUL.
+/// The host's record of an accessory. The library only reads it, during the call. A text may
+/// contain NULs, but where the library passes it on as a C string it ends at the first.
 struct AccessoryCache {
-    std::string device_id;            ///< names the accessory in every call
+    std::string device_id;            ///< identifies the accessory in every call
     std::int32_t accessory_type = 0;  ///< `headsetmgmt::HEADSET` or `headsetmgmt::CAMERA`
     std::int32_t vendor_id = 0;       ///< USB vendor id
     std::string software_version;
@@ -48,9 +48,11 @@ struct AccessoryCache {
     std::string connection_status;
 };
 
-/// Receives every log line: the host's level, which is always 5, and a text that is valid for the
-/// call only. The line about a document that cannot be parsed holds the document from the fault on,
-/// all of it: 10 MB in one line if so much is left. Called from any thread, from several at once. A
-/// callback that throws ends the process. It is called again for each line that a function writes
-/// which it calls: one that calls such a function for every line overflows the stack.
+/// Receives every log line: the host's level, always 5, and a text that is valid for the call only.
+/// Called from any thread, from several at once.
+///
+/// The line about a document that cannot be parsed contains the whole rest of the document from the
+/// error on, possibly 10 MB. A callback that throws ends the process. If the callback calls a
+/// function of the library that writes a line, it is called again for this line: doing so for every
+/// line overflows the stack.
 using HostLogCallback = void (*)(int level, const char* text);
