@@ -8,9 +8,7 @@ function(configured)
     file(REMOVE_RECURSE ${work_folder})
     run(${CMAKE_COMMAND} -E env --unset=CXXFLAGS --unset=LDFLAGS
         ${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR}/../.. -B ${work_folder} -G ${generator}
-        -D CMAKE_BUILD_TYPE=Release -D CMAKE_CXX_COMPILER=${compiler}
-        -D CMAKE_EXPORT_COMPILE_COMMANDS=ON -D HEADSETMGMT_TESTS=OFF -D HEADSETMGMT_EXAMPLES=OFF
-        -D HEADSETMGMT_PROGRAM=OFF ${ARGN})
+        -D CMAKE_CXX_COMPILER=${compiler} -D CMAKE_EXPORT_COMPILE_COMMANDS=ON ${ARGN})
     file(READ ${work_folder}/compile_commands.json commands)
     set(commands "${commands}" PARENT_SCOPE)
 endfunction()

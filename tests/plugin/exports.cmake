@@ -1,6 +1,5 @@
 # What the shared library exports: by name, and used from outside.
 
-find_package(Python3 COMPONENTS Interpreter REQUIRED)
 add_test(NAME exported_symbols
     COMMAND Python3::Interpreter ${CMAKE_CURRENT_LIST_DIR}/exported_symbols.py
             ${CMAKE_NM} $<TARGET_FILE:headsetmgmt>)
