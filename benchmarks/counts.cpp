@@ -181,7 +181,7 @@ void print_log_lines() {
           }));
 }
 
-/// Copies are told by the size of the record; the first one stands in a block with a count of its
+/// Copies are recognised by the size of the record; the first one stands in a block with a count of its
 /// owners.
 std::size_t records_of(const std::function<void()>& work) {
     constexpr std::size_t size = sizeof(AccessoryInfoImpl);

@@ -1,6 +1,6 @@
 // The phone that the benchmarks play: the library, started, and the host around it.
 //
-// It is linked to programs with a worker that rests until it is told to go on (resting_worker.h).
+// It is linked to programs with a worker that rests until it is woken (resting_worker.h).
 
 #pragma once
 
@@ -16,7 +16,7 @@ namespace headsetmgmt::benchmarks {
 /// The library, started, with its host (host.h) around it. One at a time, used from one thread.
 class Phone {
 public:
-    /// Creates and starts the library, with the log callback that counts, and tells it its URLs.
+    /// Creates and starts the library, with the log callback that counts, and sets its URLs.
     Phone();
 
     /// Stops the library.

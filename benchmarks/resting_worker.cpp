@@ -15,7 +15,7 @@ namespace {
 std::mutex bed_mutex;  // guards all below
 std::condition_variable bed_changed;
 bool resting = false;
-bool told_to_go_on = false;
+bool wake_requested = false;
 bool awake_for_good = false;
 std::function<void()> body_to_run;
 double woken = 0;       // the worker's processor time when it went on,
@@ -29,7 +29,7 @@ void rest() {
     rest_began = now;
     resting = true;
     bed_changed.notify_all();
-    while (!told_to_go_on && !awake_for_good) {
+    while (!wake_requested && !awake_for_good) {
         if (body_to_run) {
             body_to_run();
             body_to_run = nullptr;
@@ -38,12 +38,12 @@ void rest() {
         bed_changed.wait(lock);
     }
     resting = false;
-    told_to_go_on = false;
+    wake_requested = false;
     woken = processor_seconds();
 }
 
 void wait_for_rest(BedLock& lock) {
-    bed_changed.wait(lock, [] { return resting && !told_to_go_on; });
+    bed_changed.wait(lock, [] { return resting && !wake_requested; });
 }
 
 }  // namespace
@@ -61,7 +61,7 @@ void wait_for_worker() {
 double run_worker() {
     BedLock lock(bed_mutex);
     wait_for_rest(lock);
-    told_to_go_on = true;
+    wake_requested = true;
     bed_changed.notify_all();
     wait_for_rest(lock);
     return rest_began - woken;

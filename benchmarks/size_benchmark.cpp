@@ -18,7 +18,7 @@ namespace headsetmgmt::benchmarks {
 namespace {
 
 /// Tells how long each piece and each byte took; `seconds` are those of all iterations.
-void tell(benchmark::State& state, double seconds, std::size_t bytes, std::size_t pieces) {
+void report(benchmark::State& state, double seconds, std::size_t bytes, std::size_t pieces) {
     const double each = seconds / static_cast<double>(state.iterations()) * 1e9;
     state.counters["ns_per_piece"] = each / static_cast<double>(pieces);
     state.counters["ns_per_byte"] = each / static_cast<double>(bytes);
@@ -40,7 +40,7 @@ void hand_out(benchmark::State& state, const std::string& document, std::size_t 
         state.SetIterationTime(taken);
         remove_peripheral("1");
     }
-    tell(state, seconds, document.size(), pieces);
+    report(state, seconds, document.size(), pieces);
     state.counters["stack"] = static_cast<double>(stack);
 }
 
@@ -55,7 +55,7 @@ void parser_alone(benchmark::State& state) {
         seconds += taken;
         state.SetIterationTime(taken);
     }
-    tell(state, seconds, document.size(), pieces);
+    report(state, seconds, document.size(), pieces);
 }
 
 std::size_t argument_of(const benchmark::State& state) {

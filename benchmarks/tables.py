@@ -79,7 +79,7 @@ RATIOS = [
     ("one log line with no host", "log_line_with_no_host", 1.15),
     ("one inventory report", "report_all_lines_composed", 1.3),
     ("the same, four lines of the floor's finished", "report_executors_lines_finished", None),
-    ("from add_task to run", "add_task_to_run", 1.5),
+    ("from add_task to run", "add_task_to_run", 2.5),
 ]
 
 # The same for how a ratio grows from 1,000 to 100,000 settings.

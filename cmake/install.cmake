@@ -13,6 +13,19 @@ install(TARGETS headsetmgmt headsetmgmt_core headsetmgmt_document
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 
+# The static libraries go without what only this very compiler reads, link-time optimisation's.
+if(CMAKE_STRIP)
+    install(CODE "
+        get_filename_component(folder \"${CMAKE_INSTALL_LIBDIR}\" ABSOLUTE
+            BASE_DIR \"\${CMAKE_INSTALL_PREFIX}\")
+        set(folder \"\$ENV{DESTDIR}\${folder}\")
+        execute_process(COMMAND \"${CMAKE_STRIP}\" --wildcard --remove-section=.gnu.lto_*
+            --remove-section=.gnu.debuglto_* --strip-symbol=__gnu_lto_*
+            \"\${folder}/$<TARGET_FILE_NAME:headsetmgmt_core>\"
+            \"\${folder}/$<TARGET_FILE_NAME:headsetmgmt_document>\"
+            COMMAND_ERROR_IS_FATAL ANY)")
+endif()
+
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/headsetmgmt
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
     FILES_MATCHING PATTERN "*.h")
@@ -36,7 +49,7 @@ install(FILES
     ${PROJECT_BINARY_DIR}/headsetmgmtConfigVersion.cmake
     DESTINATION ${headsetmgmt_package_dir})
 
-# For pkg-config, which knows the shared library only. The prefix is told from where the file lies.
+# For pkg-config, which knows the shared library only. The prefix is found from the place of the file.
 file(RELATIVE_PATH headsetmgmt_prefix_from_pc
     ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" headsetmgmt_prefix_from_pc "${headsetmgmt_prefix_from_pc}")

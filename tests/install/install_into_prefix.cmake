@@ -54,6 +54,13 @@ expect_equal("${soname}" "soname: [libheadsetmgmt.so.1]")
 string(REGEX MATCH "[(](RPATH|RUNPATH)[)][^\n]*" path "${output}")
 expect_equal("${path}" "")
 
+# Another compiler refuses what this one leaves for link-time optimisation.
+foreach(name IN ITEMS core document)
+    run(${readelf} --sections --wide ${prefix}/${libdir}/libheadsetmgmt_${name}.a)
+    string(REGEX MATCH "[.]gnu[.](debug)?lto[^ ]*" section "${output}")
+    expect_equal("${section}" "")
+endforeach()
+
 # A prefix may be moved, and a package is built on another machine: no file that other builds read
 # may name a folder of this one.
 file(GLOB_RECURSE descriptions ${prefix}/${libdir}/*.cmake ${prefix}/${libdir}/*.pc)
