@@ -2,7 +2,9 @@
 
 set(flat_interface_libraries headsetmgmt_plugin headsetmgmt_core)
 
+# A process for each: many look at a library that was never started.
 headsetmgmt_add_test(flat_interface_test
+    PROCESS_FOR_EACH
     SOURCES
         call_gate_test.cpp
         concurrent_calls_test.cpp
