@@ -10,7 +10,7 @@
 
 namespace headsetmgmt::benchmarks {
 
-/// What the library has asked of its host and told it so far. Any thread.
+/// What the library has asked of its host and reported to it so far. Any thread.
 struct Counts {
     std::atomic<std::size_t> lines{0};
     std::atomic<std::size_t> applied{0};
@@ -28,7 +28,7 @@ extern std::function<void()> on_fetch;
 /// Called with the body of each post; set it while nothing is under way.
 extern std::function<void(const char* body)> on_post;
 
-/// A call of `apply_changes`: the thread's processor time in it, and how many lines were told
+/// A call of `apply_changes`: the thread's processor time in it, and how many lines came
 /// before.
 struct ApplyCall {
     double processor_seconds = 0;

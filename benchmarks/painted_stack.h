@@ -7,7 +7,7 @@
 
 namespace headsetmgmt::benchmarks {
 
-/// The stack of the thread that makes it, painted, so that what is used from then on can be told
+/// The stack of the thread that makes it, painted, so that what is used from then on differs
 /// from what is not.
 ///
 /// Asked by any thread while the painted one has not ended. Up to 1 KiB below the maker is not
