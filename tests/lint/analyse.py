@@ -1,11 +1,10 @@
-#!/usr/bin/env python3
 """Runs clang-tidy on C++ files, one a processor at a time, and prints what it finds.
 
 Passes over a file that passed before, if the analyser would read the same again: itself, its
 settings, the compile command, and the text of the file and of every header. Remembers those in
 ~/.cache/headsetmgmt-lint (or $XDG_CACHE_HOME) for 30 days after their last use.
 
-Usage: scripts/analyse FOLDER FILE...    FOLDER holds compile_commands.json; fails on a finding
+Usage: analyse.py FOLDER FILE...    FOLDER holds compile_commands.json; fails on a finding
 """
 
 import concurrent.futures
@@ -18,7 +17,7 @@ import subprocess
 import sys
 import time
 
-PROJECT = pathlib.Path(__file__).resolve().parents[1]
+PROJECT = pathlib.Path(__file__).resolve().parents[2]
 CACHE = pathlib.Path(os.environ.get("XDG_CACHE_HOME") or pathlib.Path.home() / ".cache")
 CACHE = CACHE / "headsetmgmt-lint"
 DAYS_KEPT = 30
