@@ -15,8 +15,8 @@
 
 #include "program/exit_codes.h"
 #include "program/fatal_error.h"
+#include "program/network/ca_file.h"
 #include "program/output.h"
-#include "program/phone/ca_file.h"
 #include "program/phone/phone_host.h"
 #include "program/phone/url_check.h"
 #include "program/termination.h"

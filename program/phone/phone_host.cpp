@@ -13,10 +13,10 @@
 #include "headsetmgmt/phone/host_functions.h"
 
 #include "program/exit_codes.h"
+#include "program/network/fetch_url.h"
+#include "program/network/retry_wait.h"
 #include "program/phone/answer_judgement.h"
 #include "program/phone/document_events.h"
-#include "program/phone/fetch_url.h"
-#include "program/phone/retry_wait.h"
 #include "program/phone/transfer_events.h"
 #include "program/url_mask.h"
 

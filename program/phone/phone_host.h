@@ -15,13 +15,13 @@
 
 #include "headsetmgmt/phone/host_types.h"
 
+#include "program/network/transfer.h"
 #include "program/output.h"
 #include "program/phone/bench.h"
 #include "program/phone/joined_fetches.h"
 #include "program/phone/report_judgement.h"
 #include "program/phone/run_end.h"
 #include "program/phone/run_tally.h"
-#include "program/phone/transfer.h"
 
 namespace headsetmgmt::program {
 

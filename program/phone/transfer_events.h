@@ -2,8 +2,8 @@
 
 #pragma once
 
+#include "program/network/transfer.h"
 #include "program/output.h"
-#include "program/phone/transfer.h"
 
 namespace headsetmgmt::program {
 

@@ -16,7 +16,7 @@
 
 #include "headsetmgmt/constants.h"
 
-#include "program/phone/fetch_url.h"
+#include "program/network/fetch_url.h"
 #include "program/url_mask.h"
 
 namespace headsetmgmt::program {

@@ -1,6 +1,6 @@
 // One request over the network, to its end.
 
-#include "program/phone/transfer.h"
+#include "program/network/transfer.h"
 
 #include <cstring>
 #include <sstream>

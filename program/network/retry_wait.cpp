@@ -1,6 +1,6 @@
 // How long a phone waits before it fetches again.
 
-#include "program/phone/retry_wait.h"
+#include "program/network/retry_wait.h"
 
 #include <algorithm>
 

@@ -1,10 +1,10 @@
 // The URL that a fetch goes to, made from what the library asks for.
 
-#include "program/phone/fetch_url.h"
+#include "program/network/fetch_url.h"
 
 #include <cstddef>
 
-#include "program/phone/transfer.h"
+#include "program/network/transfer.h"
 
 namespace headsetmgmt::program {
 

@@ -7,8 +7,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "program/bench_refusal.h"
 #include "program/phone/bench.h"
+#include "program/phone/bench_refusal.h"
 
 namespace headsetmgmt::program {
 namespace {

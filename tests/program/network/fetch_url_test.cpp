@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "program/phone/fetch_url.h"
+#include "program/network/fetch_url.h"
 
 namespace headsetmgmt::program {
 namespace {

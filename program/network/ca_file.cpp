@@ -1,6 +1,6 @@
 // The file of certificates that a phone trusts, before it is used.
 
-#include "program/phone/ca_file.h"
+#include "program/network/ca_file.h"
 
 #include <algorithm>
 #include <array>

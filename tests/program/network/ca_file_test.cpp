@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include "program/network/ca_file.h"
 #include "program/phone/bench.h"
-#include "program/phone/ca_file.h"
 
 namespace headsetmgmt::program {
 namespace {

@@ -12,8 +12,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "program/phone/transfer.h"
-#include "scripted_server.h"
+#include "program/network/scripted_server.h"
+#include "program/network/transfer.h"
 
 namespace headsetmgmt::program {
 namespace {

@@ -10,9 +10,9 @@
 
 #include "headsetmgmt/types.h"
 
+#include "program/network/scripted_server.h"
 #include "program/phone/joined_fetches.h"
 #include "program/phone/phone_host.h"
-#include "scripted_server.h"
 
 namespace headsetmgmt::program {
 namespace {

@@ -1,6 +1,6 @@
 // An HTTP server that answers what a test tells it, byte by byte.
 
-#include "scripted_server.h"
+#include "program/network/scripted_server.h"
 
 #include <algorithm>
 #include <arpa/inet.h>

@@ -11,8 +11,8 @@
 
 #include "headsetmgmt/types.h"
 
-#include "program/bench_refusal.h"
 #include "program/phone/bench.h"
+#include "program/phone/bench_refusal.h"
 
 namespace headsetmgmt::program {
 namespace {

@@ -13,7 +13,7 @@
 
 #include <gtest/gtest.h>
 
-#include "http_client.h"
+#include "program/serve/http_client.h"
 #include "program/serve/server.h"
 
 namespace headsetmgmt::program {

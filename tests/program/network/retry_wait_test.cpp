@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "program/phone/retry_wait.h"
+#include "program/network/retry_wait.h"
 
 namespace headsetmgmt::program {
 namespace {
