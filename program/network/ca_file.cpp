@@ -9,7 +9,7 @@
 #include <fstream>
 #include <system_error>
 
-#include "program/phone/bench.h"
+#include "program/refused_input.h"
 
 namespace headsetmgmt::program {
 
@@ -29,7 +29,7 @@ bool begins_certificate(const std::string& line) {
 
 void check_ca_file(const std::string& path) {
     const auto refuse = [&path](const std::string& why) {
-        throw BenchError("--ca-file \"" + path + "\": " + why);
+        throw RefusedInput("--ca-file \"" + path + "\": " + why);
     };
     std::error_code error;
     const std::filesystem::file_status status = std::filesystem::status(path, error);

@@ -7,7 +7,7 @@
 namespace headsetmgmt::program {
 
 /// Refuses a file that cannot be read or has no certificate in it, with which every https request
-/// would fail. A pipe is not read: that can be done only once. Throws `BenchError`.
+/// would fail. A pipe is not read: that can be done only once. Throws `RefusedInput`.
 void check_ca_file(const std::string& path);
 
 }  // namespace headsetmgmt::program

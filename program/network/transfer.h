@@ -12,7 +12,7 @@
 
 namespace headsetmgmt::program {
 
-/// What keeps a server from keeping the phone.
+/// How long a request may take, and how large its answer may be.
 struct TransferLimits {
     std::chrono::milliseconds total{30000};
     std::chrono::milliseconds connect{10000};
@@ -73,5 +73,8 @@ std::string failure_of(const TransferResult& result);
 
 /// Whether the URL is one for TFTP.
 bool is_tftp_url(const std::string& url);
+
+/// Whether the URL is one for https.
+bool is_https_url(const std::string& url);
 
 }  // namespace headsetmgmt::program

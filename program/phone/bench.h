@@ -1,10 +1,8 @@
-// A test bench: the phone, its servers and its accessories, as a bench file describes them.
+// A test bench: the phone, its servers and its accessories.
 
 #pragma once
 
-#include <array>
 #include <cstddef>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -15,7 +13,7 @@ namespace headsetmgmt::program {
 /// Servers of a kind that the library takes.
 inline constexpr std::size_t servers_of_a_kind = 3;
 
-/// Everything that a phone tells the library.
+/// Everything that a phone passes to the library.
 struct Bench {
     std::string serial_number = "PH0000001";
     std::string os_version = "1.0.0";
@@ -29,21 +27,23 @@ struct Bench {
     std::vector<AccessoryCache> accessories;
 };
 
-/// A bench that cannot be used; the text names the place, such as file, line and member, and what
-/// was expected.
-class BenchError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
+/// The bench file and the options that are laid over it. What is empty was not given.
+struct BenchOptions {
+    std::string file;
+    std::string serial_number;
+    std::string os_version;
+    std::string software_version;
+    std::string user_id;
+    std::string config_url;
+    std::string inventory_url;
+    std::string service_url;
+    std::vector<std::string> tftp_servers;
+    std::vector<std::string> korm_servers;
+    std::vector<std::string> accessories;  ///< "NAME=VALUE,..."
 };
 
-/// Reads a bench file. Throws `BenchError`.
-Bench read_bench_file(const std::string& path);
-
-/// The same from text; `path` is for the messages.
-Bench read_bench(const std::string& text, const std::string& path);
-
-/// An accessory from "NAME=VALUE,...", with the names of the bench file's members; no value can
-/// hold a comma. `option` is for the messages. Throws `BenchError`.
-AccessoryCache read_accessory(const std::string& text, const std::string& option);
+/// The bench that file and options make together. Throws `RefusedInput` for a bench that cannot be
+/// used.
+Bench make_bench(const BenchOptions& options);
 
 }  // namespace headsetmgmt::program

@@ -17,8 +17,10 @@
 #include "program/fatal_error.h"
 #include "program/network/ca_file.h"
 #include "program/output.h"
+#include "program/phone/bench.h"
 #include "program/phone/phone_host.h"
-#include "program/phone/url_check.h"
+#include "program/phone/phone_wording.h"
+#include "program/refused_input.h"
 #include "program/termination.h"
 #include "program/usage.h"
 
@@ -30,91 +32,24 @@ constexpr std::size_t most_attempts = 1000000;
 constexpr std::size_t longest_limit = 86400;                  // seconds
 constexpr std::size_t largest_limit = std::size_t{1} << 30U;  // bytes
 
-/// The command line, before it is laid over the bench file.
 struct Arguments {
-    std::string bench_file;
-    std::string config_url;
-    std::string inventory_url;
-    std::string service_url;
-    std::string user_id;
-    std::string serial_number;
-    std::string os_version;
-    std::string software_version;
-    std::vector<std::string> accessories;
-    std::vector<std::string> tftp_servers;
-    std::vector<std::string> korm_servers;
+    BenchOptions bench;
     double timeout_seconds = 30;
     int stall_seconds = 10;
     bool json = false;
     PhoneOptions options;
 };
 
-void replace_if_given(std::string& fact, const std::string& given) {
-    if (!given.empty()) {
-        fact = given;
-    }
-}
-
-/// The bench file with the command line laid over it. Throws `BenchError`.
-Bench bench_of(const Arguments& arguments) {
-    Bench bench;
-    if (!arguments.bench_file.empty()) {
-        bench = read_bench_file(arguments.bench_file);
-    }
-    replace_if_given(bench.serial_number, arguments.serial_number);
-    replace_if_given(bench.os_version, arguments.os_version);
-    replace_if_given(bench.software_version, arguments.software_version);
-    replace_if_given(bench.config_url, arguments.config_url);
-    replace_if_given(bench.inventory_url, arguments.inventory_url);
-    replace_if_given(bench.service_url, arguments.service_url);
-    replace_if_given(bench.user_id, arguments.user_id);
-    if (!arguments.tftp_servers.empty()) {
-        bench.tftp_servers = arguments.tftp_servers;
-    }
-    if (!arguments.korm_servers.empty()) {
-        bench.korm_servers = arguments.korm_servers;
-    }
-    for (const std::string& text : arguments.accessories) {
-        const AccessoryCache added = read_accessory(text, "--accessory");
-        const auto has_its_id = [&added](const AccessoryCache& other) {
-            return other.device_id == added.device_id;
-        };
-        if (std::any_of(bench.accessories.begin(), bench.accessories.end(), has_its_id)) {
-            throw BenchError("--accessory \"" + text +
-                             "\": id: expected an id of its own, found \"" + added.device_id +
-                             "\" again");
-        }
-        bench.accessories.push_back(added);
-    }
-    if (bench.accessories.empty()) {
-        throw BenchError(
-            arguments.bench_file.empty()
-                ? "no accessory: give --bench a file with \"accessories\", or --accessory"
-                : arguments.bench_file +
-                      ": no accessory: expected one in \"accessories\", or give --accessory");
-    }
-    const auto has_id = [&arguments](const AccessoryCache& accessory) {
-        return accessory.device_id == arguments.options.detach_on_answer;
-    };
-    if (!arguments.options.detach_on_answer.empty() &&
-        std::none_of(bench.accessories.begin(), bench.accessories.end(), has_id)) {
-        throw BenchError("--detach-on-answer: there is no accessory \"" +
-                         arguments.options.detach_on_answer + "\"");
-    }
-    return bench;
-}
-
 int run_phone(Arguments& arguments) {
     end_on_lack_of_memory();
     Output output(arguments.json, phone_event_in_words);
     PhoneOptions& options = arguments.options;
     try {
-        options.bench = bench_of(arguments);
-        check_urls(options.bench);
+        options.bench = make_bench(arguments.bench);
         if (!options.limits.ca_file.empty()) {
             check_ca_file(options.limits.ca_file);
         }
-    } catch (const BenchError& error) {
+    } catch (const RefusedInput& error) {
         tell_usage_error("headsetmgmt phone", error.what(), arguments.json);
         return exit_usage;
     }
@@ -149,36 +84,36 @@ void add_bench_options(CLI::App& command, Arguments& arguments) {
     };
     const Bench defaults;
     command
-        .add_option("--bench", arguments.bench_file,
+        .add_option("--bench", arguments.bench.file,
                     "Bench file with the phone, its servers and its accessories (default: none)")
         ->check(non_empty_text("a file"));
-    add("--config-url", arguments.config_url, "a URL",
+    add("--config-url", arguments.bench.config_url, "a URL",
         "URL of the configuration document; may hold {tftp} and {userid} (default: "
         "defaultheadsetconfig.json on the TFTP server)");
-    add("--inventory-url", arguments.inventory_url, "a URL",
+    add("--inventory-url", arguments.bench.inventory_url, "a URL",
         "URL that takes inventory reports; may hold {korm} (default: none, nothing is reported)");
-    add("--service-url", arguments.service_url, "a URL",
+    add("--service-url", arguments.bench.service_url, "a URL",
         "URL of the metrics service: kept for the library, no request uses it (default: none)");
-    add("--user", arguments.user_id, "a text", "User id of the phone (default: none)");
-    add("--serial-number", arguments.serial_number, "a text",
+    add("--user", arguments.bench.user_id, "a text", "User id of the phone (default: none)");
+    add("--serial-number", arguments.bench.serial_number, "a text",
         "Serial number of the phone (default " + defaults.serial_number + ")");
-    add("--os-version", arguments.os_version, "a text",
+    add("--os-version", arguments.bench.os_version, "a text",
         "Version of its operating system (default " + defaults.os_version + ")");
-    add("--software-version", arguments.software_version, "a text",
+    add("--software-version", arguments.bench.software_version, "a text",
         "Version of its software (default " + defaults.software_version + ")");
     command
-        .add_option("--accessory", arguments.accessories,
+        .add_option("--accessory", arguments.bench.accessories,
                     "An accessory besides those of the bench file: NAME=VALUE,... with the names "
                     "of the bench file, such as id=desk,type=headset,model=Varos K30")
         ->allow_extra_args(false)
         ->check(text("NAME=VALUE,..."));
     command
-        .add_option("--tftp-server", arguments.tftp_servers,
+        .add_option("--tftp-server", arguments.bench.tftp_servers,
                     "TFTP server, up to three; only the first is used (default: none)")
         ->expected(1, static_cast<int>(servers_of_a_kind))
         ->check(non_empty_text("a host name or an IP address"));
     command
-        .add_option("--korm-server", arguments.korm_servers,
+        .add_option("--korm-server", arguments.bench.korm_servers,
                     "Call-control server, up to three; only the first is used (default: none)")
         ->expected(1, static_cast<int>(servers_of_a_kind))
         ->check(non_empty_text("a host name or an IP address"));
@@ -206,10 +141,6 @@ void add_run_options(CLI::App& command, Arguments& arguments) {
         .add_option("--ca-file", arguments.options.limits.ca_file,
                     "Certificates to trust instead of the system's, PEM (default: the system's)")
         ->check(non_empty_text("a file"));
-    command
-        .add_option("--detach-on-answer", arguments.options.detach_on_answer,
-                    "Detach this accessory just before its document is handed over (default: none)")
-        ->check(text("the id of an accessory"));
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <optional>
 #include <memory>
 #include <utility>
 
@@ -13,10 +14,9 @@
 #include "headsetmgmt/phone/host_functions.h"
 
 #include "program/exit_codes.h"
-#include "program/network/fetch_url.h"
-#include "program/network/retry_wait.h"
 #include "program/phone/answer_judgement.h"
 #include "program/phone/document_events.h"
+#include "program/phone/run_end.h"
 #include "program/phone/transfer_events.h"
 #include "program/url_mask.h"
 
@@ -50,8 +50,8 @@ std::string missing_members(const AccessoryCache& facts) {
 }  // namespace
 
 PhoneHost::PhoneHost(PhoneOptions phone_options, Output& events)
-    : options(std::move(phone_options)), output(events), transfers(options.limits),
-      jitter(std::random_device{}()) {
+    : options(std::move(phone_options)), output(events),
+      requests({options.limits, options.bench.tftp_servers, options.give_up_after}, events, *this) {
     current_host = this;
 }
 
@@ -60,21 +60,15 @@ PhoneHost::~PhoneHost() {
 }
 
 void PhoneHost::run() {
-    std::thread network([this] { work_on_requests(); });
+    requests.start();
     if (bring_up()) {
         Lock lock(state_mutex);
         changed.wait(lock, [this] { return interrupted || tally.is_complete(); });
     }
-    {
-        const Lock lock(state_mutex);
-        stopping = true;
-        changed.notify_all();
-    }
-    transfers.interrupt();
-    network.join();
+    requests.stop();
     stop_headset_mgmt();
 
-    tell_devices();
+    report_devices();
 }
 
 Event PhoneHost::result() {
@@ -146,22 +140,19 @@ void PhoneHost::configure(const std::shared_ptr<AccessoryCache>& accessory) {
 }
 
 void PhoneHost::interrupt() {
-    {
-        const Lock lock(state_mutex);
-        interrupted = true;
-        interrupted_while = interruption(
-            {under_way, attempt, !held_back.empty(), tally.wants_document(), last_fetch_failure});
-        changed.notify_all();
-    }
-    transfers.interrupt();
+    RunProgress progress = requests.interrupt();
+    const Lock lock(state_mutex);
+    interrupted = true;
+    progress.wants_document = tally.wants_document();
+    interrupted_while = interruption(progress);
+    changed.notify_all();
 }
 
 void PhoneHost::request(HttpRequestType type, const char* url, const char* body) {
-    const Lock lock(state_mutex);
-    const bool is_post = type == HTTP_REQUEST_POST;
-    if (is_post || fetches.add(url)) {
-        requests.push_back({url, is_post, is_post ? body : ""});
-        changed.notify_all();
+    if (type == HTTP_REQUEST_POST) {
+        requests.add_post(url, body);
+    } else {
+        requests.add_fetch(url);
     }
 }
 
@@ -211,122 +202,12 @@ void PhoneHost::log_line(const char* text) {
     }
 }
 
-/// The network thread: requests one after the other, and failures held back until they are due.
-void PhoneHost::work_on_requests() {
-    Lock lock(state_mutex);
-    while (!stopping && !interrupted) {
-        if (!held_back.empty() && held_back.begin()->first <= Clock::now()) {
-            const HeldBackFailure failure = held_back.begin()->second;
-            held_back.erase(held_back.begin());
-            lock.unlock();
-            report_failure(failure);
-            lock.lock();
-        } else if (!requests.empty()) {
-            const TransferRequest request = std::move(requests.front());
-            requests.pop_front();
-            attempt += request.is_post ? 0 : 1;
-            under_way =
-                request.is_post ? RunProgress::UnderWay::report : RunProgress::UnderWay::fetch;
-            lock.unlock();
-            request.is_post ? post(request) : fetch(request);
-            lock.lock();
-            under_way = RunProgress::UnderWay::nothing;
-            changed.notify_all();
-        } else if (!held_back.empty()) {
-            changed.wait_until(lock, held_back.begin()->first);
-        } else {
-            changed.wait(lock);
-        }
-    }
-}
-
-void PhoneHost::fetch(const TransferRequest& wanted) {
-    int this_attempt = 0;
-    {
-        const Lock lock(state_mutex);
-        this_attempt = attempt;
-    }
-    const std::optional<FetchUrl> target = fetch_url(wanted.url, options.bench.tftp_servers);
-    if (!target) {
-        const std::string error = "a file name without a server, and there is no TFTP server to "
-                                  "look it up on: give servers.tftp or --tftp-server";
-        output.tell(
-            {{"event", "fetch"}, {"attempt", this_attempt}, {"url", wanted.url}, {"error", error}});
-        end_fetch(error);
-        fail_fetch(wanted.url, 0, true);
-        return;
-    }
-    if (!target->dropped_query.empty()) {
-        output.tell(
-            {{"event", "note"},
-             {"text", "TFTP has no queries, so this is dropped: " + target->dropped_query}});
-    }
-    TransferRequest request = wanted;
-    request.url = target->url;
-    const TransferResult result = transfers.perform(request);
-    output.tell(fetch_event(this_attempt, request, result));
-    if (result.interrupted) {
-        return;
-    }
-    end_fetch(is_fetched(result) ? "" : failure_of(result));
-    if (!is_fetched(result)) {
-        fail_fetch(wanted.url, result.status, false);
-        return;
-    }
-    deliver(wanted.url, result.body);
-}
-
-/// How many of the library's requests the end of the URL's transfer answers. Before the first of
-/// them is answered: the library may ask again from inside.
-int PhoneHost::take_fetches(const std::string& url) {
-    const Lock lock(state_mutex);
-    return fetches.take(url);
-}
-
-void PhoneHost::report_failure(const HeldBackFailure& failure) {
-    for (int left = take_fetches(failure.url); left != 0; --left) {
-        httpResponse("", failure.status);
-    }
-}
-
-/// `failure` is empty when there is a document.
-void PhoneHost::end_fetch(const std::string& failure) {
-    const Lock lock(state_mutex);
-    under_way = RunProgress::UnderWay::nothing;
-    last_fetch_failure = failure;
-}
-
-void PhoneHost::set_under_way(RunProgress::UnderWay what) {
-    const Lock lock(state_mutex);
-    under_way = what;
-}
-
-void PhoneHost::deliver(const std::string& url, const std::string& document) {
-    if (!options.detach_on_answer.empty()) {
-        output.tell({{"event", "detached"}, {"id", options.detach_on_answer}});
-        remove_peripheral(options.detach_on_answer.c_str());
-        const Lock lock(state_mutex);
-        ++tally.not_configured;
-        tally.note_reason(options.detach_on_answer + " was detached before it was configured");
-        options.detach_on_answer.clear();
-    }
-    if (document.find('\0') != std::string::npos) {
-        output.tell({{"event", "note"},
-                     {"text", "the document has a NUL byte: the library reads it up to there"}});
-    }
-    for (int left = take_fetches(url); left != 0; --left) {
-        deliver_once(document);
-    }
-}
-
 /// Hands the document in and reads from the log lines of this very call what became of it.
-void PhoneHost::deliver_once(const std::string& document) {
+void PhoneHost::on_document(const std::string& document) {
     AnswerJudgement judged(document);
     judgement = &judged;
-    set_under_way(RunProgress::UnderWay::document);
     errno = 0;  // what the library's parser leaves when memory runs out
     httpResponse(document.c_str(), fetched_status);
-    set_under_way(RunProgress::UnderWay::nothing);
     judgement = nullptr;
 
     for (const Event& event : firmware_events(judged, options.bench.accessories)) {
@@ -336,7 +217,6 @@ void PhoneHost::deliver_once(const std::string& document) {
     output.tell(told);
 
     const Lock lock(state_mutex);
-    attempt = 0;
     const int failed = static_cast<int>(judged.failures().size());
     tally.configured += judged.taken();
     tally.not_configured += failed;
@@ -347,42 +227,28 @@ void PhoneHost::deliver_once(const std::string& document) {
                           " accessories could not use the document: " +
                           told["reasons"].front().get<std::string>());
     }
+    changed.notify_all();
 }
 
-/// The library fetches again as soon as it hears of a failure, so this holds the news back.
-void PhoneHost::fail_fetch(const std::string& url, int status, bool for_good) {
-    std::chrono::milliseconds wait{0};
-    int next_attempt = 0;
-    {
-        const Lock lock(state_mutex);
-        if (for_good || (options.give_up_after != 0 && attempt >= options.give_up_after)) {
-            tally.gave_up = true;
-            tally.note_reason(no_document(attempt, last_fetch_failure));
-            return;
-        }
-        next_attempt = attempt + 1;
-        wait = wait_before(next_attempt, jitter);
-        held_back.insert({Clock::now() + wait, {url, status}});
-    }
-    output.tell({{"event", "wait"}, {"attempt", next_attempt}, {"milliseconds", wait.count()}});
-}
-
-void PhoneHost::post(const TransferRequest& request) {
-    const TransferResult result = transfers.perform(request);
-    output.tell(report_event(request, result));
-    if (result.interrupted) {
-        return;
-    }
+void PhoneHost::on_gave_up(const std::string& reason) {
     const Lock lock(state_mutex);
-    if (is_accepted(result)) {
-        ++tally.reports_accepted;
-        return;
-    }
-    ++tally.reports_failed;
-    tally.note_reason("a report was not accepted: " + failure_of(result));
+    tally.gave_up = true;
+    tally.note_reason(reason);
+    changed.notify_all();
 }
 
-void PhoneHost::tell_devices() {
+void PhoneHost::on_report_end(const std::string& failure) {
+    const Lock lock(state_mutex);
+    if (failure.empty()) {
+        ++tally.reports_accepted;
+    } else {
+        ++tally.reports_failed;
+        tally.note_reason("a report was not accepted: " + failure);
+    }
+    changed.notify_all();
+}
+
+void PhoneHost::report_devices() {
     const Lock lock(state_mutex);
     for (const auto& [id, settings] : devices) {
         Event told = {{"event", "device"}, {"id", id}, {"settings", Event::array()}};

@@ -2,25 +2,19 @@
 
 #pragma once
 
-#include <chrono>
 #include <condition_variable>
-#include <deque>
 #include <map>
 #include <memory>
 #include <mutex>
-#include <optional>
-#include <random>
 #include <string>
-#include <thread>
 
 #include "headsetmgmt/phone/host_types.h"
 
 #include "program/network/transfer.h"
 #include "program/output.h"
 #include "program/phone/bench.h"
-#include "program/phone/joined_fetches.h"
 #include "program/phone/report_judgement.h"
-#include "program/phone/run_end.h"
+#include "program/phone/requests.h"
 #include "program/phone/run_tally.h"
 
 namespace headsetmgmt::program {
@@ -28,19 +22,18 @@ namespace headsetmgmt::program {
 struct PhoneOptions {
     Bench bench;
     TransferLimits limits;
-    int give_up_after = 0;         ///< failed fetches in a row; 0: never
-    std::string detach_on_answer;  ///< accessory to detach when the document has arrived
-    bool verbose = false;          ///< tell the library's log lines too
+    int give_up_after = 0;  ///< failed fetches in a row; 0: never
+    bool verbose = false;   ///< show the library's log lines too
 };
 
-/// Runs the library as a phone does: attaches the bench's accessories, does the requests, plays the
-/// devices, and has the accessories reported.
+/// Runs the library as a phone does: attaches the bench's accessories, carries out the requests,
+/// plays the devices, and has the accessories reported.
 ///
 /// One at a time: the library's host functions find it by a process-wide pointer.
-class PhoneHost {
+class PhoneHost : private RequestListener {
 public:
     PhoneHost(PhoneOptions phone_options, Output& events);
-    ~PhoneHost();
+    ~PhoneHost() override;
 
     PhoneHost(const PhoneHost&) = delete;
     PhoneHost& operator=(const PhoneHost&) = delete;
@@ -63,53 +56,31 @@ public:
     const Bench& bench() const { return options.bench; }
 
 private:
-    using Clock = std::chrono::steady_clock;
     struct Setting {
         std::string name;
         std::string value;
     };
-    /// A failed fetch that the library hears of later, so that it does not fetch again at once.
-    struct HeldBackFailure {
-        std::string url;
-        int status;
-    };
 
     bool bring_up();
     void configure(const std::shared_ptr<AccessoryCache>& accessory);
-    void work_on_requests();
-    void fetch(const TransferRequest& wanted);
-    void post(const TransferRequest& request);
-    void report_failure(const HeldBackFailure& failure);
-    void deliver(const std::string& url, const std::string& document);
-    void deliver_once(const std::string& document);
-    void end_fetch(const std::string& failure);
-    void set_under_way(RunProgress::UnderWay what);
-    void fail_fetch(const std::string& url, int status, bool for_good);
-    int take_fetches(const std::string& url);
-    void tell_devices();
+    void report_devices();
+
+    void on_document(const std::string& document) override;
+    void on_gave_up(const std::string& reason) override;
+    void on_report_end(const std::string& failure) override;
 
     PhoneOptions options;
     Output& output;
-    Transfers transfers;
 
-    mutable std::mutex state_mutex;  // guards all below
+    mutable std::mutex state_mutex;  // guards all below but the requests
     std::condition_variable changed;
-    std::deque<TransferRequest> requests;
-    JoinedFetches fetches;
-    std::multimap<Clock::time_point, HeldBackFailure> held_back;  // by when they are due
     std::map<std::string, std::map<int, Setting>> devices;  // what each was given, by usage id
-    std::mt19937 jitter;
-    RunProgress::UnderWay under_way = RunProgress::UnderWay::nothing;
-    int attempt = 0;                 // fetches since the last document
-    std::string last_fetch_failure;  // empty when the last fetch brought a document
     ReportJudgement report_lines;
     RunTally tally;
     std::string interrupted_while;  // what was going on then
     bool interrupted = false;
-    bool stopping = false;
-};
 
-/// The sentence for an event of a phone.
-std::string phone_event_in_words(const Event& event);
+    PhoneRequests requests;  // last: its thread uses all above
+};
 
 }  // namespace headsetmgmt::program

@@ -1,11 +1,11 @@
-// What a phone's events are called in words.
+// The sentence for each event of a phone.
+
+#include "program/phone/phone_wording.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <map>
 #include <string>
-
-#include "program/phone/phone_host.h"
 
 namespace headsetmgmt::program {
 
@@ -249,9 +249,6 @@ std::string phone_event_in_words(const Event& event) {
     }
     if (kind == "document") {
         return document(event);
-    }
-    if (kind == "detached") {
-        return "detached " + said(event, "id");
     }
     if (kind == "report") {
         return "report to " + url(event) + ": " +

@@ -25,7 +25,7 @@ using ResponseOwner = std::unique_ptr<MHD_Response, ResponseDeleter>;
 
 MHD_Result queue(MHD_Connection* connection, Request& request, unsigned int status,
                  std::uint64_t bytes, const ResponseOwner& response) {
-    // One request a connection: the library's own reading of a second header is not relied on.
+    // One request a connection: libmicrohttpd's own reading of a second header is not relied on.
     if (response == nullptr ||
         MHD_add_response_header(response.get(), MHD_HTTP_HEADER_CONNECTION, "close") != MHD_YES ||
         MHD_queue_response(connection, status, response.get()) != MHD_YES) {
@@ -95,7 +95,7 @@ bool is_json_type(const char* text) {
     return *rest == '\0' || *rest == ';';
 }
 
-/// A document on its way. Read piece by piece here: what the library has for files waits for ever,
+/// A document on its way. Read piece by piece here: what libmicrohttpd has for files waits forever,
 /// and busily, for the rest of one that got shorter.
 struct DocumentTransfer {
     FileHandle file;

@@ -33,15 +33,15 @@ struct TimeLimits {
     std::chrono::milliseconds grace = std::chrono::seconds(1);
 };
 
-/// Takes connections and hands each one whose header is proper to an HTTP library. The header is
-/// read without removing it from the socket: the library reads it again. Answers an improper one
-/// itself: the library would take some of them for another request than the client, or a proxy,
+/// Takes connections and hands each one whose header is proper to libmicrohttpd. The header is
+/// read without removing it from the socket: libmicrohttpd reads it again. Answers an improper one
+/// itself: libmicrohttpd would take some of them for another request than the client, or a proxy,
 /// meant.
 ///
 /// Keeps every connection within its time, also after it was handed over, and a client from taking
-/// all connections. When all are taken and a client waits, the slowest makes room. Reports what the
-/// library does not see: a "connection" that is refused or ends without a request, a "request" that
-/// is refused by its header or whose header does not arrive.
+/// all connections. When all are taken and a client waits, the slowest makes room. Reports what
+/// libmicrohttpd does not see: a "connection" that is refused or ends without a request, a
+/// "request" that is refused by its header or whose header does not arrive.
 ///
 /// Made, started and stopped by one thread; has a thread of its own.
 class Connections {
@@ -81,6 +81,7 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
     enum class Phase { header, refused, body, answer };
+    static constexpr std::size_t largest_header = 32UL * 1024;  // bytes
 
     struct Connection {
         Connection(FileHandle socket, const sockaddr_storage& from, socklen_t length);
@@ -121,14 +122,18 @@ private:
     void look_at_all(Outcome& outcome);
     void accept_waiting();
     void report_refused(Outcome& outcome);
-    bool serve(Connection& connection, Outcome& outcome);
-    bool serve_header(Connection& connection, Outcome& outcome);
-    void refuse(Connection& connection, const RequestHeader& header, Outcome& outcome);
-    bool drop_input(Connection& connection);
     std::string overdue(Connection& connection) const;
     Table::iterator end(Table::iterator place, const std::string& reason, Outcome& outcome);
     void make_room(Outcome& outcome);
     void finish(Outcome& outcome);
+
+    // Until a connection is handed over (header_phase.cpp).
+    bool serve(Connection& connection, Outcome& outcome);
+    bool serve_header(Connection& connection, Outcome& outcome);
+    void refuse(Connection& connection, const RequestHeader& header, Outcome& outcome);
+    bool drop_input(Connection& connection);
+    static Event without_header(const std::string& client, const std::string& target,
+                                const std::string& reason);
 
     FileHandle listener;
     TimeLimits limits;

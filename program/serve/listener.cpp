@@ -12,6 +12,7 @@
 #include <sys/socket.h>
 #include <system_error>
 
+#include "program/refused_input.h"
 #include "program/serve/server_error.h"
 
 namespace headsetmgmt::program {
@@ -42,9 +43,9 @@ SocketAddress read_address(const std::string& text, std::uint16_t port) {
     wanted.ai_flags = AI_NUMERICHOST | AI_NUMERICSERV;
     addrinfo* found = nullptr;
     if (getaddrinfo(text.c_str(), std::to_string(port).c_str(), &wanted, &found) != 0) {
-        throw ServerError(exit_usage, "\"" + text +
-                                          "\" is no IPv4 or IPv6 address; give --address one such "
-                                          "as 127.0.0.1 or ::1");
+        throw RefusedInput("\"" + text +
+                           "\" is no IPv4 or IPv6 address; give --address one such "
+                           "as 127.0.0.1 or ::1");
     }
     std::memcpy(&result.storage, found->ai_addr, found->ai_addrlen);
     result.length = found->ai_addrlen;
@@ -60,13 +61,13 @@ SocketAddress read_address(const std::string& text, std::uint16_t port) {
     case EADDRNOTAVAIL:
     case EINVAL:  // a link-local address without the interface
     case ENODEV:
-        throw ServerError(exit_usage, what + "give --address one of this machine's addresses");
+        throw RefusedInput(what + "give --address one of this machine's addresses");
     case EADDRINUSE:
-        throw ServerError(exit_failed, what + "give --port another port, or 0 for any free one");
+        throw ServerError(what + "give --port another port, or 0 for any free one");
     case EACCES:
-        throw ServerError(exit_failed, what + "give --port a port from 1024 on");
+        throw ServerError(what + "give --port a port from 1024 on");
     default:
-        throw ServerError(exit_failed, what + "try another --address or --port");
+        throw ServerError(what + "try another --address or --port");
     }
 }
 

@@ -9,7 +9,8 @@
 
 namespace headsetmgmt::program {
 
-/// Listens on an IPv4 or IPv6 address; port 0: the system picks one. Throws ServerError.
+/// Listens on an IPv4 or IPv6 address; port 0: the system picks one. Throws RefusedInput for an
+/// address that cannot be listened on, ServerError for a port that cannot.
 FileHandle listen_on(const std::string& address, std::uint16_t port);
 
 /// The port that is listened on.

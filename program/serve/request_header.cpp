@@ -176,7 +176,7 @@ Refusal check(const Fields& fields, std::string_view version) {
 bool expects_continue_in_a_list(const Fields& fields) {
     constexpr std::string_view wanted = "100-continue";
     if (!fields.expectations.empty() && equals(fields.expectations.front(), wanted)) {
-        return false;  // the HTTP library's
+        return false;  // libmicrohttpd's
     }
     for (std::string_view rest : fields.expectations) {
         while (!rest.empty()) {

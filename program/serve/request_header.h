@@ -14,7 +14,7 @@ struct RequestHeader {
     std::string target;       ///< as the client wrote it; empty when the first line is malformed
     unsigned int status = 0;  ///< with which the request is refused; 0: it is not
     std::string message;      ///< why it is refused, for people
-    /// The client waits for "100 Continue", and asks for it in a list, which the HTTP library does
+    /// The client waits for "100 Continue", and asks for it in a list, which libmicrohttpd does
     /// not understand.
     bool expects_continue_in_a_list = false;
 };

@@ -13,7 +13,10 @@
 
 #include "program/exit_codes.h"
 #include "program/output.h"
+#include "program/refused_input.h"
+#include "program/serve/serve_wording.h"
 #include "program/serve/server.h"
+#include "program/serve/server_error.h"
 #include "program/termination.h"
 #include "program/usage.h"
 
@@ -44,6 +47,14 @@ int run_serve(const Arguments& arguments) {
             output.tell(event);
         }
     };
+    const auto fail = [&arguments, &output](const std::string& message, ExitCode code) {
+        if (arguments.json) {
+            output.tell({{"event", "error"}, {"message", message}});
+        } else {
+            std::fprintf(stderr, "headsetmgmt serve: %s\n", escaped(message).c_str());
+        }
+        return output.end(code);
+    };
     try {
         Server server(arguments.options, report);
         std::error_code unknown;
@@ -53,13 +64,10 @@ int run_serve(const Arguments& arguments) {
         }
         asked_to_end.get_future().wait();
         server.stop();
+    } catch (const RefusedInput& error) {
+        return fail(error.what(), exit_usage);
     } catch (const ServerError& error) {
-        if (arguments.json) {
-            output.tell({{"event", "error"}, {"message", error.what()}});
-        } else {
-            std::fprintf(stderr, "headsetmgmt serve: %s\n", escaped(error.what()).c_str());
-        }
-        return output.end(error.exit_code);
+        return fail(error.what(), exit_failed);
     }
     return output.end(exit_done, stopped);
 }

@@ -1,10 +1,10 @@
-// What a server's events are called in words.
+// The sentence for each event of a server.
+
+#include "program/serve/serve_wording.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <string>
-
-#include "program/serve/server.h"
 
 namespace headsetmgmt::program {
 

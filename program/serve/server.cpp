@@ -1,5 +1,4 @@
-// A small HTTP server for tests and shows: serves documents, takes
-// inventory reports.
+// A small HTTP server: serves documents, takes inventory reports.
 
 #include "program/serve/server.h"
 
@@ -13,14 +12,16 @@
 #include <system_error>
 #include <utility>
 
+#include "program/refused_input.h"
 #include "program/serve/client_socket.h"
 #include "program/serve/listener.h"
+#include "program/serve/server_error.h"
 
 namespace headsetmgmt::program {
 
 namespace {
 
-// More than the connections that are handed over: the library counts one a little longer.
+// More than the connections that are handed over: libmicrohttpd counts one a little longer.
 constexpr unsigned int most_connections = 128;
 constexpr std::size_t memory_of_a_connection = 32UL * 1024;
 // A client reads its answer only after it has sent its body, so some more is
@@ -87,7 +88,7 @@ void keep_body(Request& request, const char* bytes, std::size_t size) {
     }
 }
 
-// From here on: what the HTTP library calls. No exception may pass through it.
+// From here on: what libmicrohttpd calls. No exception may pass through it.
 
 void on_connection(void* server, MHD_Connection* connection, void** /*context*/,
                    MHD_ConnectionNotificationCode what) {
@@ -135,9 +136,8 @@ Documents open_documents(const std::string& folder) {
     try {
         return Documents(folder);
     } catch (const std::system_error& error) {
-        throw ServerError(exit_usage, "the documents folder \"" + folder +
-                                          "\" cannot be opened: " + error.code().message() +
-                                          "; give --documents a folder that can be read");
+        throw RefusedInput("the documents folder \"" + folder + "\" cannot be opened: " +
+                           error.code().message() + "; give --documents a folder that can be read");
     }
 }
 
@@ -161,7 +161,8 @@ Server::Server(const ServerOptions& options, Tell teller)
           {"address", options.address},
           {"port", listening_port},
           {"documents", options.documents}});
-    // With poll: the library's epoll does not hear of a client that closes right after it has sent.
+    // With poll: libmicrohttpd's epoll does not hear of a client that closes right after it has
+    // sent.
     // clang-format off
     daemon.reset(MHD_start_daemon(
         MHD_USE_POLL_INTERNAL_THREAD | MHD_USE_ITC | MHD_USE_NO_LISTEN_SOCKET, 0,
@@ -179,8 +180,8 @@ Server::Server(const ServerOptions& options, Tell teller)
         }
         connections.start();
     } catch (const std::system_error& /*error*/) {
-        throw ServerError(exit_failed, "the server could not be started: the system lacks memory, "
-                                       "threads or file descriptors");
+        throw ServerError("the server could not be started: the system lacks memory, "
+                          "threads or file descriptors");
     }
 }
 

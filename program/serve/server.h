@@ -1,5 +1,4 @@
-// A small HTTP server for tests and shows: serves documents, takes
-// inventory reports.
+// A small HTTP server: serves documents, takes inventory reports.
 
 #pragma once
 
@@ -14,7 +13,6 @@
 #include "program/output.h"
 #include "program/serve/answers.h"
 #include "program/serve/connections.h"
-#include "program/serve/server_error.h"
 
 namespace headsetmgmt::program {
 
@@ -29,7 +27,7 @@ struct ServerOptions {
 /// inventory service says, on a thread of its own. Without encryption, without
 /// knowing who asks.
 ///
-/// One request a connection: every header is looked at before the HTTP library reads it.
+/// One request a connection: every header is looked at before libmicrohttpd reads it.
 ///
 /// Reports by events: "listening" first, one "request" for every request whose first line could be
 /// read at its end, however it ends, a "report" for each report taken, a "connection" for those
@@ -39,7 +37,8 @@ public:
     using Tell = std::function<void(const Event&)>;
 
     /// Listens from here on. `teller` is called on the server's threads, two at a time,
-    /// "listening" and "stopped" on the caller's. Throws ServerError.
+    /// "listening" and "stopped" on the caller's. Throws RefusedInput or
+    /// ServerError.
     Server(const ServerOptions& options, Tell teller);
     ~Server();
 
@@ -53,7 +52,7 @@ public:
     /// thread that made the server.
     void stop();
 
-    // What the HTTP library calls, on the server's thread.
+    // What libmicrohttpd calls, on the server's thread.
     MHD_Result receive(MHD_Connection* connection, Request& request, const char* method,
                        const char* body, std::size_t* body_size);
     void complete(MHD_Connection* connection, Request& request, MHD_RequestTerminationCode how);
@@ -73,8 +72,5 @@ private:
     std::uint16_t listening_port;
     std::unique_ptr<MHD_Daemon, DaemonDeleter> daemon;  // last: its thread uses all above
 };
-
-/// The sentence for an event of a server.
-std::string serve_event_in_words(const Event& event);
 
 }  // namespace headsetmgmt::program

@@ -3,19 +3,14 @@
 #pragma once
 
 #include <stdexcept>
-#include <string>
-
-#include "program/exit_codes.h"
 
 namespace headsetmgmt::program {
 
-/// Why a server could not be started, and the exit code for it.
+/// A server that could not be started although its input is right: the port is taken or not
+/// permitted, or the system lacks something. The program ends with `exit_failed`.
 class ServerError : public std::runtime_error {
 public:
-    ServerError(ExitCode code, const std::string& message)
-        : std::runtime_error(message), exit_code(code) {}
-
-    ExitCode exit_code;
+    using std::runtime_error::runtime_error;
 };
 
 }  // namespace headsetmgmt::program

@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "program/network/ca_file.h"
-#include "program/phone/bench.h"
+#include "program/refused_input.h"
 
 namespace headsetmgmt::program {
 namespace {
@@ -15,7 +15,7 @@ namespace {
 std::string refusal_of(const std::string& path) {
     try {
         check_ca_file(path);
-    } catch (const BenchError& error) {
+    } catch (const RefusedInput& error) {
         return error.what();
     }
     return "accepted";

@@ -12,7 +12,9 @@
 #include "headsetmgmt/types.h"
 
 #include "program/phone/bench.h"
+#include "program/phone/bench_file.h"
 #include "program/phone/bench_refusal.h"
+#include "program/refused_input.h"
 
 namespace headsetmgmt::program {
 namespace {
@@ -21,8 +23,8 @@ using Texts = std::vector<std::string>;
 
 std::string refusal_of_file(const std::string& path) {
     try {
-        read_bench_file(path);
-    } catch (const BenchError& error) {
+        read_bench(read_bench_file(path), path);
+    } catch (const RefusedInput& error) {
         return error.what();
     }
     return "accepted";
@@ -31,7 +33,7 @@ std::string refusal_of_file(const std::string& path) {
 std::string refusal_of_option(const std::string& text) {
     try {
         read_accessory(text, "--accessory");
-    } catch (const BenchError& error) {
+    } catch (const RefusedInput& error) {
         return error.what();
     }
     return "accepted";
@@ -152,7 +154,7 @@ TEST(Bench, AccessoriesKeepTheirOrder) {
 TEST(BenchFile, IsReadAsItsText) {
     const FileForATest file("{\"phone\": {\"userId\": \"M\xc3\xbcller\"}}\n");
 
-    EXPECT_EQ("M\xc3\xbcller", read_bench_file(file.path).user_id);
+    EXPECT_EQ("M\xc3\xbcller", read_bench(read_bench_file(file.path), file.path).user_id);
 }
 
 TEST(BenchFile, LargeOneIsReadToItsEnd) {
@@ -163,7 +165,7 @@ TEST(BenchFile, LargeOneIsReadToItsEnd) {
     }
     const FileForATest good(text + R"({"id": "last", "type": "camera"}]})");
 
-    const Bench bench = read_bench_file(good.path);
+    const Bench bench = read_bench(read_bench_file(good.path), good.path);
 
     ASSERT_EQ(5001U, bench.accessories.size());
     EXPECT_EQ("acc-4999", bench.accessories[4999].device_id);
@@ -256,6 +258,78 @@ TEST(AccessoryOption, WrongMembersAreRefusedWithTheirNames) {
     EXPECT_EQ(
         "--accessory \"type=headset\": expected a member \"id\" with a text that is not empty",
         refusal_of_option("type=headset"));
+}
+
+std::string refusal_of_bench(const BenchOptions& options) {
+    try {
+        make_bench(options);
+    } catch (const RefusedInput& error) {
+        return error.what();
+    }
+    return "accepted";
+}
+
+constexpr char two_accessories[] = "{\"phone\": {\"userId\": \"anna\"}, \"accessories\": [\n"
+                                   "{\"id\": \"a\", \"type\": \"headset\"},\n"
+                                   "{\"id\": \"b\", \"type\": \"camera\"}]}";
+
+TEST(MakeBench, OptionsGoBeforeTheFileUnlessTheyAreEmpty) {
+    const FileForATest file(two_accessories);
+    BenchOptions options;
+    options.file = file.path;
+    options.serial_number = "PH7";
+    options.tftp_servers = {"10.0.0.5"};
+    options.accessories = {"id=c,type=camera"};
+
+    const Bench bench = make_bench(options);
+
+    EXPECT_EQ("anna", bench.user_id);
+    EXPECT_EQ("PH7", bench.serial_number);
+    EXPECT_EQ((Texts{"10.0.0.5"}), bench.tftp_servers);
+    ASSERT_EQ(3U, bench.accessories.size());
+    EXPECT_EQ("c", bench.accessories[2].device_id);
+}
+
+TEST(MakeBench, SecondAccessoryOfAnIdIsRefusedInTheFile) {
+    const FileForATest file("{\"accessories\": [\n{\"id\": \"a\", \"type\": \"headset\"},\n"
+                            "{\"id\": \"a\", \"type\": \"camera\"}]}");
+    BenchOptions options;
+    options.file = file.path;
+
+    EXPECT_EQ(file.path + ":3: member /accessories/1/id: expected an id of its own, found \"a\" "
+                          "again",
+              refusal_of_bench(options));
+}
+
+TEST(MakeBench, SecondAccessoryOfAnIdIsRefusedInAnOption) {
+    const FileForATest file(two_accessories);
+    BenchOptions options;
+    options.file = file.path;
+    options.accessories = {"id=c,type=camera", "id=b,type=headset"};
+
+    EXPECT_EQ("--accessory \"id=b,type=headset\": id: expected an id of its own, found \"b\" again",
+              refusal_of_bench(options));
+}
+
+TEST(MakeBench, WithoutAnAccessoryIsRefused) {
+    const FileForATest file("{}");
+    BenchOptions options;
+
+    EXPECT_EQ("no accessory: give --bench a file with \"accessories\", or --accessory",
+              refusal_of_bench(options));
+    options.file = file.path;
+    EXPECT_EQ(file.path + ": no accessory: expected one in \"accessories\", or give --accessory",
+              refusal_of_bench(options));
+}
+
+TEST(MakeBench, UrlThatCannotBeRequestedIsRefused) {
+    BenchOptions options;
+    options.config_url = "ftp://server/a.json";
+    options.accessories = {"id=a,type=camera"};
+
+    EXPECT_EQ("config URL \"ftp://server/a.json\": expected a URL of http, https, tftp, found "
+              "\"ftp://\"",
+              refusal_of_bench(options));
 }
 
 }  // namespace

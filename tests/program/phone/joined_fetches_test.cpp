@@ -13,6 +13,7 @@
 #include "program/network/scripted_server.h"
 #include "program/phone/joined_fetches.h"
 #include "program/phone/phone_host.h"
+#include "program/phone/phone_wording.h"
 
 namespace headsetmgmt::program {
 namespace {

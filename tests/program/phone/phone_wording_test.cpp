@@ -1,11 +1,11 @@
-// Tests of what a phone's events are called in words.
+// Tests of the sentences for the events of a phone.
 
 #include <algorithm>
 #include <string>
 
 #include <gtest/gtest.h>
 
-#include "program/phone/phone_host.h"
+#include "program/phone/phone_wording.h"
 
 namespace headsetmgmt::program {
 namespace {
@@ -237,11 +237,6 @@ TEST(PhoneWording, DocumentThatWasDropped) {
     EXPECT_EQ("document dropped: nobody was waiting for it",
               phone_event_in_words(
                   {{"event", "document"}, {"taken", 0}, {"failed", 0}, {"dropped", true}}));
-}
-
-TEST(PhoneWording, Detached) {
-    EXPECT_EQ("detached desk-headset",
-              phone_event_in_words({{"event", "detached"}, {"id", "desk-headset"}}));
 }
 
 TEST(PhoneWording, ReportThatWasAccepted) {

@@ -4,7 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include "program/phone/url_check.h"
+#include "program/phone/bench_urls.h"
+#include "program/refused_input.h"
 
 namespace headsetmgmt::program {
 namespace {
@@ -12,7 +13,7 @@ namespace {
 std::string refusal_of(const Bench& bench) {
     try {
         check_urls(bench);
-    } catch (const BenchError& error) {
+    } catch (const RefusedInput& error) {
         return error.what();
     }
     return "accepted";
