@@ -14,13 +14,6 @@ std::string_view read_part(std::string_view text) {
     return text.substr(0, text.find('\0'));
 }
 
-/// Enough of a text to find it by.
-std::string beginning_of(std::string_view text) {
-    constexpr std::size_t enough = 60;
-    const std::size_t cut = cut_between_characters(text, enough);
-    return std::string(text.substr(0, cut)) + (cut < text.size() ? "..." : "");
-}
-
 std::string place_of(std::string_view text, std::size_t offset) {
     const Place place = place_at(text, offset);
     return "line " + std::to_string(place.line) + ", column " + std::to_string(place.column);
@@ -61,6 +54,12 @@ std::string explanation(std::string_view text, const Fault& fault) {
     default:
         return reason(text, fault);
     }
+}
+
+std::string beginning_of(std::string_view text) {
+    constexpr std::size_t enough = 60;
+    const std::size_t cut = cut_between_characters(text, enough);
+    return std::string(text.substr(0, cut)) + (cut < text.size() ? "..." : "");
 }
 
 }  // namespace headsetmgmt::program::json
