@@ -1,152 +1,280 @@
-// The events that tell what became of a fetched document.
+// The events about a document that was handed over.
 
 #include "program/phone/document_events.h"
 
-#include <cstddef>
-#include <string>
-#include <unordered_map>
+#include <algorithm>
+#include <map>
+#include <unordered_set>
 #include <utility>
 
-#include "headsetmgmt/utilities.h"
+#include "headsetmgmt/constants.h"
 
 namespace headsetmgmt::program {
 
 namespace {
 
-using Accessories = std::vector<AccessoryCache>;
+/// So many of each kind stand in an event, and how many there are.
+constexpr std::size_t enough = settings_in_an_event;
 
-/// The accessories that the library looks up as one model.
-struct OfModel {
-    std::size_t count = 0;
-    std::string id;        // of the first
-    std::string reported;  // the other model that every one of them reports; empty without one
-};
+/// Accessories, by their place in `HandedOver::turns`.
+using Group = std::vector<std::size_t>;
 
-/// Which accessories the library looks up as which model. Made once: a document may be told of
-/// thousands of times, to hundreds of accessories.
-class Models {
-public:
-    explicit Models(const Accessories& accessories) {
-        for (const AccessoryCache& facts : accessories) {
-            const std::string model = get_headset_model(facts.model, facts.serial_number);
-            OfModel& found = models[model];
-            const bool is_reported_so = facts.model == model;
-            if (found.count == 0) {
-                found.id = facts.device_id;
-                found.reported = is_reported_so ? "" : facts.model;
-            } else if (is_reported_so) {
-                found.reported.clear();
-            }
-            ++found.count;
-        }
-    }
-
-    /// Adds whose it is: the model, and the id where no other accessory has that model.
-    void tell(Event& event, const std::string& model) const {
-        if (model.empty()) {
-            return;  // not told
-        }
-        event["model"] = model;
-        const auto found = models.find(model);
-        if (found != models.end() && found->second.count == 1) {
-            event["id"] = found->second.id;
-        }
-    }
-
-    /// The other model that every accessory of `model` reports; empty when there is none.
-    std::string reported_for(const std::string& model) const {
-        const auto found = models.find(model);
-        return found != models.end() ? found->second.reported : "";
-    }
-
-private:
-    std::unordered_map<std::string, OfModel> models;
-};
-
-void tell_failure(Event& event, const DocumentFailure& failure, const Models& models) {
-    Event told = Event::object();
-    models.tell(told, failure.model);
-    std::string sentence = failure.model;
-    const std::string reported = models.reported_for(failure.model);
-    if (!reported.empty()) {
-        told["reportedModel"] = reported;
-        sentence +=
-            " (reported as " + reported + ": the eighth character of its serial number is a 4)";
-    }
-    told["reason"] = failure.reason;
-    sentence += (sentence.empty() ? "" : ": ") + failure.reason;
-    event["reasons"].push_back(sentence);
-    event["failures"].push_back(told);
+void add_accessory(Event& event, const HandedOver& handed_over, std::size_t i) {
+    event["model"] = handed_over.outcome.accessories[i].model;
+    event["id"] = handed_over.turns[i].facts.device_id;
 }
 
-void tell_unsent(Event& event, const UnsentSettings& unsent, const Models& models) {
-    Event told = Event::object();
-    models.tell(told, unsent.model);
-    told["settings"] = unsent.count;
-    told["reason"] = unsent.reason;
-    event["notSent"].push_back(told);
+void add_place(Event& event, const json::Place& place) {
+    event["line"] = place.line;
+    event["column"] = place.column;
 }
 
-void tell_passed_over(Event& event, const PassedOverSetting& setting, const Models& models) {
-    Event told = {{"list", setting.list}};
-    if (!setting.name.empty()) {
-        told["name"] = setting.name;
-    }
-    told["reason"] = setting.reason;
-    Event whose = Event::array();
-    for (const std::string& model : setting.models) {
+Event first_accessories(const HandedOver& handed_over, const Group& group) {
+    Event accessories = Event::array();
+    for (std::size_t i = 0; i < std::min(enough, group.size()); ++i) {
         Event accessory = Event::object();
-        models.tell(accessory, model);
-        whose.push_back(std::move(accessory));
+        add_accessory(accessory, handed_over, group[i]);
+        accessories.push_back(std::move(accessory));
     }
-    told["accessories"] = std::move(whose);
-    told["lackedBy"] = setting.accessories;
-    event["passedOver"].push_back(std::move(told));
+    return accessories;
+}
+
+/// Whether the library read the document for the accessory: it found the template and had memory.
+bool is_read_for(const HandedOver& handed_over, std::size_t i) {
+    return handed_over.outcome.fault.empty() && !handed_over.turns[i].lacks_memory;
+}
+
+/// Those for which the document was read.
+Group readers(const HandedOver& handed_over) {
+    Group group;
+    for (std::size_t i = 0; i < handed_over.turns.size(); ++i) {
+        if (is_read_for(handed_over, i)) {
+            group.push_back(i);
+        }
+    }
+    return group;
+}
+
+/// The same, by the entry that serves them.
+std::map<std::size_t, Group> readers_by_entry(const HandedOver& handed_over) {
+    std::map<std::size_t, Group> groups;
+    for (const std::size_t i : readers(handed_over)) {
+        if (const auto& entry = handed_over.outcome.accessories[i].settings_entry) {
+            groups[entry->entry].push_back(i);
+        }
+    }
+    return groups;
+}
+
+void add_failure(Event& event, const HandedOver& handed_over, std::size_t i) {
+    const AccessoryOutcome& outcome = handed_over.outcome.accessories[i];
+    const Turn& turn = handed_over.turns[i];
+    Event failure = Event::object();
+    std::string sentence;
+    std::string reason = outcome.failure.empty() ? "the library does not say why" : outcome.failure;
+    if (turn.lacks_memory) {
+        reason = "memory ran out while the library read the document";
+    } else if (handed_over.outcome.fault.empty()) {
+        add_accessory(failure, handed_over, i);
+        sentence = outcome.model;
+        if (turn.facts.model != outcome.model) {
+            failure["reportedModel"] = turn.facts.model;
+            sentence += " (reported as " + turn.facts.model +
+                        ": the eighth character of its serial number is a 4)";
+        }
+        sentence += sentence.empty() ? "" : ": ";
+    }
+    failure["reason"] = reason;
+    event["reasons"].push_back(sentence + reason);
+    event["failures"].push_back(std::move(failure));
+}
+
+void add_entry(Event& event, const HandedOver& handed_over, std::size_t i,
+               const ServingEntry& serving, const std::string& dongle_model) {
+    const ModelEntry& entry = handed_over.outcome.entries[serving.entry];
+    Event served = Event::object();
+    add_accessory(served, handed_over, i);
+    if (!dongle_model.empty()) {
+        served["dongleModel"] = dongle_model;
+    }
+    served["entry"] = entry.index;
+    served["name"] = serving.name;
+    add_place(served, entry.place);
+    event["entries"].push_back(std::move(served));
+}
+
+/// Which entry serves whom.
+void add_entries(Event& event, const HandedOver& handed_over) {
+    std::size_t count = 0;
+    const auto add = [&](std::size_t i, const std::optional<ServingEntry>& serving,
+                         const std::string& dongle_model) {
+        if (serving && ++count <= enough) {
+            add_entry(event, handed_over, i, *serving, dongle_model);
+        }
+    };
+    for (const std::size_t i : readers(handed_over)) {
+        const AccessoryOutcome& outcome = handed_over.outcome.accessories[i];
+        add(i, outcome.settings_entry, "");
+        add(i, outcome.dongle_entry, handed_over.turns[i].facts.dongle_model);
+    }
+    if (count != 0) {
+        event["served"] = count;
+    }
+}
+
+void add_unsent(Event& event, const HandedOver& handed_over) {
+    for (const std::size_t i : readers(handed_over)) {
+        const AccessoryOutcome& outcome = handed_over.outcome.accessories[i];
+        if (outcome.unsent_reason.empty()) {
+            continue;
+        }
+        const std::size_t count = kept_settings(handed_over.outcome, outcome).size();
+        if (count == 0) {
+            continue;
+        }
+        Event unsent = Event::object();
+        add_accessory(unsent, handed_over, i);
+        unsent["settings"] = count;
+        unsent["reason"] = outcome.unsent_reason;
+        event["notSent"].push_back(std::move(unsent));
+    }
+}
+
+/// What is wrong with the first faulty settings of a list, and who lacks them.
+void add_passed_over(Event& event, const HandedOver& handed_over, const char* list_name,
+                     const SettingsList& list, const Group& group) {
+    Event& settings = event["passedOver"];
+    for (const FaultySetting& faulty : list.faulty) {
+        if (settings.size() == enough) {
+            return;
+        }
+        Event setting = {{"list", list_name}};
+        if (!faulty.name.empty()) {
+            setting["name"] = faulty.name;
+        }
+        setting["reason"] = in_words(faulty.fault);
+        add_place(setting, faulty.place);
+        setting["accessories"] = first_accessories(handed_over, group);
+        setting["lackedBy"] = group.size();
+        settings.push_back(std::move(setting));
+    }
+}
+
+void add_all_passed_over(Event& event, const HandedOver& handed_over) {
+    const std::size_t count = count_passed_over(handed_over);
+    if (count == 0) {
+        return;
+    }
+    event["settingsPassedOver"] = count;
+    add_passed_over(event, handed_over, constants::key_common_settings, handed_over.outcome.common,
+                    readers(handed_over));
+    for (const auto& [entry, group] : readers_by_entry(handed_over)) {
+        add_passed_over(event, handed_over, constants::key_firmware_params,
+                        handed_over.outcome.entries[entry].params, group);
+    }
+}
+
+/// The settings that accessories keep although no device is sent them, for their access.
+void add_kept_back(Event& event, const HandedOver& handed_over) {
+    struct KeptBack {
+        KeptSetting kept;
+        Group group;
+    };
+    std::vector<KeptBack> first;
+    std::map<const ReadSetting*, std::size_t> places;  // in `first`
+    std::unordered_set<const ReadSetting*> all;
+    for (const auto& [entry, group] : readers_by_entry(handed_over)) {
+        const AccessoryOutcome& outcome = handed_over.outcome.accessories[group.front()];
+        if (!outcome.unsent_reason.empty()) {
+            continue;  // none of their settings is sent
+        }
+        for (const KeptSetting& kept : kept_settings(handed_over.outcome, outcome)) {
+            if (is_sent(*kept.setting)) {
+                continue;
+            }
+            if (all.insert(kept.setting).second && first.size() < enough) {
+                places[kept.setting] = first.size();
+                first.push_back({kept, {}});
+            }
+            const auto place = places.find(kept.setting);
+            if (place != places.end()) {
+                Group& keepers = first[place->second].group;
+                keepers.insert(keepers.end(), group.begin(), group.end());
+            }
+        }
+    }
+    if (all.empty()) {
+        return;
+    }
+    event["settingsKeptBack"] = all.size();
+    for (const KeptBack& one : first) {
+        Event setting = {{"list", one.kept.is_common ? constants::key_common_settings
+                                                     : constants::key_firmware_params},
+                         {"name", one.kept.setting->param.name},
+                         {"access", one.kept.setting->access}};
+        add_place(setting, one.kept.setting->place);
+        setting["accessories"] = first_accessories(handed_over, one.group);
+        setting["keptBy"] = one.group.size();
+        event["keptBack"].push_back(std::move(setting));
+    }
 }
 
 }  // namespace
 
-std::vector<Event> firmware_events(const AnswerJudgement& judged, const Accessories& accessories) {
-    const Models models(accessories);
+std::size_t count_taken(const HandedOver& handed_over) {
+    return static_cast<std::size_t>(std::count_if(handed_over.turns.begin(),
+                                                  handed_over.turns.end(),
+                                                  [](const Turn& turn) { return turn.is_taken; }));
+}
+
+std::size_t count_passed_over(const HandedOver& handed_over) {
+    const DocumentOutcome& outcome = handed_over.outcome;
+    std::size_t count = readers(handed_over).empty() ? 0 : outcome.common.faulty_count;
+    for (const auto& [entry, group] : readers_by_entry(handed_over)) {
+        count += outcome.entries[entry].params.faulty_count;
+    }
+    return count;
+}
+
+std::vector<Event> firmware_events(const HandedOver& handed_over) {
     std::vector<Event> events;
-    for (const FirmwareDecision& firmware : judged.firmware_decisions()) {
-        Event told = {{"event", "firmware"}};
-        models.tell(told, firmware.model);
-        if (!firmware.dongle_model.empty()) {
-            told["dongleModel"] = firmware.dongle_model;
+    for (const std::size_t i : readers(handed_over)) {
+        const FirmwareDecision& firmware = handed_over.outcome.accessories[i].firmware;
+        if (firmware.kind == FirmwareDecision::Kind::none) {
+            continue;
         }
-        told["decision"] = firmware.decision;
-        if (firmware.reported) {
-            told["reported"] = *firmware.reported;
+        Event event = {{"event", "firmware"}};
+        add_accessory(event, handed_over, i);
+        if (firmware.is_dongles) {
+            event["dongleModel"] = handed_over.turns[i].facts.dongle_model;
         }
-        if (firmware.wanted) {
-            told["wanted"] = *firmware.wanted;
+        event["decision"] = in_words(firmware);
+        if (firmware.has_compared()) {
+            event["reported"] = firmware.reported;
+            event["wanted"] = firmware.wanted;
         }
-        events.push_back(told);
+        events.push_back(std::move(event));
     }
     return events;
 }
 
-Event document_event(const AnswerJudgement& judged, const Accessories& accessories) {
-    const Models models(accessories);
-    Event told = {
-        {"event", "document"}, {"taken", judged.taken()}, {"failed", judged.failures().size()}};
-    if (judged.was_dropped()) {
-        told["dropped"] = true;
+Event document_event(const HandedOver& handed_over) {
+    const std::size_t taken = count_taken(handed_over);
+    Event event = {
+        {"event", "document"}, {"taken", taken}, {"failed", handed_over.turns.size() - taken}};
+    if (handed_over.was_dropped) {
+        event["dropped"] = true;
     }
-    for (const DocumentFailure& failure : judged.failures()) {
-        tell_failure(told, failure, models);
+    for (std::size_t i = 0; i < handed_over.turns.size(); ++i) {
+        if (!handed_over.turns[i].is_taken) {
+            add_failure(event, handed_over, i);
+        }
     }
-    for (const UnsentSettings& unsent : judged.unsent()) {
-        tell_unsent(told, unsent, models);
-    }
-    if (judged.passed_over_count() != 0) {
-        told["settingsPassedOver"] = judged.passed_over_count();
-    }
-    for (const PassedOverSetting& setting : judged.passed_over()) {
-        tell_passed_over(told, setting, models);
-    }
-    return told;
+    add_entries(event, handed_over);
+    add_unsent(event, handed_over);
+    add_all_passed_over(event, handed_over);
+    add_kept_back(event, handed_over);
+    return event;
 }
 
 }  // namespace headsetmgmt::program

@@ -1,23 +1,39 @@
-// The events that tell what became of a fetched document.
+// The events about a document that was handed over.
 
 #pragma once
 
+#include <cstddef>
+#include <string>
 #include <vector>
 
-#include "headsetmgmt/phone/host_types.h"
-
+#include "program/document/outcome.h"
 #include "program/output.h"
-#include "program/phone/answer_judgement.h"
+#include "program/phone/hand_over.h"
 
 namespace headsetmgmt::program {
 
-/// The `firmware` events of a document, in the order of the decisions. `accessories` are those of
-/// the phone: what is told of a model that exactly one of them has carries its id too.
-std::vector<Event> firmware_events(const AnswerJudgement& judged,
-                                   const std::vector<AccessoryCache>& accessories);
+/// A document that was handed over: how each accessory fared, and what the document says about
+/// that. Side by side: `turns` and `outcome.accessories`.
+struct HandedOver {
+    std::vector<Turn> turns;
+    DocumentOutcome outcome;
+    bool was_dropped = false;  ///< nobody was waiting for it
+};
+
+/// So many of the settings that could not be read stand in the event.
+inline constexpr std::size_t settings_in_an_event = 100;
+
+/// How many accessories could use the document.
+std::size_t count_taken(const HandedOver& handed_over);
+
+/// How many settings of the document could not be read.
+std::size_t count_passed_over(const HandedOver& handed_over);
+
+/// The `firmware` events: one for each accessory on whose firmware there was a decision.
+std::vector<Event> firmware_events(const HandedOver& handed_over);
 
 /// The `document` event. Each failure stands in it twice: in "reasons" as a sentence, in "failures"
 /// by its members.
-Event document_event(const AnswerJudgement& judged, const std::vector<AccessoryCache>& accessories);
+Event document_event(const HandedOver& handed_over);
 
 }  // namespace headsetmgmt::program

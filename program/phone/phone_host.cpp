@@ -5,17 +5,18 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstring>
-#include <optional>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "headsetmgmt/phone/flat_interface.h"
 #include "headsetmgmt/phone/host_functions.h"
 
+#include "program/document/outcome.h"
 #include "program/exit_codes.h"
-#include "program/phone/answer_judgement.h"
 #include "program/phone/document_events.h"
+#include "program/phone/hand_over.h"
+#include "program/phone/library_lines.h"
 #include "program/phone/run_end.h"
 #include "program/phone/transfer_events.h"
 #include "program/url_mask.h"
@@ -28,8 +29,8 @@ using Lock = std::unique_lock<std::mutex>;
 
 PhoneHost* current_host = nullptr;
 
-/// Set on the thread that delivers a document, while it does.
-thread_local AnswerJudgement* judgement = nullptr;
+/// Set on the thread that hands a document over, while it does.
+thread_local HandOver* hand_over = nullptr;
 
 /// Set on the thread that attaches an accessory, while it does: whether the fetch that this queued
 /// is the accessory's own, and not one that was on its way already.
@@ -37,6 +38,12 @@ thread_local bool* queued_fetch = nullptr;
 
 void on_log_line(int /*level*/, const char* text) {
     current_host->log_line(text);
+}
+
+void note_host_call(const char* device_id) {
+    if (hand_over != nullptr) {
+        hand_over->on_host_call(device_id);
+    }
 }
 
 /// What the library waits for before it fetches the document for an accessory; empty: it does not.
@@ -104,6 +111,7 @@ bool PhoneHost::bring_up() {
                      {"dongleVersion", facts.dongle_version}});
         {
             const Lock lock(state_mutex);
+            waiting.push_back(facts);
             ++tally.attached;
             tally.reports_wanted += bench.inventory_url.empty() ? 0 : 1;
         }
@@ -127,6 +135,10 @@ void PhoneHost::configure(const std::shared_ptr<AccessoryCache>& accessory) {
     const std::string missing = missing_members(*accessory);
     if (!is_taken) {
         const Lock lock(state_mutex);
+        const auto has_its_id = [&accessory](const AccessoryCache& facts) {
+            return facts.device_id == accessory->device_id;
+        };
+        waiting.erase(std::remove_if(waiting.begin(), waiting.end(), has_its_id), waiting.end());
         ++tally.not_configured;
         tally.note_reason("the library does not configure " + accessory->device_id);
     } else if (is_fetch_queued && !missing.empty()) {
@@ -157,6 +169,7 @@ void PhoneHost::request(HttpRequestType type, const char* url, const char* body)
 }
 
 void PhoneHost::apply(const char* device_id, const char* name, int usage_id, const char* value) {
+    note_host_call(device_id);
     {
         const Lock lock(state_mutex);
         devices[device_id][usage_id] = {name, value};
@@ -169,6 +182,7 @@ void PhoneHost::apply(const char* device_id, const char* name, int usage_id, con
 }
 
 void PhoneHost::upgrade(const char* device_id, const char* version, const char* firmware_name) {
+    note_host_call(device_id);
     output.tell({{"event", "upgrade"},
                  {"id", device_id},
                  {"version", version},
@@ -176,22 +190,22 @@ void PhoneHost::upgrade(const char* device_id, const char* version, const char* 
 }
 
 void PhoneHost::log_line(const char* text) {
-    if (judgement != nullptr) {
+    const std::string line = text;
+    const LibraryLine read = read_library_line(line);
+    if (hand_over != nullptr) {
         if (errno == ENOMEM) {
-            judgement->on_lack_of_memory();
+            hand_over->on_lack_of_memory();
             errno = 0;
         }
-        judgement->on_line(text);
+        hand_over->on_line(read);
     }
-    constexpr char queued[] = "Lib::ConfigManagerImpl: configure_accessory: added async task";
-    if (queued_fetch != nullptr && std::strcmp(text, queued) == 0) {
+    if (queued_fetch != nullptr && read.kind == LibraryLine::Kind::fetch_queued) {
         *queued_fetch = true;
     }
-    const std::string line = text;
     {
         const Lock lock(state_mutex);
-        if (const std::optional<std::string> cause = report_lines.on_line(line)) {
-            // There will be no request to tell how the report fared.
+        if (const std::optional<std::string> cause = report_lines.on_line(read)) {
+            // No request of this report follows.
             ++tally.reports_failed;
             tally.note_reason("a report could not be built: " + *cause);
             changed.notify_all();
@@ -202,30 +216,45 @@ void PhoneHost::log_line(const char* text) {
     }
 }
 
-/// Hands the document in and reads from the log lines of this very call what became of it.
 void PhoneHost::on_document(const std::string& document) {
-    AnswerJudgement judged(document);
-    judgement = &judged;
+    HandOver followed;
+    hand_over = &followed;
     errno = 0;  // what the library's parser leaves when memory runs out
     httpResponse(document.c_str(), fetched_status);
-    judgement = nullptr;
+    hand_over = nullptr;
 
-    for (const Event& event : firmware_events(judged, options.bench.accessories)) {
+    HandedOver handed_over;
+    handed_over.was_dropped = followed.was_dropped();
+    {
+        const Lock lock(state_mutex);
+        handed_over.turns = followed.take_turns(waiting);
+    }
+    if (!handed_over.turns.empty()) {
+        std::vector<AccessoryCache> accessories;
+        for (const Turn& turn : handed_over.turns) {
+            accessories.push_back(turn.facts);
+        }
+        handed_over.outcome = read_document(document, accessories, settings_in_an_event);
+    }
+    for (const Event& event : firmware_events(handed_over)) {
         output.tell(event);
     }
-    const Event told = document_event(judged, options.bench.accessories);
-    output.tell(told);
+    const Event event = document_event(handed_over);
+    output.tell(event);
+    add_to_tally(handed_over, event);
+}
 
+void PhoneHost::add_to_tally(const HandedOver& handed_over, const Event& event) {
     const Lock lock(state_mutex);
-    const int failed = static_cast<int>(judged.failures().size());
-    tally.configured += judged.taken();
+    const int taken = static_cast<int>(count_taken(handed_over));
+    const int failed = static_cast<int>(handed_over.turns.size()) - taken;
+    tally.configured += taken;
     tally.not_configured += failed;
-    tally.passed_over += judged.passed_over_count();
+    tally.passed_over += count_passed_over(handed_over);
     if (failed != 0) {
-        tally.note_reason(std::to_string(failed) + " of " +
-                          std::to_string(judged.taken() + failed) +
+        tally.note_reason(std::to_string(failed) + " of " + std::to_string(taken + failed) +
                           " accessories could not use the document: " +
-                          told["reasons"].front().get<std::string>());
+                          event["reasons"].front().get<std::string>());
     }
     changed.notify_all();
 }

@@ -7,12 +7,14 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "headsetmgmt/phone/host_types.h"
 
 #include "program/network/transfer.h"
 #include "program/output.h"
 #include "program/phone/bench.h"
+#include "program/phone/document_events.h"
 #include "program/phone/report_judgement.h"
 #include "program/phone/requests.h"
 #include "program/phone/run_tally.h"
@@ -63,6 +65,7 @@ private:
 
     bool bring_up();
     void configure(const std::shared_ptr<AccessoryCache>& accessory);
+    void add_to_tally(const HandedOver& handed_over, const Event& event);
     void report_devices();
 
     void on_document(const std::string& document) override;
@@ -76,6 +79,7 @@ private:
     std::condition_variable changed;
     std::map<std::string, std::map<int, Setting>> devices;  // what each was given, by usage id
     ReportJudgement report_lines;
+    std::vector<AccessoryCache> waiting;  // attached, without a document so far
     RunTally tally;
     std::string interrupted_while;  // what was going on then
     bool interrupted = false;

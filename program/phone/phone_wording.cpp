@@ -119,28 +119,55 @@ std::string not_sent(const Event& unsent) {
     return text + ": " + said(unsent, "reason");
 }
 
-std::string passed_over(const Event& setting) {
-    std::string text = "passed over: ";
-    text += setting.contains("name") ? said(setting, "name") : "a setting";
-    text += ": " + said(setting, "reason") + " (" + said(setting, "list");
-    const auto accessories = setting.find("accessories");
-    const bool is_of_a_model = said(setting, "list") != "commonSettings" &&
-                               accessories != setting.end() && !accessories->empty() &&
-                               accessories->front().contains("model");
-    return text + (is_of_a_model ? " of " + said(accessories->front(), "model") + ")" : ")");
+/// "line 7, column 13".
+std::string place(const Event& object) {
+    return "line " + said(object, "line") + ", column " + said(object, "column");
 }
 
-/// The first of them, a line each, and how many more there are: JSON has some more of them.
-std::string passed_over_settings(const Event& settings, std::size_t count) {
+/// Where a setting stands: its list, of a model's list the first accessory's model, and the place.
+std::string origin(const Event& setting) {
+    std::string text = said(setting, "list");
+    const auto accessories = setting.find("accessories");
+    if (text != "commonSettings" && accessories != setting.end() && !accessories->empty()) {
+        text += " of " + said(accessories->front(), "model");
+    }
+    return text + ", " + place(setting);
+}
+
+std::string passed_over(const Event& setting) {
+    const std::string name = setting.contains("name") ? said(setting, "name") : "a setting";
+    return "passed over: " + name + ": " + said(setting, "reason") + " (" + origin(setting) + ")";
+}
+
+std::string kept_back(const Event& setting) {
+    return "kept but never sent: " + said(setting, "name") + ": its access is \"" +
+           said(setting, "access") + R"(", not "Admin" ()" + origin(setting) + ")";
+}
+
+std::string entry(const Event& served) {
+    std::string whose = said(served, "id") + " (" + said(served, "model") + ")";
+    if (served.contains("dongleModel")) {
+        whose = said(served, "id") + "'s dongle " + said(served, "dongleModel");
+    }
+    return whose + " is served by entry " + said(served, "entry") +
+           " of modelSpecificSettings: \"" + said(served, "name") + "\" (" + place(served) + ")";
+}
+
+/// The first objects of an array, a line each, and how many more there are: `count` names the
+/// member with the number of all. JSON has some more of them.
+std::string lines_of(const Event& event, const char* array, const char* count,
+                     std::string (*in_words)(const Event&), const std::string& kind) {
     constexpr std::size_t enough = 20;
+    const auto objects = event.find(array);
+    if (objects == event.end()) {
+        return {};
+    }
     std::string text;
-    for (std::size_t i = 0; i < std::min(enough, settings.size()); ++i) {
-        text += "\n  " + passed_over(settings[i]);
+    for (std::size_t i = 0; i < std::min(enough, objects->size()); ++i) {
+        text += "\n  " + in_words((*objects)[i]);
     }
-    if (count > enough) {
-        text += "\n  and " + std::to_string(count - enough) + " more passed over";
-    }
-    return text;
+    const std::size_t all = event.value(count, std::size_t{0});
+    return all > enough ? text + "\n  and " + std::to_string(all - enough) + " more " + kind : text;
 }
 
 std::string document(const Event& event) {
@@ -152,15 +179,12 @@ std::string document(const Event& event) {
     for (const Event& reason : event.value("reasons", Event::array())) {
         text += "\n  " + escaped(reason.get<std::string>());
     }
+    text += lines_of(event, "entries", "served", entry, "served");
     for (const Event& unsent : event.value("notSent", Event::array())) {
         text += "\n  " + not_sent(unsent);
     }
-    const auto settings_passed_over = event.find("passedOver");
-    if (settings_passed_over != event.end()) {
-        text += passed_over_settings(*settings_passed_over,
-                                     event.value("settingsPassedOver", std::size_t{0}));
-    }
-    return text;
+    return text + lines_of(event, "passedOver", "settingsPassedOver", passed_over, "passed over") +
+           lines_of(event, "keptBack", "settingsKeptBack", kept_back, "kept but never sent");
 }
 
 std::string device(const Event& event) {

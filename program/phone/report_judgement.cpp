@@ -1,26 +1,18 @@
-// Why a report was not built, read from the library's log lines.
+// Why a report was not built.
 
 #include "program/phone/report_judgement.h"
 
-#include <cstddef>
-
 namespace headsetmgmt::program {
 
-std::optional<std::string> ReportJudgement::on_line(const std::string& line) {
-    constexpr char failure[] = "assemble_metrics[LIB-ERR]: ";
-    constexpr std::size_t failure_length = sizeof(failure) - 1;
-    const std::size_t colon = line.find(": ");
-    const std::string message = colon == std::string::npos ? line : line.substr(colon + 2);
-    if (message == "send_task: Enter") {
-        cause.clear();
-    } else if (message == "build_accessory_payload: accessory serial number is empty.") {
-        cause = "the accessory has no serial number";
-    } else if (message == failure + std::string("Building dock payload failed")) {
-        // A report without its dock is built all the same.
-    } else if (message.compare(0, failure_length, failure) == 0 && cause.empty()) {
-        cause = "the library says: " + message.substr(failure_length);
-    } else if (message == "send_task: building metrics failed") {
-        return cause.empty() ? "the library does not say why" : cause;
+std::optional<std::string> ReportJudgement::on_line(const LibraryLine& line) {
+    using Kind = LibraryLine::Kind;
+    if (line.kind == Kind::report_begun) {
+        lacks_serial_number = false;
+    } else if (line.kind == Kind::report_without_serial_number) {
+        lacks_serial_number = true;
+    } else if (line.kind == Kind::report_failed) {
+        return lacks_serial_number ? "the accessory has no serial number"
+                                   : "the library does not say why";
     }
     return std::nullopt;
 }

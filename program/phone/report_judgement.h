@@ -1,21 +1,23 @@
-// Why a report was not built, read from the library's log lines.
+// Why a report was not built.
 
 #pragma once
 
 #include <optional>
 #include <string>
 
+#include "program/phone/library_lines.h"
+
 namespace headsetmgmt::program {
 
-/// No function of the library tells a host that a report was not built; log lines do. Shown every
-/// line, in the order in which the worker writes its own, this finds them. One thread at a time.
+/// Follows the library's lines about reports, in the order in which its worker writes them. One
+/// thread at a time.
 class ReportJudgement {
 public:
-    /// Why, as far as the lines tell, when this one says that a report was not built.
-    std::optional<std::string> on_line(const std::string& line);
+    /// Why, as far as the lines say, when this one says that a report was not built.
+    std::optional<std::string> on_line(const LibraryLine& line);
 
 private:
-    std::string cause;  // of the report that is being built; empty while nothing is known
+    bool lacks_serial_number = false;  // the accessory of the report that is being built
 };
 
 }  // namespace headsetmgmt::program

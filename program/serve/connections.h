@@ -20,6 +20,9 @@
 
 namespace headsetmgmt::program {
 
+/// First line and header of a request, in bytes.
+inline constexpr std::size_t largest_header = 32UL * 1024;
+
 /// How long a connection may take for each of its parts.
 struct TimeLimits {
     std::chrono::milliseconds header = std::chrono::seconds(10);
@@ -81,7 +84,6 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
     enum class Phase { header, refused, body, answer };
-    static constexpr std::size_t largest_header = 32UL * 1024;  // bytes
 
     struct Connection {
         Connection(FileHandle socket, const sockaddr_storage& from, socklen_t length);

@@ -51,13 +51,13 @@ std::string refusal_text(const RequestHeader& header, const std::string& body) {
 }
 
 /// Why a header is refused that is longer than can be read.
-RequestHeader too_long(const std::string& target, std::size_t limit) {
+RequestHeader too_long(const std::string& target) {
     RequestHeader header;
     header.target = target;
     header.status =
         target.empty() ? MHD_HTTP_URI_TOO_LONG : MHD_HTTP_REQUEST_HEADER_FIELDS_TOO_LARGE;
     header.message = std::string(target.empty() ? "the first line" : "the header") + " has " +
-                     std::to_string(limit) + " bytes or more";
+                     std::to_string(largest_header) + " bytes or more";
     return header;
 }
 
@@ -99,7 +99,7 @@ bool Connections::serve_header(Connection& connection, Outcome& outcome) {
     }
     connection.target = target_of(text);
     if (text.size() == largest_header) {
-        refuse(connection, too_long(connection.target, largest_header), outcome);
+        refuse(connection, too_long(connection.target), outcome);
         return true;
     }
     if ((connection.events & (POLLRDHUP | POLLHUP | POLLERR)) != 0) {

@@ -15,6 +15,10 @@ GOOD_RUN = [
     "upgrade desk-headset to 2-1-0 with varos-k30-2-1-0.img",
     "firmware of Varos K20: change from 2-0-4 to 2-1-0 requested",
     "document taken by 1, failed for 0",
+    '  desk-headset (Varos K20) is served by entry 0 of modelSpecificSettings: "Varos K20" (line 10,'
+    " column 13)",
+    '  kept but never sent: Speaker Volume: its access is "User", not "Admin" (commonSettings, line 5,'
+    " column 13)",
     "report to SERVER/inventory: accepted: status 204, 545 bytes sent, # ms",
     "device desk-headset has",
     "  34 Sidetone = medium",

@@ -1,4 +1,4 @@
-// Tests of the events that tell what became of a document.
+// Tests of the events about a document that was handed over.
 
 #include <string>
 #include <vector>
@@ -16,142 +16,222 @@ AccessoryCache headset(const std::string& id, const std::string& model,
     facts.device_id = id;
     facts.model = model;
     facts.serial_number = serial_number;
+    facts.software_version = "2-0-4";
     return facts;
 }
 
 const AccessoryCache k20 = headset("desk", "Varos K30", "ABCDEFG4");
 const AccessoryCache k30 = headset("sofa", "Varos K30", "ABCDEFG5");
 
-/// A judgement of a headset's lines.
-AnswerJudgement judge(const std::vector<std::string>& lines) {
-    AnswerJudgement judged("");
-    for (const std::string& line : lines) {
-        judged.on_line("HeadsetConfigImpl: " + line);
+/// The document handed over to these, who took it unless it fails for them.
+HandedOver hand_over(const std::string& text, const std::vector<AccessoryCache>& accessories) {
+    HandedOver handed_over;
+    handed_over.outcome = read_document(text, accessories, settings_in_an_event);
+    for (std::size_t i = 0; i < accessories.size(); ++i) {
+        const bool is_taken = handed_over.outcome.accessories[i].failure.empty();
+        handed_over.turns.push_back({accessories[i], is_taken, false});
     }
-    return judged;
+    return handed_over;
 }
 
-AnswerJudgement failure_of(const std::string& model) {
-    AnswerJudgement judged =
-        judge({"update_from_server Enter:",
-               "parse_remote_default_config: Current accessory plugged in: " + model,
-               "update_from_server: No reason"});
-    judged.on_line("Lib::ConfigManagerImpl: on_fetch_config_success: unable to update config "
-                   "retrieved from server in library");
-    return judged;
+/// A document for every Varos model.
+std::string with_settings(const std::string& common, const std::string& of_model) {
+    return R"({"templateConfiguration": {"commonSettings": [)" + common +
+           R"(],
+"modelSpecificSettings": [{"models": ["Varos"], "modelFirmware": [
+{"firmwareName": "a.img", "firmwareVersion": "2-1-0", "firmwareParams": [)" +
+           of_model + "]}]}]}}";
 }
 
-AnswerJudgement decision_on(const std::string& model) {
-    return judge({"update_from_server Enter:",
-                  "parse_remote_default_config: Current accessory plugged in: " + model,
-                  "check_firmware_upgrade: FW ver candidate from Configuration: 2-1-0",
-                  "check_firmware_upgrade: System info reported FW: 2-0-4",
-                  "upgrade_firmware: Requesting upgrade to 2-1-0"});
-}
+constexpr char sent_setting[] = R"({"name": "S", "usageId": 34, "value": 1, "access": "Admin"})";
 
-TEST(DocumentEvents, DecisionHasTheIdOfTheOnlyAccessoryOfItsModel) {
+TEST(DocumentEvents, DecisionHasItsAccessoryAndBothVersions) {
     const Event expected = {{"event", "firmware"}, {"model", "Varos K20"},
                             {"id", "desk"},        {"decision", "upgrade requested to 2-1-0"},
                             {"reported", "2-0-4"}, {"wanted", "2-1-0"}};
 
     EXPECT_EQ((std::vector<Event>{expected}),
-              firmware_events(decision_on("Varos K20"), {k20, k30}));
-}
-
-TEST(DocumentEvents, DecisionOnOneOfTwoOfAModelHasNoId) {
-    const std::vector<Event> events =
-        firmware_events(decision_on("Varos K20"), {k20, headset("bed", "Varos K20", "1")});
-
-    ASSERT_EQ(1U, events.size());
-    EXPECT_EQ("Varos K20", events[0].value("model", ""));
-    EXPECT_FALSE(events[0].contains("id"));
+              firmware_events(hand_over(with_settings("", ""), {k20})));
 }
 
 TEST(DocumentEvents, DecisionOnADongleNamesIt) {
-    const std::vector<Event> events = firmware_events(
-        judge({"update_from_server Enter:",
-               "parse_remote_default_config: found dongle [Varos Link], will upgrade dongle only",
-               "upgrade_firmware: Legacy Flow - delegate upgrade to config driver"}),
-        {k20});
-    const Event expected = {
-        {"event", "firmware"}, {"dongleModel", "Varos Link"}, {"decision", "left to the phone"}};
+    AccessoryCache with_dongle = k20;
+    with_dongle.dongle_model = "Varos Link";
+    const std::string text = R"({"templateConfiguration": {"modelSpecificSettings": [
+        {"models": ["Link"], "modelFirmware": [{"firmwareName": "LATEST"}]}]}})";
+    const Event expected = {{"event", "firmware"},
+                            {"model", "Varos K20"},
+                            {"id", "desk"},
+                            {"dongleModel", "Varos Link"},
+                            {"decision", "left to the phone"}};
 
-    EXPECT_EQ((std::vector<Event>{expected}), events);
+    EXPECT_EQ((std::vector<Event>{expected}), firmware_events(hand_over(text, {with_dongle})));
 }
 
 TEST(DocumentEvents, FailureSaysThatItsModelIsReportedAsAnother) {
+    const std::string text = R"({"templateConfiguration": {}})";
+    const std::string reason =
+        "the template has no modelSpecificSettings; is templateConfiguration "
+        "the first member of its object?";
     const Event expected = {
         {"event", "document"},
         {"taken", 0},
-        {"failed", 1},
+        {"failed", 2},
         {"reasons",
-         {"Varos K20 (reported as Varos K30: the eighth character of its serial number is a 4): No "
-          "reason"}},
+         {"Varos K20 (reported as Varos K30: the eighth character of its serial number is a 4): " +
+              reason,
+          "Varos K30: " + reason}},
         {"failures", Event::array({{{"model", "Varos K20"},
                                     {"id", "desk"},
                                     {"reportedModel", "Varos K30"},
-                                    {"reason", "No reason"}}})}};
+                                    {"reason", reason}},
+                                   {{"model", "Varos K30"}, {"id", "sofa"}, {"reason", reason}}})}};
 
-    EXPECT_EQ(expected, document_event(failure_of("Varos K20"), {k20, k30}));
+    EXPECT_EQ(expected, document_event(hand_over(text, {k20, k30})));
 }
 
-TEST(DocumentEvents, FailureOfAModelThatOneOfTwoReportsAsAnotherDoesNotSaySo) {
-    const AccessoryCache bed = headset("bed", "Varos K20", "1");
+TEST(DocumentEvents, FailureOfTheDocumentItselfIsNoAccessorys) {
+    const Event event = document_event(hand_over("oops", {k20}));
 
-    EXPECT_EQ((Event{"Varos K20: No reason"}),
-              document_event(failure_of("Varos K20"), {k20, bed})["reasons"]);
-    EXPECT_EQ((Event{"Varos K20: No reason"}),
-              document_event(failure_of("Varos K20"), {bed, k20})["reasons"]);
+    EXPECT_EQ((Event{"no JSON: line 1, column 1: \"oops\""}), event["reasons"]);
+    EXPECT_EQ((Event::array({{{"reason", "no JSON: line 1, column 1: \"oops\""}}})),
+              event["failures"]);
 }
 
-TEST(DocumentEvents, FailureWithoutAModelIsItsReason) {
-    const Event told = document_event(failure_of(""), {k20});
+TEST(DocumentEvents, LackOfMemoryIsNoFaultOfTheDocument) {
+    HandedOver handed_over = hand_over(with_settings("1", ""), {k20, k30});
+    handed_over.turns[0].is_taken = false;
+    handed_over.turns[0].lacks_memory = true;
 
-    EXPECT_EQ((Event{"No reason"}), told["reasons"]);
-    EXPECT_EQ((Event::array({{{"reason", "No reason"}}})), told["failures"]);
+    const Event event = document_event(handed_over);
+
+    EXPECT_EQ((Event{"memory ran out while the library read the document"}), event["reasons"]);
+    EXPECT_EQ(1, event["taken"]);
+    EXPECT_EQ(1, event["passedOver"][0]["lackedBy"]);
+    EXPECT_EQ(1U, firmware_events(handed_over).size());
+}
+
+TEST(DocumentEvents, FailureThatTheReaderDoesNotKnowIsUnexplained) {
+    HandedOver handed_over = hand_over(with_settings("", ""), {k30});
+    handed_over.turns[0].is_taken = false;
+
+    EXPECT_EQ((Event{"Varos K30: the library does not say why"}),
+              document_event(handed_over)["reasons"]);
+}
+
+TEST(DocumentEvents, EntriesThatServeHaveTheirPlaces) {
+    AccessoryCache with_dongle = k30;
+    with_dongle.dongle_model = "Varos Link";
+    const Event event = document_event(hand_over(with_settings("", ""), {k20, with_dongle}));
+    const Event place = {{"entry", 0}, {"name", "Varos"}, {"line", 2}, {"column", 27}};
+    Event desk = {{"model", "Varos K20"}, {"id", "desk"}};
+    desk.update(place);
+    Event sofa = {{"model", "Varos K30"}, {"id", "sofa"}};
+    sofa.update(place);
+    Event dongle = {{"model", "Varos K30"}, {"id", "sofa"}, {"dongleModel", "Varos Link"}};
+    dongle.update(place);
+
+    EXPECT_EQ((Event{desk, sofa, dongle}), event["entries"]);
+    EXPECT_EQ(3, event["served"]);
+}
+
+TEST(DocumentEvents, EntriesBeyondAHundredAreCounted) {
+    std::vector<AccessoryCache> many(150, k30);
+
+    const Event event = document_event(hand_over(with_settings("", ""), many));
+
+    EXPECT_EQ(100U, event["entries"].size());
+    EXPECT_EQ(150, event["served"]);
 }
 
 TEST(DocumentEvents, PassedOverAndUnsentSettingsHaveTheirAccessories) {
-    const AnswerJudgement judged = judge(
-        {"update_from_server Enter:",
-         "parse_remote_default_config: Current accessory plugged in: Varos K20",
-         "save_config_to_map[KORM-ERR]: Null Value for param T",
-         ("save_config_to_map[KORM-ERR]: Parameter extracted has missing KEY name. Cannot "
-          "identify which parameter."),
-         "save_config_to_map: Saved 2 settings. current map size: 2",
-         "apply_settings: No settings available for firmware", "update_from_server: success"});
+    const Event event = document_event(hand_over(
+        with_settings(
+            R"({"name": "T", "usageId": 1}, {"usageId": 1}, )" + std::string(sent_setting), ""),
+        {k20}));
     const Event desk = {{"model", "Varos K20"}, {"id", "desk"}};
-    const Event expected = {
-        {"event", "document"},
-        {"taken", 1},
-        {"failed", 0},
-        {"notSent",
-         Event::array(
-             {{{"model", "Varos K20"},
-               {"id", "desk"},
-               {"settings", 2},
-               {"reason", "the first entry of its modelFirmware has no firmwareParams"}}})},
-        {"settingsPassedOver", 2},
-        {"passedOver", Event::array({{{"list", "commonSettings"},
-                                      {"name", "T"},
-                                      {"reason", "its value is missing or null"},
-                                      {"accessories", Event::array({desk})},
-                                      {"lackedBy", 1}},
-                                     {{"list", "commonSettings"},
-                                      {"reason", "its name is missing, empty or no text"},
-                                      {"accessories", Event::array({desk})},
-                                      {"lackedBy", 1}}})}};
+    Event unsent = desk;
+    unsent["settings"] = 1;
+    unsent["reason"] = "its firmwareParams have no setting that can be read";
 
-    EXPECT_EQ(expected, document_event(judged, {k20}));
+    EXPECT_EQ((Event::array({unsent})), event["notSent"]);
+    EXPECT_EQ(2, event["settingsPassedOver"]);
+    EXPECT_EQ((Event::array({{{"list", "commonSettings"},
+                              {"name", "T"},
+                              {"reason", "its value is missing or null"},
+                              {"line", 1},
+                              {"column", 47},
+                              {"accessories", Event::array({desk})},
+                              {"lackedBy", 1}},
+                             {{"list", "commonSettings"},
+                              {"reason", "its name is missing, empty or no text"},
+                              {"line", 1},
+                              {"column", 76},
+                              {"accessories", Event::array({desk})},
+                              {"lackedBy", 1}}})),
+              event["passedOver"]);
+    EXPECT_FALSE(event.contains("keptBack"));
+}
+
+TEST(DocumentEvents, SettingOfAnEntryThatTwoAccessoriesPassOverIsOne) {
+    const Event event = document_event(
+        hand_over(with_settings("", std::string("{}, ") + sent_setting), {k20, k30}));
+
+    EXPECT_EQ(1, event["settingsPassedOver"]);
+    ASSERT_EQ(1U, event["passedOver"].size());
+    EXPECT_EQ("firmwareParams", event["passedOver"][0]["list"]);
+    EXPECT_EQ(2, event["passedOver"][0]["lackedBy"]);
+    EXPECT_EQ(2U, event["passedOver"][0]["accessories"].size());
+}
+
+TEST(DocumentEvents, SettingsPassedOverAndTheirAccessoriesBeyondAHundredAreCounted) {
+    std::string faulty = "1";
+    for (int i = 1; i < 150; ++i) {
+        faulty += ",1";
+    }
+    const std::vector<AccessoryCache> many(120, k30);
+
+    const Event event = document_event(hand_over(with_settings(faulty, faulty), many));
+
+    EXPECT_EQ(300, event["settingsPassedOver"]);
+    EXPECT_EQ(100U, event["passedOver"].size());
+    EXPECT_EQ(120, event["passedOver"][0]["lackedBy"]);
+    EXPECT_EQ(100U, event["passedOver"][0]["accessories"].size());
+}
+
+TEST(DocumentEvents, SettingThatIsKeptBackForItsAccessIsReported) {
+    const std::string kept =
+        R"({"name": "V", "usageId": 32, "value": 1, "access": "Administrator"})";
+
+    const Event event = document_event(hand_over(with_settings(kept, sent_setting), {k20, k30}));
+
+    EXPECT_EQ(1, event["settingsKeptBack"]);
+    EXPECT_EQ(
+        (Event::array({{{"list", "commonSettings"},
+                        {"name", "V"},
+                        {"access", "Administrator"},
+                        {"line", 1},
+                        {"column", 47},
+                        {"accessories", Event::array({{{"model", "Varos K20"}, {"id", "desk"}},
+                                                      {{"model", "Varos K30"}, {"id", "sofa"}}})},
+                        {"keptBy", 2}}})),
+        event["keptBack"]);
+}
+
+TEST(DocumentEvents, SettingThatAnotherReplacesIsNotKeptBack) {
+    const std::string replaced = R"({"name": "S", "usageId": 34, "value": 2, "access": "User"})";
+
+    const Event event = document_event(hand_over(with_settings(replaced, sent_setting), {k20}));
+
+    EXPECT_FALSE(event.contains("settingsKeptBack"));
 }
 
 TEST(DocumentEvents, DroppedDocumentSaysSo) {
-    AnswerJudgement judged("");
-    judged.on_line("Lib::ConfigManagerImpl: on_fetch_config_success: no configuration in progress, "
-                   "dropping data");
+    HandedOver handed_over;
+    handed_over.was_dropped = true;
 
     const Event expected = {{"event", "document"}, {"taken", 0}, {"failed", 0}, {"dropped", true}};
-    EXPECT_EQ(expected, document_event(judged, {k20}));
+    EXPECT_EQ(expected, document_event(handed_over));
 }
 
 }  // namespace

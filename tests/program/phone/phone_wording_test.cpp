@@ -167,9 +167,10 @@ TEST(PhoneWording, DocumentWithSettingsThatReachedNoDevice) {
     EXPECT_EQ("document taken by 1, failed for 0\n"
               "  kept but not sent: 1 setting of Varos K20: its modelFirmware has no "
               "firmwareParams\n"
-              "  passed over: T\\x07: its value is missing or null (commonSettings)\n"
+              "  passed over: T\\x07: its value is missing or null (commonSettings, line 3, "
+              "column 5)\n"
               "  passed over: a setting: its name is missing, empty or no text (firmwareParams of "
-              "Varos K20)",
+              "Varos K20, line 8, column 9)",
               phone_event_in_words(
                   {{"event", "document"},
                    {"taken", 1},
@@ -182,9 +183,56 @@ TEST(PhoneWording, DocumentWithSettingsThatReachedNoDevice) {
                     Event::array({{{"list", "commonSettings"},
                                    {"name", "T\x07"},
                                    {"reason", "its value is missing or null"},
+                                   {"line", 3},
+                                   {"column", 5},
                                    {"accessories", Event::array({{{"model", "Varos K20"}}})}},
                                   {{"list", "firmwareParams"},
                                    {"reason", "its name is missing, empty or no text"},
+                                   {"line", 8},
+                                   {"column", 9},
+                                   {"accessories", Event::array({{{"model", "Varos K20"}}})}}})}}));
+}
+
+TEST(PhoneWording, DocumentWithTheEntriesThatServe) {
+    EXPECT_EQ("document taken by 1, failed for 0\n"
+              "  desk (Varos K20) is served by entry 2 of modelSpecificSettings: \"K20\" (line 9, "
+              "column 5)\n"
+              "  desk's dongle Varos Link is served by entry 0 of modelSpecificSettings: \"Link\" "
+              "(line 3, column 5)",
+              phone_event_in_words({{"event", "document"},
+                                    {"taken", 1},
+                                    {"failed", 0},
+                                    {"served", 2},
+                                    {"entries", Event::array({{{"model", "Varos K20"},
+                                                               {"id", "desk"},
+                                                               {"entry", 2},
+                                                               {"name", "K20"},
+                                                               {"line", 9},
+                                                               {"column", 5}},
+                                                              {{"model", "Varos K20"},
+                                                               {"id", "desk"},
+                                                               {"dongleModel", "Varos Link"},
+                                                               {"entry", 0},
+                                                               {"name", "Link"},
+                                                               {"line", 3},
+                                                               {"column", 5}}})}}));
+}
+
+TEST(PhoneWording, DocumentWithASettingThatIsNeverSent) {
+    EXPECT_EQ("document taken by 1, failed for 0\n"
+              "  kept but never sent: V: its access is \"Administrator\", not \"Admin\" "
+              "(firmwareParams of Varos K20, line 3, column 5)",
+              phone_event_in_words(
+                  {{"event", "document"},
+                   {"taken", 1},
+                   {"failed", 0},
+                   {"settingsKeptBack", 1},
+                   {"keptBack",
+                    Event::array({{{"list", "firmwareParams"},
+                                   {"name", "V"},
+                                   {"access", "Administrator"},
+                                   {"line", 3},
+                                   {"column", 5},
                                    {"accessories", Event::array({{{"model", "Varos K20"}}})}}})}}));
 }
 
@@ -195,32 +243,35 @@ Event document_with_passed_over(int count) {
     for (int i = 1; i <= std::min(count, 100); ++i) {
         document["passedOver"].push_back({{"list", "commonSettings"},
                                           {"name", "T" + std::to_string(i)},
-                                          {"reason", "no reason"}});
+                                          {"reason", "no reason"},
+                                          {"line", i},
+                                          {"column", 5}});
     }
     return document;
 }
 
-constexpr char twenty_passed_over[] = "document taken by 1, failed for 0\n"
-                                      "  passed over: T1: no reason (commonSettings)\n"
-                                      "  passed over: T2: no reason (commonSettings)\n"
-                                      "  passed over: T3: no reason (commonSettings)\n"
-                                      "  passed over: T4: no reason (commonSettings)\n"
-                                      "  passed over: T5: no reason (commonSettings)\n"
-                                      "  passed over: T6: no reason (commonSettings)\n"
-                                      "  passed over: T7: no reason (commonSettings)\n"
-                                      "  passed over: T8: no reason (commonSettings)\n"
-                                      "  passed over: T9: no reason (commonSettings)\n"
-                                      "  passed over: T10: no reason (commonSettings)\n"
-                                      "  passed over: T11: no reason (commonSettings)\n"
-                                      "  passed over: T12: no reason (commonSettings)\n"
-                                      "  passed over: T13: no reason (commonSettings)\n"
-                                      "  passed over: T14: no reason (commonSettings)\n"
-                                      "  passed over: T15: no reason (commonSettings)\n"
-                                      "  passed over: T16: no reason (commonSettings)\n"
-                                      "  passed over: T17: no reason (commonSettings)\n"
-                                      "  passed over: T18: no reason (commonSettings)\n"
-                                      "  passed over: T19: no reason (commonSettings)\n"
-                                      "  passed over: T20: no reason (commonSettings)";
+constexpr char twenty_passed_over[] =
+    "document taken by 1, failed for 0\n"
+    "  passed over: T1: no reason (commonSettings, line 1, column 5)\n"
+    "  passed over: T2: no reason (commonSettings, line 2, column 5)\n"
+    "  passed over: T3: no reason (commonSettings, line 3, column 5)\n"
+    "  passed over: T4: no reason (commonSettings, line 4, column 5)\n"
+    "  passed over: T5: no reason (commonSettings, line 5, column 5)\n"
+    "  passed over: T6: no reason (commonSettings, line 6, column 5)\n"
+    "  passed over: T7: no reason (commonSettings, line 7, column 5)\n"
+    "  passed over: T8: no reason (commonSettings, line 8, column 5)\n"
+    "  passed over: T9: no reason (commonSettings, line 9, column 5)\n"
+    "  passed over: T10: no reason (commonSettings, line 10, column 5)\n"
+    "  passed over: T11: no reason (commonSettings, line 11, column 5)\n"
+    "  passed over: T12: no reason (commonSettings, line 12, column 5)\n"
+    "  passed over: T13: no reason (commonSettings, line 13, column 5)\n"
+    "  passed over: T14: no reason (commonSettings, line 14, column 5)\n"
+    "  passed over: T15: no reason (commonSettings, line 15, column 5)\n"
+    "  passed over: T16: no reason (commonSettings, line 16, column 5)\n"
+    "  passed over: T17: no reason (commonSettings, line 17, column 5)\n"
+    "  passed over: T18: no reason (commonSettings, line 18, column 5)\n"
+    "  passed over: T19: no reason (commonSettings, line 19, column 5)\n"
+    "  passed over: T20: no reason (commonSettings, line 20, column 5)";
 
 TEST(PhoneWording, TwentySettingsThatWerePassedOverAreAllTold) {
     EXPECT_EQ(twenty_passed_over, phone_event_in_words(document_with_passed_over(20)));

@@ -1,0 +1,107 @@
+// The search for the model entry that serves a device.
+
+#include "program/document/model_search.h"
+
+#include <vector>
+
+#include <cjson/cJSON.h>
+
+#include "headsetmgmt/constants.h"
+
+#include "config/document.h"
+
+namespace headsetmgmt::program {
+
+namespace {
+
+/// The texts that were compared with the model, in a sentence: the first of them.
+class ComparedNames {
+public:
+    void add(const std::string& name) {
+        constexpr std::size_t enough = 8;
+        ++count;
+        if (count <= enough) {
+            ++listed;
+            names += (names.empty() ? "\"" : ", \"") + name + "\"";
+        }
+    }
+
+    bool is_empty() const { return count == 0; }
+
+    std::string list() const {
+        return count > listed ? names + " and " + std::to_string(count - listed) + " more" : names;
+    }
+
+private:
+    std::size_t count = 0;
+    std::size_t listed = 0;
+    std::string names;
+};
+
+/// Entries whose "models" is a text, which are compared with nothing.
+class EntriesWithAText {
+public:
+    void add(std::size_t index, const cJSON* entry) {
+        const char* text = cJSON_GetStringValue(cJSON_GetObjectItem(entry, constants::key_models));
+        if (text == nullptr) {
+            return;
+        }
+        ++count;
+        if (first.empty()) {
+            first = "entry " + std::to_string(index) +
+                    " is not compared: its models is the text \"" + text + "\", write [\"" + text +
+                    "\"]";
+        }
+    }
+
+    /// With a semicolon before it; empty when there is none.
+    std::string in_words() const {
+        if (count == 0) {
+            return {};
+        }
+        return "; " + first + (count > 1 ? "; nor are " + std::to_string(count - 1) + " more" : "");
+    }
+
+private:
+    std::size_t count = 0;
+    std::string first;
+};
+
+}  // namespace
+
+ModelSearch find_model(const cJSON* configuration_template, const std::string& device_model) {
+    ModelSearch search;
+    const cJSON* entries = document::find_model_entries(configuration_template);
+    if (entries == nullptr) {
+        search.failure = "the template has no modelSpecificSettings";
+        search.details = "; is templateConfiguration the first member of its object?";
+        return search;
+    }
+    ComparedNames compared;
+    EntriesWithAText with_a_text;
+    const cJSON* entry = nullptr;
+    cJSON_ArrayForEach(entry, entries) {
+        for (const std::string& name : document::read_model_names(entry)) {
+            if (document::serves_model(name, device_model)) {
+                search.entry = entry;
+                search.name = name;
+                search.firmware = document::find_model_firmware(entry);
+                search.failure = search.firmware == nullptr ? "its entry has no modelFirmware" : "";
+                return search;
+            }
+            if (!name.empty()) {  // one that is empty, or no text, serves nobody
+                compared.add(name);
+            }
+        }
+        with_a_text.add(search.index, entry);
+        ++search.index;
+    }
+    search.failure = "no entry of modelSpecificSettings serves it";
+    search.details = compared.is_empty()
+                         ? "; not one has an array \"models\" with a name in it"
+                         : "; compared with " + compared.list() + "; capitals count";
+    search.details += with_a_text.in_words();
+    return search;
+}
+
+}  // namespace headsetmgmt::program

@@ -1,0 +1,28 @@
+// The search for the model entry that serves a device.
+
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+struct cJSON;
+
+namespace headsetmgmt::program {
+
+/// The entry that serves a device, or why none does. The node is borrowed from the document.
+struct ModelSearch {
+    const cJSON* entry = nullptr;  ///< null when none serves
+    std::size_t index = 0;         ///< of the entry, from 0
+    std::string name;              ///< of its "models", which serves
+    cJSON* firmware = nullptr;     ///< its "modelFirmware"; null when it has none
+
+    std::string failure;  ///< why there is no firmware; empty when there is
+    std::string details;  ///< what to look at, to follow the failure; may be empty
+};
+
+/// Searches a template for `device_model` as the library does: entries in their order, and the
+/// names of an entry in theirs.
+ModelSearch find_model(const cJSON* configuration_template, const std::string& device_model);
+
+}  // namespace headsetmgmt::program

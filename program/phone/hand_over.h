@@ -1,0 +1,61 @@
+// How the accessories fared with a document that was handed to the library.
+
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "headsetmgmt/phone/host_types.h"
+
+#include "program/phone/library_lines.h"
+
+namespace headsetmgmt::program {
+
+/// How one accessory fared.
+struct Turn {
+    AccessoryCache facts;
+    bool is_taken = false;      ///< it could use the document
+    bool lacks_memory = false;  ///< memory ran out while the library read the document
+};
+
+/// Follows the library while it hands a document to one accessory after the other: what it logs and
+/// which host functions it calls on the thread that called `httpResponse`. One thread.
+class HandOver {
+public:
+    void on_line(const LibraryLine& line);
+
+    /// A host function was called for the accessory.
+    void on_host_call(const std::string& device_id) { current.device_id = device_id; }
+
+    /// An allocation has failed since the line before: the library's parser reports it as a fault
+    /// of the text.
+    void on_lack_of_memory() { current.lacks_memory = true; }
+
+    /// Nobody was waiting for the document.
+    bool was_dropped() const { return dropped; }
+
+    /// The accessories that had their turn, in the order of `waiting`, from which they are taken.
+    /// `waiting` are those that were attached and had no document yet, the earliest first.
+    ///
+    /// The library names none of them. It hands the document to all that were attached before, so
+    /// where neither a host call nor the model tells them apart, the earliest ones had their turn.
+    std::vector<Turn> take_turns(std::vector<AccessoryCache>& waiting) const;
+
+private:
+    /// What is known of an accessory in its turn.
+    struct Trace {
+        std::string device_id;  // empty without a host call
+        std::string model;      // as the library looks it up; empty when it did not get so far
+        bool is_taken = false;
+        bool lacks_memory = false;
+    };
+
+    void end_turn(bool is_taken);
+    std::vector<const Trace*> assign(const std::vector<AccessoryCache>& waiting) const;
+
+    Trace current;
+    std::vector<Trace> ended;
+    bool dropped = false;
+};
+
+}  // namespace headsetmgmt::program
