@@ -74,18 +74,17 @@ Excerpt excerpt(std::string_view text, std::size_t begin, std::size_t end) {
     if (line_end > begin && text[line_end - 1] == '\r') {
         --line_end;
     }
-    std::size_t shown_begin = line_begin;
-    if (begin - line_begin > enough) {
-        shown_begin = begin - enough;
-        const std::string_view ahead = text.substr(line_begin, begin - line_begin);
-        const std::size_t cut = line_begin + cut_between_characters(ahead, ahead.size() - enough);
-        shown_begin = cut < shown_begin ? cut + utf8_length(text, cut) : cut;
+    const std::string_view ahead = text.substr(line_begin, begin - line_begin);
+    std::size_t hidden = ahead.size() > enough ? ahead.size() - enough : 0;
+    const std::size_t whole = cut_between_characters(ahead, hidden);
+    if (whole < hidden) {
+        hidden = whole + utf8_length(ahead, whole);  // the character on the cut is hidden, too
     }
     const std::string_view rest = text.substr(begin, line_end - begin);
     const std::size_t shown = cut_between_characters(rest, enough);
     const std::size_t marked = std::min(std::max(begin, end) - begin, shown);
-    return {text.substr(shown_begin, begin - shown_begin), rest.substr(0, marked),
-            rest.substr(marked, shown - marked), shown_begin > line_begin, shown < rest.size()};
+    return {ahead.substr(hidden), rest.substr(0, marked), rest.substr(marked, shown - marked),
+            hidden > 0, shown < rest.size()};
 }
 
 }  // namespace headsetmgmt::program::json

@@ -45,10 +45,10 @@ std::optional<Escape> u_escape_at(std::string_view text, std::size_t offset, std
         return Escape{bytes_of_u_escape, first};
     }
     const std::size_t second_offset = offset + bytes_of_u_escape;
-    if (first >= 0xdc00 || end - second_offset < bytes_of_u_escape ||
-        text.substr(second_offset, 2) != "\\u") {
+    if (first >= 0xdc00 || text.substr(second_offset, 2) != "\\u") {
         return std::nullopt;
     }
+    // Where the string ends too early, its quotation mark is not a digit.
     const unsigned int second = hexadecimal(text.substr(second_offset + 2, 4));
     if (second < 0xdc00 || second > 0xdfff) {
         return std::nullopt;

@@ -53,6 +53,7 @@ TEST(Places, ByteThatIsNotUtf8IsOneColumn) {
     EXPECT_EQ((Place{1, 5}), place_at("\xf0\x80\x80\x80x", 4));  // the same
     EXPECT_EQ((Place{1, 4}), place_at("\xed\xa0\x80x", 3));      // half of a surrogate pair
     EXPECT_EQ((Place{1, 5}), place_at("\xf4\x90\x80\x80x", 4));  // behind the last character
+    EXPECT_EQ((Place{1, 5}), place_at("\xf5\x80\x80\x80x", 4));  // the same
     EXPECT_EQ((Place{1, 2}), place_at("\x80x", 1));
 }
 

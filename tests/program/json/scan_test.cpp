@@ -134,9 +134,9 @@ TEST(Scan, UEscapeTakesAnyFourBytes) {
 TEST(Scan, SurrogatesMustBePairs) {
     EXPECT_EQ("taken, left: ", verdict(R"("\ud83d\ude00")"));
     EXPECT_EQ("taken, left: ", verdict(R"("\uDBFF\uDFFF")"));
-    for (const char* wrong :
-         {R"("\ude00")", R"("\ud83d")", R"("\ud83d\u0041")", R"("\ud83dxude00")",
-          R"("\ud83d\nde000")", R"("\ud83d\ude0")", R"("\ud83d\ud83d")"}) {
+    for (const char* wrong : {R"("\ude00")", R"("\ude00\ude00")", R"("\ud83d\ue000")",
+                              R"("\ud83d")", R"("\ud83d\u0041")", R"("\ud83dxude00")",
+                              R"("\ud83d\nde000")", R"("\ud83d\ude0")", R"("\ud83d\ud83d")"}) {
         EXPECT_EQ("stops at: " + std::string(wrong + 1), verdict(wrong));
     }
 }
