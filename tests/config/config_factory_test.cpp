@@ -87,7 +87,7 @@ TEST(ConfigFactory, DeletingNothingDoesNothing) {
     EXPECT_EQ(0U, bench.plugins.mutex_factory.deleted());
 }
 
-TEST(ConfigFactory, DeletedObjectGivesBackItsLocksAndItsAccessory) {
+TEST(ConfigFactory, DeletedObjectReleasesItsLocksAndItsAccessory) {
     ConfigBench bench;
     config::ConfigInterface* config = create_config("acc-1", &bench.accessory);
     EXPECT_EQ(2, bench.accessory.shared->alive);

@@ -73,7 +73,7 @@ TEST(ConfigObject, RetriesAreWhatWasSet) {
     EXPECT_EQ(3, config.get_config_retries());
 }
 
-TEST(ConfigObject, UpgradeRequestIsHandedToTheHostAsItIs) {
+TEST(ConfigObject, UpgradeRequestIsPassedToTheHostUnchanged) {
     ConfigBench bench;
     OpenConfig config("acc-1", &bench.accessory);
 
@@ -93,7 +93,7 @@ TEST(ConfigObject, FailureToMakeTheSecondLockLeavesNothingBehind) {
     EXPECT_EQ(1, bench.accessory.shared->alive);
 }
 
-TEST(ConfigReset, SendsEverySettingAndIsTold) {
+TEST(ConfigReset, SendsEverySettingAndIsLogged) {
     ConfigBench bench;
     OpenConfig config("acc-1", &bench.accessory);
     config.set_map_entry(7, ConfigParam{7, "seven", "70", "User"});

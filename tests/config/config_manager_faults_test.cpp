@@ -242,7 +242,7 @@ TEST(ConfigManagerFaults, OfAnExhaustedDispatcherPassOnAndEndTheRun) {
     expect_new_runs(bench);
 }
 
-TEST(ConfigManagerFaults, OfTheDriverThatIsToldOfARefusedFetchEndTheRun) {
+TEST(ConfigManagerFaults, OfTheDriverThatIsNotifiedOfARefusedFetchEndTheRun) {
     ManagerBench bench;
     bench.add_fake("a");
     bench.manager().configure_accessory("a", "");
@@ -254,7 +254,7 @@ TEST(ConfigManagerFaults, OfTheDriverThatIsToldOfARefusedFetchEndTheRun) {
     expect_new_runs(bench);
 }
 
-TEST(ConfigManagerFaults, OfTheDriverThatIsToldOfAPendingFetchLeaveTheRunToItsAnswer) {
+TEST(ConfigManagerFaults, OfTheDriverThatIsNotifiedOfAPendingFetchLeaveTheRunToItsAnswer) {
     ManagerBench bench;
     bench.add_fake("a");
     bench.manager().configure_accessory("a", "");
@@ -268,7 +268,7 @@ TEST(ConfigManagerFaults, OfTheDriverThatIsToldOfAPendingFetchLeaveTheRunToItsAn
     expect_new_runs(bench);
 }
 
-TEST(ConfigManagerFaults, OfTheDriverThatIsToldOfAnUnusableDocumentEndTheRun) {
+TEST(ConfigManagerFaults, OfTheDriverThatIsNotifiedOfAnUnusableDocumentEndTheRun) {
     ManagerBench bench;
     bench.add_fake("a")->script->accepts_document = false;
     bench.manager().configure_accessory("a", "");
@@ -287,7 +287,7 @@ TEST(ConfigManagerFaults, OfTheDriverThatIsToldOfAnUnusableDocumentEndTheRun) {
     expect_new_runs(bench);
 }
 
-TEST(ConfigManagerFaults, OfTheDriverThatAreNoExceptionsEndTheRun) {
+TEST(ConfigManagerFaults, OfTheDriverThatAreNotExceptionsEndTheRun) {
     ManagerBench bench;
     bench.add_fake("a")->script->accepts_document = false;
     bench.manager().configure_accessory("a", "");
@@ -365,7 +365,7 @@ TEST(ConfigManagerFaults, OfOneObjectsParseLetTheOtherHaveItsDocument) {
     expect_new_runs(bench);
 }
 
-TEST(ConfigManagerFaults, OfOneObjectsParseThatAreNoExceptionsLetTheOtherHaveItsDocument) {
+TEST(ConfigManagerFaults, OfOneObjectsParseThatAreNotExceptionsLetTheOtherHaveItsDocument) {
     ManagerBench bench;
     bench.add_fake("a")->script->on_document = [] { throw 7; };
     FakeConfig* other = bench.add_fake("b");

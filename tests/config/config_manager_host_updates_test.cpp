@@ -25,14 +25,14 @@ TEST(ConfigManagerHostUpdate, GoesToTheAccessorysObjectUnchanged) {
     EXPECT_EQ((Lines{"Sidetone|34|3"}), object->script->host_settings);
 }
 
-TEST(ConfigManagerHostUpdate, AnswersTrueWhateverTheObjectAnswered) {
+TEST(ConfigManagerHostUpdate, ReturnsTrueWhateverTheObjectReturned) {
     ManagerBench bench;
     bench.add_fake("a")->script->accepts_setting = false;
 
     EXPECT_TRUE(bench.manager().update_config_from_host("a", "Bluetooth", 39, "1"));
 }
 
-TEST(ConfigManagerHostUpdate, OfAnUnknownAccessoryAnswersFalse) {
+TEST(ConfigManagerHostUpdate, OfAnUnknownAccessoryReturnsFalse) {
     ManagerBench bench;
 
     EXPECT_FALSE(bench.manager().update_config_from_host("a", "Sidetone", 34, "3"));
@@ -43,7 +43,7 @@ TEST(ConfigManagerHostUpdate, OfAnUnknownAccessoryAnswersFalse) {
         bench.take_lines());
 }
 
-TEST(ConfigManagerHostUpdate, ThatThrowsAnExceptionLogsItsTextAndAnswersFalse) {
+TEST(ConfigManagerHostUpdate, ThatThrowsAnExceptionLogsItsTextAndReturnsFalse) {
     ManagerBench bench;
     bench.add_fake("a")->script->on_setting = [] { throw std::runtime_error("no room left"); };
 
@@ -65,7 +65,7 @@ TEST(ConfigManagerHostUpdate, LetsAnythingElseThatIsThrownPassAndTheRegistryFree
     EXPECT_EQ(0, bench.plugins.mutex_factory.held());
 }
 
-TEST(ConfigManagerRetrieval, AnswersTheObjectsSettings) {
+TEST(ConfigManagerRetrieval, ReturnsTheObjectsSettings) {
     ManagerBench bench;
     bench.add_fake("a")->script->settings = {{34, {34, "Sidetone", "3", "User"}}};
 
@@ -79,7 +79,7 @@ TEST(ConfigManagerRetrieval, AnswersTheObjectsSettings) {
     EXPECT_EQ("User", settings.at(34).access);
 }
 
-TEST(ConfigManagerRetrieval, OfAnUnknownAccessoryWarnsAndAnswersNothing) {
+TEST(ConfigManagerRetrieval, OfAnUnknownAccessoryWarnsAndReturnsNothing) {
     ManagerBench bench;
 
     EXPECT_TRUE(bench.manager().retrieve_config("a").empty());
@@ -90,7 +90,7 @@ TEST(ConfigManagerRetrieval, OfAnUnknownAccessoryWarnsAndAnswersNothing) {
               bench.take_lines());
 }
 
-TEST(ConfigManagerRetrieval, OfOneSettingAnswersItsNameAndEntersTwice) {
+TEST(ConfigManagerRetrieval, OfOneSettingReturnsItsNameAndEntersTwice) {
     ManagerBench bench;
     bench.add_fake("a")->script->settings = {{34, {34, "Sidetone", "3", "User"}}};
 
@@ -101,7 +101,7 @@ TEST(ConfigManagerRetrieval, OfOneSettingAnswersItsNameAndEntersTwice) {
               bench.take_lines());
 }
 
-TEST(ConfigManagerRetrieval, OfASettingThatTheAccessoryLacksAnswersAnEmptyText) {
+TEST(ConfigManagerRetrieval, OfASettingThatTheAccessoryLacksReturnsAnEmptyText) {
     ManagerBench bench;
     bench.add_fake("a")->script->settings = {{34, {34, "Sidetone", "3", "User"}}};
 
@@ -112,7 +112,7 @@ TEST(ConfigManagerRetrieval, OfASettingThatTheAccessoryLacksAnswersAnEmptyText) 
               bench.take_lines());
 }
 
-TEST(ConfigManagerRetrieval, OfOneSettingOfAnUnknownAccessoryWarnsAndAnswersAnEmptyText) {
+TEST(ConfigManagerRetrieval, OfOneSettingOfAnUnknownAccessoryWarnsAndReturnsAnEmptyText) {
     ManagerBench bench;
 
     EXPECT_EQ("", bench.manager().retrieve_config("a", 34));
@@ -124,7 +124,7 @@ TEST(ConfigManagerRetrieval, OfOneSettingOfAnUnknownAccessoryWarnsAndAnswersAnEm
               bench.take_lines());
 }
 
-TEST(ConfigManagerReset, AnswersWhatTheObjectAnswers) {
+TEST(ConfigManagerReset, ReturnsTheObjectsResult) {
     ManagerBench bench;
     FakeConfig* object = bench.add_fake("a");
 
@@ -137,7 +137,7 @@ TEST(ConfigManagerReset, AnswersWhatTheObjectAnswers) {
     EXPECT_EQ(2, object->script->resets);
 }
 
-TEST(ConfigManagerReset, OfAnUnknownAccessoryAnswersFalse) {
+TEST(ConfigManagerReset, OfAnUnknownAccessoryReturnsFalse) {
     ManagerBench bench;
 
     EXPECT_FALSE(bench.manager().reset_to_admin_defaults("a"));

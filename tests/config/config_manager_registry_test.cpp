@@ -115,7 +115,7 @@ TEST(ConfigManagerInstance, MakesARecursiveMutexAndThenAPlainOne) {
     EXPECT_EQ((std::vector<bool>{true, false}), bench.plugins.mutex_factory.recursive_choices());
 }
 
-TEST(ConfigManagerInstance, HandsTheRegistryMutexBackBeforeTheFlagMutex) {
+TEST(ConfigManagerInstance, DeletesTheRegistryMutexBeforeTheFlagMutex) {
     ManagerBench bench;
     NumberingMutexFactory factory;
     Plugins record = bench.plugins.record;
@@ -145,7 +145,7 @@ TEST(ConfigManagerInstance, DeletesEveryObjectWithoutALineBeforeItsMutexes) {
     EXPECT_EQ(bench.plugins.mutex_factory.made(), bench.plugins.mutex_factory.deleted());
 }
 
-TEST(ConfigManagerRegistry, WarnsOfAnUnknownIdAndAnswersNull) {
+TEST(ConfigManagerRegistry, WarnsOfAnUnknownIdAndReturnsNull) {
     ManagerBench bench;
 
     EXPECT_EQ(nullptr, bench.manager().get_config_object("a"));
@@ -154,7 +154,7 @@ TEST(ConfigManagerRegistry, WarnsOfAnUnknownIdAndAnswersNull) {
         bench.take_lines());
 }
 
-TEST(ConfigManagerRegistry, AnswersTheObjectThatWasAddedWithoutALine) {
+TEST(ConfigManagerRegistry, ReturnsTheObjectThatWasAddedWithoutALine) {
     ManagerBench bench;
     FakeConfig* object = bench.add_fake("a");
 
@@ -174,7 +174,7 @@ TEST(ConfigManagerRegistry, ReplacesAnObjectUnderATakenIdWithoutDeletingIt) {
     EXPECT_EQ("a", first->get_accessory_id());
 }
 
-TEST(ConfigManagerRegistry, TellsOfAnAccessoryThatItFound) {
+TEST(ConfigManagerRegistry, LogsAnAccessoryThatItFound) {
     ManagerBench bench;
     FakeConfig* object = bench.add_fake("a");
 
@@ -184,7 +184,7 @@ TEST(ConfigManagerRegistry, TellsOfAnAccessoryThatItFound) {
               bench.take_lines());
 }
 
-TEST(ConfigManagerRegistry, TellsNothingMoreOfAnAccessoryThatItDidNotFind) {
+TEST(ConfigManagerRegistry, LogsNothingMoreOfAnAccessoryThatItDidNotFind) {
     ManagerBench bench;
 
     EXPECT_EQ(nullptr, bench.manager().get_accessory("a"));
@@ -282,7 +282,7 @@ TEST(ConfigManagerAttach, ForTheSecondTimeRefreshesTheOneObject) {
     EXPECT_EQ(1u, bench.queued());
 }
 
-TEST(ConfigManagerAttach, OfAnAccessoryOfNoKnownTypeAnswersNothingAndConfiguresNothing) {
+TEST(ConfigManagerAttach, OfAnAccessoryOfNoKnownTypeReturnsNothingAndConfiguresNothing) {
     ManagerBench bench;
     bench.headset.type = UNKNOWN;
 
@@ -298,7 +298,7 @@ TEST(ConfigManagerAttach, OfAnAccessoryOfNoKnownTypeAnswersNothingAndConfiguresN
     EXPECT_EQ(0u, bench.queued());
 }
 
-TEST(ConfigManagerAttach, OfAnAccessoryThatNeedsNoConfiguringAnswersNothing) {
+TEST(ConfigManagerAttach, OfAnAccessoryThatNeedsNoConfiguringReturnsNothing) {
     ManagerBench bench;
     FakeConfig* object = bench.add_fake("a");
     object->script->required = false;

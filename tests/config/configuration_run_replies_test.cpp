@@ -107,7 +107,7 @@ TEST(ConfigurationRunSuccess,
     EXPECT_EQ((Lines{"document"}), other->script->documents);
 }
 
-TEST(ConfigurationRunSuccess, TellsOfAnEmptyPlaceInThePendingSetAndGoesOn) {
+TEST(ConfigurationRunSuccess, LogsAnEmptyPlaceInThePendingSetAndGoesOn) {
     ManagerBench bench;
     FakeConfig* object = start_pending_run(bench);
     bench.manager().mark_config_object_pending(nullptr);
@@ -147,7 +147,7 @@ TEST(ConfigurationRunFailure, IsDroppedWhenNoRunIsUnderWay) {
     EXPECT_EQ(0u, bench.queued());
 }
 
-TEST(ConfigurationRunFailure, WithAnEmptyPendingSetEndsTheRunAndAnswersFalse) {
+TEST(ConfigurationRunFailure, WithAnEmptyPendingSetEndsTheRunAndReturnsFalse) {
     ManagerBench bench;
     bench.manager().set_configure_accessory_pending(true);
 
@@ -191,7 +191,7 @@ TEST(ConfigurationRunFailure, IsRetriedWithoutEndOrBackOffFromTheFirstServer) {
     EXPECT_TRUE(bench.manager().is_configure_accessory_pending());
 }
 
-TEST(ConfigurationRunFailure, AsksServerZeroForEveryRetryOfAHeadset) {
+TEST(ConfigurationRunFailure, AsksServerZeroForeveryRetryOfAHeadset) {
     ManagerBench bench;
     bench.plugins.system_info.config_url = "tftp://{tftp}/file.json";
     bench.plugins.system_info.tftp_servers = {"first", "second"};
@@ -354,7 +354,7 @@ TEST(ConfigurationRunFailure, IsFetchedAgainAfterARetryThatNeverRan) {
     EXPECT_EQ(1u, requests_of_queued_tasks(bench));
 }
 
-TEST(ConfigurationRunFailure, BeyondAHundredQueuedFetchesQueuesNothingAndAnswersTrue) {
+TEST(ConfigurationRunFailure, BeyondAHundredQueuedFetchesQueuesNothingAndReturnsTrue) {
     ManagerBench bench;
     start_pending_run(bench);
     for (int reported = 0; reported < 100; ++reported) {

@@ -123,7 +123,7 @@ TEST(ConfigurationRunPendingSet, HoldsAnObjectOnceHoweverOftenItIsMarked) {
     EXPECT_EQ(object, bench.manager().get_pending_config_object(0));
 }
 
-TEST(ConfigurationRunPendingSet, AnswersNullPastItsLastObject) {
+TEST(ConfigurationRunPendingSet, ReturnsNullPastItsLastObject) {
     ManagerBench bench;
     bench.manager().mark_config_object_pending(bench.add_fake("a"));
 
@@ -172,7 +172,7 @@ TEST(ConfigurationRunFetch, AsksTheDispatcherWithUrlAndRequesterAlone) {
     EXPECT_EQ("document", document);
 }
 
-TEST(ConfigurationRunFetch, AnswersAnyStatusOfTheDispatcherUnchanged) {
+TEST(ConfigurationRunFetch, ReturnsAnyStatusOfTheDispatcherUnchanged) {
     ManagerBench bench;
     std::string document;
     bench.answer_with(REQUEST_PENDING, "");
@@ -208,7 +208,7 @@ TEST(ConfigurationRunTask, WithoutAConfigurationEndsTheRun) {
     EXPECT_EQ(Lines{}, bench.urls());
 }
 
-TEST(ConfigurationRunTask, HandsADocumentThatIsThereAtOnceOut) {
+TEST(ConfigurationRunTask, HandsOutADocumentThatIsThereAtOnce) {
     ManagerBench bench;
     FakeConfig* object = bench.add_fake("a");
     bench.manager().configure_accessory("a", "");
@@ -246,7 +246,7 @@ TEST(ConfigurationRunTask, EndsTheRunWhenTheDocumentCannotBeFetched) {
     EXPECT_EQ(0u, bench.manager().get_number_of_pending_configs());
 }
 
-TEST(ConfigurationRunTask, OfThreeAccessoriesTellsTheirNumberAndNoId) {
+TEST(ConfigurationRunTask, OfThreeAccessoriesLogsTheirNumberAndNoId) {
     ManagerBench bench;
     bench.add_fake("a");
     bench.add_fake("b");
@@ -283,7 +283,7 @@ TEST(ConfigurationRunTask, LeavesTheRunOpenWhenTheAnswerComesLater) {
     EXPECT_EQ(1u, bench.manager().get_number_of_pending_configs());
 }
 
-TEST(ConfigurationRunTask, OfSeveralAccessoriesThatIsPendingTellsTheDriverNoId) {
+TEST(ConfigurationRunTask, OfSeveralAccessoriesThatIsPendingGivesTheDriverNoId) {
     ManagerBench bench;
     bench.add_fake("a");
     bench.add_fake("b");
@@ -295,7 +295,7 @@ TEST(ConfigurationRunTask, OfSeveralAccessoriesThatIsPendingTellsTheDriverNoId) 
     EXPECT_EQ((Lines{R"(on_pending("", REQUEST_PENDING))"}), bench.take_driver_calls());
 }
 
-TEST(ConfigurationRunTask, EndsTheRunOnAnUnknownStatusWithoutTellingTheDriver) {
+TEST(ConfigurationRunTask, EndsTheRunOnAnUnknownStatusWithoutNotifyingTheDriver) {
     ManagerBench bench;
     bench.add_fake("a");
     bench.manager().configure_accessory("a", "");

@@ -15,7 +15,7 @@ namespace {
 
 using config::ApplyType;
 
-TEST(SaveConfigToMap, StoresEachParameterAndTellsHowManyThereAre) {
+TEST(SaveConfigToMap, StoresEachParameterAndLogsTheirNumber) {
     ConfigBench bench;
     OpenConfig config("acc-1", &bench.accessory);
     const JsonOwner params = parse(R"([
@@ -37,7 +37,7 @@ TEST(SaveConfigToMap, StoresEachParameterAndTellsHowManyThereAre) {
         bench.lines());
 }
 
-TEST(SaveConfigToMap, EachFaultyParameterIsToldAndPassedOver) {
+TEST(SaveConfigToMap, EachFaultyParameterIsLoggedAndSkipped) {
     ConfigBench bench;
     OpenConfig config("acc-1", &bench.accessory);
     const JsonOwner params = parse(R"([
@@ -197,7 +197,7 @@ TEST(SaveCommonSettings, AreNotSentToTheDevice) {
     EXPECT_EQ(Calls{}, bench.driver_calls());
 }
 
-TEST(SaveCommonSettings, ErrorWhileStoringIsToldDirectlyAfterTheTag) {
+TEST(SaveCommonSettings, ErrorWhileStoringIsLoggedDirectlyAfterTheTag) {
     ConfigBench bench;
     OpenConfig config("acc-1", &bench.accessory);
     const JsonOwner node = parse(R"({"commonSettings": [
@@ -247,7 +247,7 @@ TEST(ExtractModelFirmware, FirstMatchingNameOfTheFirstMatchingEntryWins) {
         bench.lines());
 }
 
-TEST(ExtractModelFirmware, TemplateWithoutModelSettingsIsTold) {
+TEST(ExtractModelFirmware, TemplateWithoutModelSettingsIsLogged) {
     ConfigBench bench;
     OpenConfig config("acc-1", &bench.accessory);
     const JsonOwner node = parse(R"({"updatedTime": 1})");
@@ -261,7 +261,7 @@ TEST(ExtractModelFirmware, TemplateWithoutModelSettingsIsTold) {
               bench.lines());
 }
 
-TEST(ExtractModelFirmware, NoMatchGivesNothingAndSaysNoMore) {
+TEST(ExtractModelFirmware, NoMatchGivesNothingAndLogsNoMore) {
     ConfigBench bench;
     OpenConfig config("acc-1", &bench.accessory);
     const JsonOwner node = parse(R"({"modelSpecificSettings": [

@@ -27,7 +27,7 @@ TEST(UpdateFromServer, EmptyTextIsNothingToParse) {
               bench.lines());
 }
 
-TEST(UpdateFromServer, UnparsableTextIsToldFromThePlaceOfTheErrorOn) {
+TEST(UpdateFromServer, UnparsableTextIsLoggedFromThePlaceOfTheErrorOn) {
     ConfigBench bench;
     OpenConfig config("acc-1", &bench.accessory);
     config.set_map_entry(1, ConfigParam{1, "kept", "1", "Admin"});
@@ -42,7 +42,7 @@ TEST(UpdateFromServer, UnparsableTextIsToldFromThePlaceOfTheErrorOn) {
     EXPECT_EQ((Settings{"1 kept=1 (Admin)"}), settings_of(config));
 }
 
-TEST(UpdateFromServer, DocumentWithoutATemplateIsToldTwice) {
+TEST(UpdateFromServer, DocumentWithoutATemplateIsLoggedTwice) {
     ConfigBench bench;
     OpenConfig config("acc-1", &bench.accessory);
     config.set_map_entry(1, ConfigParam{1, "kept", "1", "Admin"});
@@ -118,7 +118,7 @@ TEST(UpdateFromServer, TemplateWithoutATimeKeepsTheTimeOfTheDocumentBefore) {
     EXPECT_EQ(1700.5, config.last_updated_time);
 }
 
-TEST(UpdateFromServer, TimeThatIsNoNumberReadsAsZero) {
+TEST(UpdateFromServer, TimeThatIsNotANumberReadsAsZero) {
     ConfigBench bench;
     OpenConfig config("acc-1", &bench.accessory);
     config.update_from_server(R"({"templateConfiguration": {"updatedTime": 1700}})");
@@ -145,7 +145,7 @@ TEST(UpdateFromServer, SettingsOfAnEarlierDocumentStay) {
     EXPECT_EQ((Settings{"1 a=1 (Admin)", "2 b=2 (User)"}), settings_of(config));
 }
 
-TEST(UpdateFromServer, FirstParseIsNoModelChange) {
+TEST(UpdateFromServer, FirstParseIsNotAModelChange) {
     ConfigBench bench;
     bench.accessory.model = "Varos K20";
     OpenConfig config("acc-1", &bench.accessory);
@@ -173,7 +173,7 @@ TEST(UpdateFromServer, ModelThatOnlyChangesItsCaseIsAnotherModel) {
     EXPECT_EQ(Settings{}, settings_of(config));
 }
 
-TEST(UpdateFromServer, ModelThatIsLostIsAChangeAndItsReturnIsNone) {
+TEST(UpdateFromServer, ModelThatIsLostIsAChangeAndItsReturnIsNot) {
     ConfigBench bench;
     bench.accessory.model = "Varos K20";
     OpenConfig config("acc-1", &bench.accessory);
@@ -193,7 +193,7 @@ TEST(UpdateFromServer, ModelThatIsLostIsAChangeAndItsReturnIsNone) {
     EXPECT_EQ((Settings{"2 b=2 (Admin)"}), settings_of(config));
 }
 
-TEST(UpdateFromServer, ModelIsTheMarketedOneThatTheSerialNumberTells) {
+TEST(UpdateFromServer, ModelIsTheMarketedOneThatTheSerialNumberDetermines) {
     ConfigBench bench;
     bench.accessory.model = "Varos K30";
     bench.accessory.serial_number = "ABCDEFG4";
@@ -219,7 +219,7 @@ TEST(UpdateFromServer, MissingFirmwareNameFailsTheDocument) {
         "modelSpecificSettings": [{"models": ["Varos"], "modelFirmware": [{}]}]}})"));
 }
 
-TEST(UpdateFromServer, EmptyFirmwareVersionAsksNothingAndPassesTheDocument) {
+TEST(UpdateFromServer, EmptyFirmwareVersionRequestsNothingAndPassesTheDocument) {
     ConfigBench bench;
     bench.accessory.model = "Varos K20";
     bench.accessory.software_version = "1-0";
@@ -283,7 +283,7 @@ TEST(UpdateFromServer, ErrorWhileStoringDoesNotHoldTheFirmwareBack) {
     EXPECT_EQ((Calls{R"(request_upgrade("acc-1", "1-1", "k20.bin"))"}), bench.driver_calls());
 }
 
-TEST(UpdateFromServer, ObjectsThatParseAtTheSameTimeEachTellTheirOwnError) {
+TEST(UpdateFromServer, ObjectsThatParseAtTheSameTimeEachLogTheirOwnError) {
     constexpr std::ptrdiff_t rounds = 300;
     ConfigBench bench;
     OpenConfig first("acc-1", &bench.accessory);
@@ -330,7 +330,7 @@ struct CountedJsonBlocks {
     CountedJsonBlocks& operator=(const CountedJsonBlocks&) = delete;
 };
 
-TEST(UpdateFromServer, TreeIsFreedBeforeSuccessIsToldAndAfterAFailureIs) {
+TEST(UpdateFromServer, TreeIsFreedBeforeSuccessIsLoggedAndAfterAFailureIs) {
     struct Document {
         const char* text;
         const char* last_line;

@@ -38,7 +38,7 @@ std::string with_firmware(const std::string& model, const std::string& name,
            version + R"("}]}]}})";
 }
 
-TEST(LongNames, OfASettingAreStoredSentAndTold) {
+TEST(LongNames, OfASettingAreStoredSentAndLogged) {
     ConfigBench bench;
     bench.accessory.model = "K20";
     OpenConfig config("acc-1", &bench.accessory);
@@ -59,7 +59,7 @@ TEST(LongNames, OfASettingAreStoredSentAndTold) {
                            " : (usage id: 7 , value: v)");
 }
 
-TEST(LongNames, OfAFaultySettingAreTold) {
+TEST(LongNames, OfAFaultySettingAreLogged) {
     ConfigBench bench;
     OpenConfig config("acc-1", &bench.accessory);
     const std::string name(megabyte, 'n');
@@ -89,7 +89,7 @@ TEST(LongNames, OfAModelAreComparedToTheirEnd) {
     }
 }
 
-TEST(LongNames, OfFirmwareAreAskedFor) {
+TEST(LongNames, OfFirmwareAreRequested) {
     ConfigBench bench;
     bench.accessory.model = "K20";
     bench.accessory.software_version = "1";

@@ -87,7 +87,7 @@ TEST(DocumentNumbers, LeadingZerosAndExponentsAreRead) {
     EXPECT_EQ(stored_as("3"), outcome_of_number("3."));
 }
 
-TEST(DocumentNumbers, OnesThatAreNoneRefuseTheDocument) {
+TEST(DocumentNumbers, InvalidOnesRefuseTheDocument) {
     EXPECT_EQ(refused_at("-"), outcome_of_number("-"));
     EXPECT_EQ(refused_at("+1"), outcome_of_number("+1"));
     EXPECT_EQ(refused_at(".5"), outcome_of_number(".5"));

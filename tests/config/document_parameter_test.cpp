@@ -206,7 +206,7 @@ TEST(DocumentParameter, MissingOrEmptyAccessIsRefused) {
               fault_of(R"({"name": "n", "usageId": 1, "value": 1, "access": null})"));
 }
 
-TEST(DocumentParameter, AccessThatIsNoTextIsRefused) {
+TEST(DocumentParameter, AccessThatIsNotATextIsRefused) {
     EXPECT_EQ(ParameterFault::invalid_access,
               fault_of(R"({"name": "n", "usageId": 1, "value": 1, "access": 1})"));
     EXPECT_EQ(ParameterFault::invalid_access,
@@ -222,12 +222,12 @@ TEST(DocumentParameter, MissingOrEmptyNameIsRefused) {
               fault_of(R"({"name": null, "usageId": 1, "value": 1, "access": "a"})"));
 }
 
-TEST(DocumentParameter, NameThatIsNoTextIsRefused) {
+TEST(DocumentParameter, NameThatIsNotATextIsRefused) {
     EXPECT_EQ(ParameterFault::missing_name,
               fault_of(R"({"name": 5, "usageId": 1, "value": 1, "access": "a"})"));
 }
 
-TEST(DocumentParameter, ElementThatIsNoObjectHasNoName) {
+TEST(DocumentParameter, ElementThatIsNotAnObjectHasNoName) {
     EXPECT_EQ(ParameterFault::missing_name, fault_of("5"));
     EXPECT_EQ(ParameterFault::missing_name, fault_of(R"("volume")"));
     EXPECT_EQ(ParameterFault::missing_name, fault_of(R"(["volume", 1, 1, "Admin"])"));

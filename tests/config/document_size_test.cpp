@@ -256,7 +256,7 @@ TEST_P(DocumentOfBytes, ThatIsOneLongValueIsSentWhole) {
     EXPECT_TRUE(bench.lines.complete()) << bench.lines.first_difference.substr(0, 200);
 }
 
-TEST_P(DocumentOfBytes, ThatBreaksAtItsFirstByteIsToldWhole) {
+TEST_P(DocumentOfBytes, ThatBreaksAtItsFirstByteIsLoggedWhole) {
     const std::string text(GetParam(), 'x');
     BigBench bench({one("HeadsetConfigImpl: update_from_server: " + text)});
     OpenConfig config("acc-1", &bench.accessory);
@@ -266,7 +266,7 @@ TEST_P(DocumentOfBytes, ThatBreaksAtItsFirstByteIsToldWhole) {
     EXPECT_TRUE(bench.lines.complete()) << bench.lines.first_difference.substr(0, 200);
 }
 
-TEST_P(DocumentOfBytes, ThatBreaksAtItsLastByteIsToldFromThere) {
+TEST_P(DocumentOfBytes, ThatBreaksAtItsLastByteIsLoggedFromThere) {
     BigBench bench({one("HeadsetConfigImpl: update_from_server: ]")});
     OpenConfig config("acc-1", &bench.accessory);
     const std::string text = "{" + std::string(GetParam(), ' ') + R"("a":1])";

@@ -165,7 +165,7 @@ TEST(ConfigRequired, SmallestDifferenceMakesAnotherDocument) {
     EXPECT_TRUE(config.is_config_required(0.5));
 }
 
-TEST(ConfigRequired, TimeThatIsNoNumberIsAlwaysDifferent) {
+TEST(ConfigRequired, TimeThatIsNotANumberIsAlwaysDifferent) {
     ConfigBench bench;
     OpenConfig config("acc-1", &bench.accessory);
     constexpr double nan = std::numeric_limits<double>::quiet_NaN();

@@ -70,7 +70,7 @@ TEST(DocumentTemplate, IsTheFirstMemberOfItsHolderWhateverThatIsCalled) {
     EXPECT_EQ(1.0, document::read_updated_time(document::find_template(root.get())));
 }
 
-TEST(DocumentTemplate, IsTheFirstMemberOfItsHolderEvenIfThatIsNoObject) {
+TEST(DocumentTemplate, IsTheFirstMemberOfItsHolderEvenIfThatIsNotAnObject) {
     const JsonOwner number = parse(R"({"updatedTime": 1700, "templateConfiguration": {}})");
     const JsonOwner text = parse(R"({"name": "headsets", "templateConfiguration": {}})");
 
@@ -116,7 +116,7 @@ TEST(DocumentTemplate, FirstOfTwoMembersWithOneKeyWins) {
     EXPECT_EQ(7.0, document::read_updated_time(root.get()));
 }
 
-TEST(DocumentTemplate, MissingUpdatedTimeIsNoTime) {
+TEST(DocumentTemplate, MissingUpdatedTimeGivesNoTime) {
     const JsonOwner root = parse(R"({"commonSettings": []})");
 
     EXPECT_FALSE(document::read_updated_time(root.get()).has_value());
@@ -129,7 +129,7 @@ TEST(DocumentTemplate, UpdatedTimeKeepsItsFraction) {
     EXPECT_EQ(1700000000.25, document::read_updated_time(root.get()));
 }
 
-TEST(DocumentTemplate, UpdatedTimeThatIsNoNumberReadsAsZero) {
+TEST(DocumentTemplate, UpdatedTimeThatIsNotANumberReadsAsZero) {
     const JsonOwner text = parse(R"({"updatedTime": "1700"})");
     const JsonOwner truth = parse(R"({"updatedTime": true})");
     const JsonOwner null = parse(R"({"updatedTime": null})");
@@ -177,7 +177,7 @@ TEST(DocumentTemplate, ModelEntriesAreAbsentOrThereEvenWhenEmpty) {
     EXPECT_NE(nullptr, document::find_model_entries(empty.get()));
 }
 
-TEST(DocumentModels, AreReadInOrderAndWhatIsNoTextIsEmpty) {
+TEST(DocumentModels, AreReadInOrderAndWhatIsNotATextIsEmpty) {
     const JsonOwner entry = parse(R"({"models": ["Varos K30", 7, "", null, "Arlo"]})");
 
     const std::vector<std::string> expected{"Varos K30", "", "", "", "Arlo"};
@@ -232,7 +232,7 @@ TEST(DocumentFirmware, SecondObjectDoesNotSupplyWhatTheFirstLacks) {
     EXPECT_EQ(nullptr, document::find_firmware_params(firmware.get()));
 }
 
-TEST(DocumentFirmware, NameAndVersionThatAreNoTextsAreMissing) {
+TEST(DocumentFirmware, NameAndVersionThatAreNotTextsAreMissing) {
     const JsonOwner firmware = parse(R"([{"firmwareName": 5, "firmwareVersion": 6}])");
 
     const document::Firmware reading = document::read_firmware(firmware.get());

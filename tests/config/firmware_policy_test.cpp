@@ -108,7 +108,7 @@ TEST(FirmwareDecision, ReportWithAnUnusableNameIsLetThrough) {
     EXPECT_EQ(1, config.check_firmware_upgrade("1-2-4", "1.2 (3)"));
 }
 
-TEST(FirmwareDecision, AnyOtherVersionIsAChangeAndSaysNoMore) {
+TEST(FirmwareDecision, AnyOtherVersionIsAChangeAndLogsNoMore) {
     ConfigBench bench;
     OpenConfig config("acc-1", &bench.accessory);
 
@@ -210,7 +210,7 @@ TEST(FirmwareUpgrade, CurrentInAnyCaseSkipsTheDecision) {
     EXPECT_EQ("0-9", config.pending_firmware);
 }
 
-TEST(FirmwareUpgrade, OtherVersionIsAskedOfTheHost) {
+TEST(FirmwareUpgrade, OtherVersionIsRequestedFromTheHost) {
     ConfigBench bench;
     OpenConfig config("acc-1", &bench.accessory);
     const JsonOwner firmware =
@@ -221,7 +221,7 @@ TEST(FirmwareUpgrade, OtherVersionIsAskedOfTheHost) {
     EXPECT_EQ("1-2-2", config.pending_firmware);
 }
 
-TEST(FirmwareUpgrade, SameVersionAsksNothingAndStillPasses) {
+TEST(FirmwareUpgrade, SameVersionRequestsNothingAndStillPasses) {
     ConfigBench bench;
     OpenConfig config("acc-1", &bench.accessory);
     const JsonOwner firmware =
@@ -232,7 +232,7 @@ TEST(FirmwareUpgrade, SameVersionAsksNothingAndStillPasses) {
     EXPECT_EQ("1-2-3", config.pending_firmware);
 }
 
-TEST(FirmwareUpgrade, UnusableCandidateIsToldAsNoUpgradeAndStillPasses) {
+TEST(FirmwareUpgrade, UnusableCandidateIsLoggedAsNoUpgradeAndStillPasses) {
     ConfigBench bench;
     OpenConfig config("acc-1", &bench.accessory);
     const JsonOwner firmware =

@@ -158,7 +158,7 @@ TEST(FirmwareDecisionWithoutDowngrade, EarlierTestsStillDecideFirst) {
     EXPECT_EQ(nullptr, asked_accessory);
 }
 
-TEST(FirmwareUpgradeWithoutDowngrade, OlderVersionIsToldAndNotAskedOfTheHost) {
+TEST(FirmwareUpgradeWithoutDowngrade, OlderVersionIsLoggedAndNotRequestedFromTheHost) {
     ConfigBench bench;
     OpenConfig config("acc-1", &bench.accessory);
     const JsonOwner firmware =
@@ -183,7 +183,7 @@ TEST(FirmwareUpgradeWithoutDowngrade, OlderVersionIsToldAndNotAskedOfTheHost) {
     EXPECT_EQ("1-2-3", config.pending_firmware);
 }
 
-TEST(FirmwareUpgradeWithoutDowngrade, NewerVersionIsAskedOfTheHost) {
+TEST(FirmwareUpgradeWithoutDowngrade, NewerVersionIsRequestedFromTheHost) {
     ConfigBench bench;
     OpenConfig config("acc-1", &bench.accessory);
 

@@ -43,7 +43,7 @@ TEST(SettingsLock, IsReleasedAroundEveryDriverCallAndLine) {
     EXPECT_EQ(0, bench.locks_held());
 }
 
-TEST(SettingsLock, IsReleasedBeforeAnEmptyMapIsTold) {
+TEST(SettingsLock, IsReleasedBeforeAnEmptyMapIsLogged) {
     ConfigBench bench;
     OpenConfig config("acc-1", &bench.accessory);
     int held = -1;
@@ -54,7 +54,7 @@ TEST(SettingsLock, IsReleasedBeforeAnEmptyMapIsTold) {
     EXPECT_EQ(0, held);
 }
 
-TEST(SettingsLock, IsReleasedBeforeAHostUpdateIsTold) {
+TEST(SettingsLock, IsReleasedBeforeAHostUpdateIsLogged) {
     ConfigBench bench;
     OpenConfig config("acc-1", &bench.accessory);
     int held = -1;
@@ -65,7 +65,7 @@ TEST(SettingsLock, IsReleasedBeforeAHostUpdateIsTold) {
     EXPECT_EQ(0, held);
 }
 
-TEST(SettingsLock, IsGivenBackWhenTheHostThrows) {
+TEST(SettingsLock, IsReleasedWhenTheHostThrows) {
     ConfigBench bench;
     OpenConfig config("acc-1", &bench.accessory);
     config.set_map_entry(1, ConfigParam{1, "one", "1", "Admin"});

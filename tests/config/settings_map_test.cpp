@@ -205,7 +205,7 @@ TEST(ApplyToDevice, SettingOfTheHostIsSentByAResetOnly) {
               bench.driver_calls());
 }
 
-TEST(ApplyToDevice, EmptyMapIsTold) {
+TEST(ApplyToDevice, EmptyMapIsLogged) {
     ConfigBench bench;
     OpenConfig config("acc-1", &bench.accessory);
 
@@ -218,7 +218,7 @@ TEST(ApplyToDevice, EmptyMapIsTold) {
     EXPECT_EQ(0, bench.locks_held());
 }
 
-TEST(ApplyToDevice, ResultOfTheHostIsNotLookedAt) {
+TEST(ApplyToDevice, ResultOfTheHostIsIgnored) {
     ConfigBench bench;
     bench.plugins.config_driver.result = false;
     OpenConfig config("acc-1", &bench.accessory);

@@ -19,7 +19,7 @@ TEST(DowngradeSupportTest, EveryAccessoryMayBeDowngraded) {
     EXPECT_TRUE(headset_support_downgrade(&camera));
 }
 
-TEST(DowngradeSupportTest, AccessoryIsNotLookedAt) {
+TEST(DowngradeSupportTest, AccessoryIsIgnored) {
     EXPECT_TRUE(headset_support_downgrade(nullptr));
 }
 

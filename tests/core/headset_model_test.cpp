@@ -108,7 +108,7 @@ TEST(HeadsetModelTest, SerialNumberOfAnotherModelIsNotRead) {
     EXPECT_FALSE(accessory.serial_number_was_read);
 }
 
-TEST(HeadsetModelTest, MakersHeadsetIsToldByItsVendorId) {
+TEST(HeadsetModelTest, MakersHeadsetIsRecognisedByItsVendorId) {
     FakeAccessory accessory;
 
     accessory.varos_vid = true;

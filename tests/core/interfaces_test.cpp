@@ -55,14 +55,14 @@ public:
     void reset() override {}
 };
 
-TEST(InterfacesTest, PhoneThatSaysNoMoreHasNoSystemVersionAndNoDescription) {
+TEST(InterfacesTest, PhoneWithoutOverridesHasNoSystemVersionAndNoDescription) {
     TerseSystemInfo phone;
 
     EXPECT_EQ(phone.get_host_os_version(), "");
     EXPECT_EQ(phone.to_string(), "");
 }
 
-TEST(InterfacesTest, AccessoryThatSaysNoMoreHasNoDescription) {
+TEST(InterfacesTest, AccessoryWithoutOverridesHasNoDescription) {
     TerseAccessory accessory;
 
     EXPECT_EQ(accessory.to_string(), "");

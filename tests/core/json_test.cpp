@@ -45,7 +45,7 @@ TEST(JsonTest, ErrorInAKeyIsPlacedOneCharacterIntoIt) {
     EXPECT_EQ(rest, "ops}");
 }
 
-TEST(JsonTest, TextThatIsNoJsonAtAllIsTheRest) {
+TEST(JsonTest, TextThatIsNotJsonAtAllIsTheRest) {
     std::optional<std::string> rest;
 
     const JsonOwner tree = parse_json("not json", rest);
@@ -72,7 +72,7 @@ TEST(JsonTest, TextIsReadUpToItsFirstZeroByte) {
     EXPECT_EQ(cJSON_GetArraySize(tree.get()), 1);
 }
 
-TEST(JsonTest, WhateverFollowsTheFirstValueIsNotLookedAt) {
+TEST(JsonTest, WhateverFollowsTheFirstValueIsIgnored) {
     std::optional<std::string> rest;
 
     const JsonOwner tree = parse_json("{} trailing", rest);

@@ -139,17 +139,17 @@ TEST(TextTest, DigitsAloneAreANumber) {
     EXPECT_TRUE(is_number_text("99999999999999999999999999"));
 }
 
-TEST(TextTest, EmptyTextIsNoNumber) {
+TEST(TextTest, EmptyTextIsNotANumber) {
     EXPECT_FALSE(is_number_text(""));
 }
 
-TEST(TextTest, NullIsNoNumber) {
+TEST(TextTest, NullIsNotANumber) {
     char* const nothing = nullptr;
 
     EXPECT_FALSE(is_number<char*>(nothing));
 }
 
-TEST(TextTest, SignIsNoPartOfANumber) {
+TEST(TextTest, SignIsNotPartOfANumber) {
     EXPECT_FALSE(is_number_text("-1"));
     EXPECT_FALSE(is_number_text("+1"));
 }

@@ -73,7 +73,7 @@ TEST_F(InventoryMetricTest, SendQueuesATaskWithItsOwnAccessory) {
                                                        "Enter"}}));
 }
 
-TEST_F(InventoryMetricTest, SendSaysSoBeforeItTakesTheFacts) {
+TEST_F(InventoryMetricTest, SendLogsBeforeItTakesTheFacts) {
     const std::unique_ptr<MetricsInterface> metric(create_metric(&headset));
     headset.throw_at_clone(1);
 
@@ -84,7 +84,7 @@ TEST_F(InventoryMetricTest, SendSaysSoBeforeItTakesTheFacts) {
                                                        "Enter"}}));
 }
 
-TEST_F(InventoryMetricTest, TaskPostsTheReportAfterTheMetricIsGone) {
+TEST_F(InventoryMetricTest, TaskPostsTheReportAfterTheMetricIsDeleted) {
     send(headset);
     plugins.log.take();
 
@@ -150,7 +150,7 @@ TEST_F(InventoryMetricTest, CamerasTaskPostsACameraReportUnderHeadset) {
     EXPECT_THAT(body, HasSubstr("\t\t\"headset\":\t{\n\t\t\t\"serialNumber\":\t\"CAM0001\",\n"));
 }
 
-TEST_F(InventoryMetricTest, MetricsTellTheirTypeAndKeys) {
+TEST_F(InventoryMetricTest, MetricsHaveTheirTypeAndKeys) {
     HeadsetInventoryMetrics headset_metric(&headset);
     EXPECT_EQ(headset_metric.get_type(), 0);
     EXPECT_EQ(headset_metric.get_inventory_base_key(), "headsetInventory");
@@ -188,7 +188,7 @@ TEST_F(InventoryMetricTest, EmptySerialNumberSendsNothingAndTheResultIsFalse) {
         }));
 }
 
-TEST_F(InventoryMetricTest, MissingTaskParametersAreTold) {
+TEST_F(InventoryMetricTest, MissingTaskParametersAreLogged) {
     EXPECT_FALSE(InventoryMetric::send_metric(nullptr));
 
     EXPECT_EQ(plugins.log.lines(),
@@ -213,7 +213,7 @@ TEST_F(InventoryMetricTest, ParametersOfAForeignClassCarryNoAccessory) {
               }));
 }
 
-TEST_F(InventoryMetricTest, TypeWithoutAReportIsToldByTheFactorysException) {
+TEST_F(InventoryMetricTest, TypeWithoutAReportIsReportedByTheFactorysException) {
     headset.type = MAX_ACCESSORY_TYPE;
     SendMetricsParams params(&headset);
     try {
@@ -225,7 +225,7 @@ TEST_F(InventoryMetricTest, TypeWithoutAReportIsToldByTheFactorysException) {
     EXPECT_TRUE(plugins.dispatcher.requests().empty());
 }
 
-TEST_F(InventoryMetricTest, WhatTheDispatcherAnswersIsNotLookedAt) {
+TEST_F(InventoryMetricTest, ResultOfTheDispatcherIsIgnored) {
     plugins.dispatcher.push_status = REQUEST_REFUSED;
     SendMetricsParams params(&headset);
 

@@ -180,7 +180,7 @@ TEST_F(InventoryReportMemoryTest, OnlyTheDockIsLeftOutWhereverMemoryRunsOut) {
     EXPECT_GT(without_dock, 0);
 }
 
-TEST_F(InventoryReportMemoryTest, FailedEnvelopeIsTold) {
+TEST_F(InventoryReportMemoryTest, FailedEnvelopeIsLogged) {
     EXPECT_EQ(report_with_failure_at(1), "");
 
     EXPECT_EQ(plugins.log.lines(),
@@ -192,7 +192,7 @@ TEST_F(InventoryReportMemoryTest, FailedEnvelopeIsTold) {
               }));
 }
 
-TEST_F(InventoryReportMemoryTest, FailedHostPayloadIsTold) {
+TEST_F(InventoryReportMemoryTest, FailedHostPayloadIsLogged) {
     // The envelope takes six pieces: itself, two for "time", three for "key"; "value" the seventh.
     EXPECT_EQ(report_with_failure_at(8), "");
 
@@ -206,7 +206,7 @@ TEST_F(InventoryReportMemoryTest, FailedHostPayloadIsTold) {
               }));
 }
 
-TEST_F(InventoryReportMemoryTest, ReportThatCannotBePrintedIsTold) {
+TEST_F(InventoryReportMemoryTest, ReportThatCannotBePrintedIsLogged) {
     report_with_failure_at(0);
     const int last_piece = pieces;
     plugins.log.take();

@@ -65,7 +65,7 @@ TEST_F(InventoryUrlTest, TokenIsReplacedByTheFirstServer) {
               }));
 }
 
-TEST_F(InventoryUrlTest, TokenWithoutServersStaysAndIsTold) {
+TEST_F(InventoryUrlTest, TokenWithoutServersStaysAndIsLogged) {
     EXPECT_EQ(url_of("http://{korm}/r", {}), "http://{korm}/r");
 
     EXPECT_EQ(plugins.log.lines(),

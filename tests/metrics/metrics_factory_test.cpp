@@ -53,7 +53,7 @@ TEST(MetricsFactoryTest, CameraGetsACameraMetric) {
     delete_metric(metric);
 }
 
-TEST(MetricsFactoryTest, MissingAccessoryIsToldByAnException) {
+TEST(MetricsFactoryTest, MissingAccessoryIsReportedByAnException) {
     const FakePlugins plugins;
     try {
         create_metric(nullptr);
@@ -92,7 +92,7 @@ TEST(MetricsFactoryTest, TextIsNeverReadBeforeItsStart) {
               "metrics factory: Unsupported METRICS_TYPE: ");
 }
 
-TEST(MetricsFactoryTest, IncompletePluginRecordIsToldByAnException) {
+TEST(MetricsFactoryTest, IncompletePluginRecordIsReportedByAnException) {
     const FakePlugins plugins;
     globals::plugins.executor = nullptr;
     EXPECT_EQ(refusal_of_type(HEADSET), "plugins hasn't been initialized properly");
@@ -126,7 +126,7 @@ TEST(MetricsFactoryTest, RefusedConstructionLeavesNoCloneBehind) {
     EXPECT_EQ(headset.shared->alive, 1);
 }
 
-TEST(MetricsFactoryTest, FailingCloneIsToldByItsOwnException) {
+TEST(MetricsFactoryTest, FailingCloneIsReportedByItsOwnException) {
     const FakePlugins plugins;
     FakeAccessory headset(HEADSET);
     headset.throw_at_clone(1);

@@ -183,7 +183,7 @@ TEST_F(ExecutorWorkerTest, WorkerThatIsAskedToLeaveEndsAfterTheTaskItIsIn) {
     EXPECT_FALSE(executor.running());
 }
 
-TEST_F(ExecutorWorkerTest, TaskThatQueuesItselfForEverCannotHoldTheEndUp) {
+TEST_F(ExecutorWorkerTest, TaskThatQueuesItselfForeverCannotHoldTheEndUp) {
     time.wait_until_parked();
     Event under_way;
     std::atomic<int> runs = 0;

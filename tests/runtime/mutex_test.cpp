@@ -33,7 +33,7 @@ bool free_for_others(Mutex& mutex) {
         .get();
 }
 
-TEST(MutexTest, LockAnswersTrueAndShutsOthersOut) {
+TEST(MutexTest, LockReturnsTrueAndShutsOthersOut) {
     vix::Mutex mutex;
 
     EXPECT_TRUE(mutex.lock());
@@ -175,7 +175,7 @@ TEST(MutexImplTest, PlainLockIsTakenOnce) {
     EXPECT_TRUE(free_for_others(mutex));
 }
 
-TEST(MutexImplTest, RecursiveLockIsTakenTwiceAndGivenBackTwice) {
+TEST(MutexImplTest, RecursiveLockIsTakenTwiceAndReleasedTwice) {
     MutexImpl mutex(true);
     EXPECT_TRUE(mutex.lock());
     ASSERT_TRUE(mutex.tryLock());

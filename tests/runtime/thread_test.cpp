@@ -87,7 +87,7 @@ TEST(ThreadTest, NewObjectDoesNotRun) {
     EXPECT_EQ(thread.run_flags(), 0U);
 }
 
-TEST(ThreadTest, BodyIsCalledAgainUntilItAnswersFalse) {
+TEST(ThreadTest, BodyIsCalledAgainUntilItReturnsFalse) {
     int calls = 0;
     BodyThread thread([&] { return ++calls < 3; });
 
@@ -97,7 +97,7 @@ TEST(ThreadTest, BodyIsCalledAgainUntilItAnswersFalse) {
     EXPECT_EQ(calls, 3);
 }
 
-TEST(ThreadTest, BodyThatAnswersFalseLeavesBothFlagsClear) {
+TEST(ThreadTest, BodyThatReturnsFalseLeavesBothFlagsClear) {
     BodyThread* itself = nullptr;
     BodyThread thread([&] {
         itself->requestExit();
@@ -316,7 +316,7 @@ TEST(ThreadTest, JoinTouchesNothingOfAnObjectThatDeletesItself) {
     EXPECT_TRUE(BuriedThread::lies_untouched());
 }
 
-TEST(ThreadTest, ThreadThatWasLetGoCannotBeJoined) {
+TEST(ThreadTest, ThreadThatWasDetachedCannotBeJoined) {
     Event leave;
     Event left;
     {
@@ -337,7 +337,7 @@ TEST(ThreadTest, ThreadThatWasLetGoCannotBeJoined) {
     EXPECT_TRUE(left.wait());
 }
 
-TEST(ThreadTest, ThreadThatTheSystemDoesNotLetGoCanStillBeJoined) {
+TEST(ThreadTest, ThreadThatTheSystemDoesNotDetachCanStillBeJoined) {
     BodyThread thread(once);
     ASSERT_TRUE(thread.run(nullptr, 0, 0));
     {
@@ -411,7 +411,7 @@ int detach_state_after_run(std::uint32_t flags) {
     return state;
 }
 
-TEST(ThreadTest, ThreadIsJoinableUnlessToldOtherwise) {
+TEST(ThreadTest, ThreadIsJoinableUnlessRequestedOtherwise) {
     EXPECT_EQ(detach_state_after_run(0), PTHREAD_CREATE_JOINABLE);
 }
 
@@ -490,7 +490,7 @@ TEST(ThreadTest, RunThatCannotDetachFails) {
     expect_fresh_start(thread);
 }
 
-TEST(ThreadTest, DetachedThreadCanNeitherBeJoinedNorLetGo) {
+TEST(ThreadTest, DetachedThreadCanNeitherBeJoinedNorDetachedAgain) {
     Event leave;
     BodyThread thread([&] {
         EXPECT_TRUE(leave.wait());
