@@ -1,4 +1,4 @@
-// What a task that fetches a configuration document carries.
+// Parameters of a task that fetches a configuration document.
 
 #include "config/config_accessory_params.h"
 

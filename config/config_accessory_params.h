@@ -1,4 +1,4 @@
-// What a task that fetches a configuration document carries.
+// Parameters of a task that fetches a configuration document.
 
 #pragma once
 
@@ -9,12 +9,12 @@
 
 namespace headsetmgmt::config {
 
-/// A copy of the configuration object that the fetch is for, and how long the task may wait.
+/// A copy of the configuration object, and how long the task may wait.
 class ConfigAccessoryParams : public TaskParametersInterface {
 public:
-    /// Clones `object`, if there is one. Runs when the accessory's firmware data are ready, and
-    /// after 60 seconds all the same. When the object's retry counter is not 0, waits 30 to 40
-    /// seconds first.
+    /// Clones `object` unless it is null. The task runs when the accessory's firmware data are
+    /// ready, after 60 seconds in any case. If the object's retry counter is not 0, it waits 30 to
+    /// 40 seconds first.
     explicit ConfigAccessoryParams(ConfigInterface* object);
     ConfigAccessoryParams(const ConfigAccessoryParams& other);
 
@@ -24,7 +24,7 @@ public:
     unsigned int get_timeout() const override;
     unsigned int get_defer_time() const override;
 
-    /// The copy; null when there was nothing to copy. Stays with the parameters.
+    /// The copy, null if `object` was null. Owned by the parameters.
     ConfigInterface* get_config() const;
 
 private:

@@ -1,4 +1,4 @@
-// Makes the configuration object that fits an accessory.
+// Makes the configuration object of an accessory.
 
 #include "headsetmgmt/config.h"
 

@@ -11,7 +11,7 @@ namespace headsetmgmt::config {
 ConfigImpl::ConfigImpl(const std::string& id, const AccessoryInfoInterface* info,
                        std::string component)
     : logger(make_logger(component)), accessory_id(id), logger_name(std::move(component)) {
-    // In the body: the locks come after the logger, and the accessory is cloned last.
+    // In the body: the locks are made after the logger, and the accessory is cloned last.
     settings_mutex = make_mutex(false);
     config_retries = 0;
     firmware_mutex = make_mutex(false);
@@ -20,7 +20,7 @@ ConfigImpl::ConfigImpl(const std::string& id, const AccessoryInfoInterface* info
 
 ConfigImpl::ConfigImpl(const ConfigImpl& other)
     : ConfigInterface(other), settings(other.settings), settings_mutex(make_mutex(false)),
-      // No name, which is copied last: it sets a copy's log lines apart from those of the original.
+      // No name, so that a copy's log lines differ from the original's. The name is copied last.
       logger(make_logger("")), current_model(other.current_model),
       last_updated_time(other.last_updated_time), accessory_id(other.accessory_id),
       accessory(other.accessory->clone()), pending_firmware(other.pending_firmware),
@@ -56,7 +56,7 @@ bool ConfigImpl::reset_config() {
 bool ConfigImpl::update(const AccessoryInfoInterface* info) {
     reset_timestamps();
     set_config_retries(0);
-    // Cloned before the old facts go: memory may run out, and `info` may be the old facts.
+    // Cloned before the old facts are deleted: memory may run out, and `info` may be the old facts.
     accessory.reset(info->clone());
     return true;
 }

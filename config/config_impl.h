@@ -1,4 +1,4 @@
-// The configuration object of one accessory, as the library makes it.
+// The library's configuration object of one accessory.
 
 #pragma once
 
@@ -16,16 +16,16 @@ struct cJSON;
 
 namespace headsetmgmt::config {
 
-/// What headsets and cameras have in common, which is everything but their names.
+/// Common to headsets and cameras, which differ only in their names.
 ///
-/// JSON nodes are borrowed for the call and may be null. Operations without a word of their own are
-/// for the thread that holds the object: the manager's registry mutex for a registered object, the
-/// worker for a task's copy.
+/// JSON nodes are borrowed for the call and may be null. Operations that do not name a thread are
+/// for the one that uses the object: it holds the manager's registry mutex for a registered object;
+/// the worker owns a task's copy.
 class ConfigImpl : public ConfigInterface {
 public:
-    /// Keeps a clone of `info`, which must not be null. `component` begins the object's log lines.
+    /// Stores a clone of `info`, which must not be null. Log lines begin with `component`.
     ConfigImpl(const std::string& id, const AccessoryInfoInterface* info, std::string component);
-    /// An independent copy, whose log lines carry no component's name.
+    /// An independent copy. Its log lines have no component name.
     ConfigImpl(const ConfigImpl& other);
     ~ConfigImpl() override;
 
@@ -47,21 +47,21 @@ public:
 
     // A document's way (document_flow.cpp).
 
-    /// Stores a template's settings and decides on the firmware; the firmware's result counts.
+    /// Stores a template's settings and decides on the firmware. The result is the firmware's.
     bool parse_remote_default_config(const cJSON* configuration_template);
 
     /// Stores the template's common settings; false when it has none or storing them threw.
     bool save_common_settings_params(const cJSON* configuration_template);
 
-    /// Stores every parameter object of the array that can be read, and answers how many.
+    /// Stores every valid parameter object of the array; returns their number.
     int save_config_to_map(const cJSON* params);
 
-    /// The firmware block of the first model entry that serves `device_model`; null when none does,
-    /// or that one has no block.
+    /// The firmware block of the first model entry for `device_model`; null when there is no such
+    /// entry, or when it has no block.
     cJSON* extract_model_firmware_settings(const cJSON* configuration_template,
                                            const std::string& device_model);
 
-    /// Stores and applies a model's settings; whether there is a firmware block at all.
+    /// Stores and applies a model's settings; whether there is a firmware block.
     bool save_model_specific_settings_params(const cJSON* model_firmware);
 
     /// Stores a parameter array and, when at least one was stored, sends the map to the device.
@@ -69,7 +69,7 @@ public:
 
     // The settings map (settings_map.cpp).
 
-    /// Stores one setting under `usage_id`, in the place of an earlier one. Any thread.
+    /// Stores one setting under `usage_id`, replacing an earlier one. Any thread.
     void set_map_entry(int usage_id, ConfigParam param);
 
     /// Removes every setting.
@@ -77,15 +77,15 @@ public:
 
     // Where the document comes from (document_source.cpp).
 
-    /// Whether a document of this time, in epoch seconds, is another than the last one.
+    /// Whether a document with this time, in epoch seconds, differs from the last one.
     bool is_config_required(double template_time) const;
 
-    /// Makes the next document one that has to be applied, whatever its time.
+    /// Forgets the time of the last document, so that the next one is applied.
     void reset_timestamps();
 
     // The upgrade decision (firmware_policy.cpp).
 
-    /// What is to become of an accessory's firmware.
+    /// Whether an accessory's firmware is to change.
     enum FirmwareDecision : int {
         keep = 0,
         change = 1,
@@ -93,11 +93,11 @@ public:
         version_unknown = 3
     };
 
-    /// Acts on a model's firmware block: leaves the upgrade to the host, skips it, or decides.
-    /// False when there is no block or it has no name.
+    /// Processes a model's firmware block: leaves the upgrade to the host, skips it, or decides.
+    /// False when there is no block or when it has no name.
     bool upgrade_firmware(const cJSON* model_firmware, const std::string& current_version);
 
-    /// Decides, and asks the host for the candidate when it is to be had.
+    /// Decides, and requests the candidate version from the host if the firmware is to change.
     void upgrade_firmware(const std::string& candidate_version, const std::string& firmware_name,
                           const std::string& current_version);
 
@@ -107,7 +107,7 @@ public:
     /// The fields of a version, which hyphens separate; empty fields are kept.
     std::vector<std::string> parse_firmware_version(const std::string& version);
 
-    /// Asks the host to bring the accessory to `version`.
+    /// Requests that the host upgrades the accessory to `version`.
     void request_upgrade(const std::string& version, const std::string& firmware_name);
 
 protected:

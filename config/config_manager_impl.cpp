@@ -1,4 +1,4 @@
-// The manager's registry: accessories come, are asked, change and go.
+// The manager's registry: accessories are attached, queried, changed and removed.
 
 #include "config/config_manager_impl.h"
 
@@ -46,7 +46,7 @@ ConfigManagerImpl::RegistryHold::RegistryHold(ConfigManagerImpl& manager) : owne
 
 ConfigManagerImpl::RegistryHold::~RegistryHold() {
     if (owner.holds == 1) {
-        // One by one: the list keeps its room, and what an object's end removes is deleted, too.
+        // One by one: deleting an object may remove further ones.
         while (!owner.removed.empty()) {
             ConfigInterface* config = owner.removed.back();
             owner.removed.pop_back();
@@ -82,7 +82,7 @@ std::string ConfigManagerImpl::initialize_accessory(const std::string& id,
     const RegistryHold hold(*this);
     logger->notice() << "initialize_accessory: called for id: " << id;
     if (info == nullptr) {
-        // No separator: the line is known as it is.
+        // No separator: the text is fixed.
         logger->error() << "initialize_accessoryno accessory info for id: " << id;
         return {};
     }
@@ -105,8 +105,8 @@ void ConfigManagerImpl::remove_accessory(const std::string& id) {
     if (entry == registry.end()) {
         return;
     }
-    // Out of the registry before the line, not at the end: the log callback may remove the
-    // accessory again, or attach it anew.
+    // Removed before the line is written: the log callback may remove the accessory again, or
+    // attach it.
     const std::size_t erased = forget(entry);
     logger->notice() << "remove_accessory: erased [" << erased << "] pending config";
     if (pending_set.empty()) {
@@ -158,7 +158,7 @@ bool ConfigManagerImpl::update_config_from_host(const std::string& id, const std
         logger->error() << "update_config_from_host: " << error.what();
         return false;
     }
-    // Whatever the object answered.
+    // The object's result is not used.
     return true;
 }
 
@@ -191,7 +191,7 @@ ConfigInterface* ConfigManagerImpl::create_accessory(const std::string& id,
         logger->error() << "create_accessory: failed to create Config object";
         return nullptr;
     }
-    // The lines above may have made the log callback attach the same accessory.
+    // On the lines above, the log callback may have attached the same accessory.
     const auto earlier = registry.find(id);
     if (earlier != registry.end()) {
         forget(earlier);
@@ -224,8 +224,8 @@ bool ConfigManagerImpl::is_registered(const std::string& id, const ConfigInterfa
     return entry != registry.end() && entry->second == config;
 }
 
-/// Takes an object out of registry and pending set, to be deleted when the outermost hold ends.
-/// Answers how often it was pending.
+/// Removes an object from registry and pending set; it is deleted when the outermost hold ends.
+/// Returns how often it was pending.
 std::size_t ConfigManagerImpl::forget(std::map<std::string, ConfigInterface*>::iterator entry) {
     removed.push_back(entry->second);
     const std::size_t erased = pending_set.erase(entry->second);

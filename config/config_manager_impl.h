@@ -1,4 +1,4 @@
-// The registry of configuration objects and the configuration run, as the library makes them.
+// The library's registry of configuration objects, and its configuration run.
 
 #pragma once
 
@@ -21,14 +21,13 @@ namespace headsetmgmt::config {
 /// The one configuration manager.
 ///
 /// Any thread. Every operation holds the (recursive) registry mutex from its first to its last use
-/// of a registered object, also while that object calls the host; the worker works on copies and
-/// holds no lock while it requests. An object that is removed is deleted when the outermost
-/// operation of the thread that holds the registry ends, so a host function, or the log callback,
-/// may remove the very accessory that is being worked on. Lock order: registry, flag, then those of
-/// the objects and the executor.
+/// of a registered object, also while that object calls the host. The worker uses copies and holds
+/// no lock during a request. A removed object is deleted when the outermost operation of the thread
+/// that holds the registry ends: a host function or the log callback may remove the accessory that
+/// is in use. Lock order: registry, flag, then those of the objects and the executor.
 class ConfigManagerImpl : public ConfigManager {
 public:
-    /// The instance, made on the first call; throws `std::runtime_error` "plugins hasn't been
+    /// The instance, made by the first call; throws `std::runtime_error` "plugins hasn't been
     /// initialized properly" when no complete plug-in record is installed.
     static ConfigManagerImpl* get_instance();
 
@@ -50,10 +49,10 @@ public:
     bool update_config_from_host(const std::string& id, const std::string& name, int usage_id,
                                  const std::string& value);
 
-    // The registry. An object that is answered here stays only while the caller's thread is inside
-    // an operation of the manager.
+    // The registry. A returned object is valid only while the caller's thread is inside an
+    // operation of the manager.
 
-    /// Takes over `config`. An object that stands under `id` is replaced, not deleted.
+    /// Takes ownership of `config`. An object that has this id is replaced, not deleted.
     void add_config_object(const std::string& id, ConfigInterface* config);
     ConfigInterface* get_config_object(const std::string& id);
     unsigned int get_number_of_configs();
@@ -65,18 +64,18 @@ public:
     /// Fetches the document for the pending set. Worker.
     void configure_accessory_task(TaskParametersInterface* params);
 
-    /// Asks the dispatcher for the document. Worker.
+    /// Requests the document from the dispatcher. Worker.
     RequestStatus fetch_config(const std::string& url, std::string& document);
 
     void mark_config_object_pending(ConfigInterface* config);
 
-    /// The object at `index` in the order of addresses; null past the last.
+    /// The object at `index`, in the order of addresses; null past the last.
     ConfigInterface* get_pending_config_object(int index);
     unsigned int get_number_of_pending_configs();
     bool is_configure_accessory_pending();
     void set_configure_accessory_pending(bool pending);
 
-    /// Ends a run: clears flag and pending set in one step, then says so.
+    /// Ends a run: clears flag and pending set under one hold of the registry, then logs it.
     void clean_up_pending_config_requests();
 
 protected:
@@ -84,7 +83,7 @@ protected:
     ~ConfigManagerImpl() override;
 
 private:
-    /// The registry mutex, and with it every registered object, for the length of a scope.
+    /// Holds the registry mutex, which guards every registered object, for the length of a scope.
     class SCOPED_CAPABILITY RegistryHold {
     public:
         explicit RegistryHold(ConfigManagerImpl& manager) ACQUIRE(manager.registry_mutex);
@@ -123,14 +122,14 @@ private:
     bool configure_pending GUARDED_BY(flag_mutex) = false;
     MutexOwner flag_mutex;
 
-    // How often the thread that has the registry holds it.
+    // How often its thread holds the registry.
     unsigned int holds GUARDED_BY(registry_mutex) = 0;
     // To be deleted when the outermost hold ends.
     std::vector<ConfigInterface*> removed GUARDED_BY(registry_mutex);
     // The document is being handed out.
     bool handing_out GUARDED_BY(registry_mutex) = false;
 
-    // Referenced once by each fetch that is queued, of whatever run, and by the manager.
+    // Referenced by each queued fetch, of any run, and by the manager: counts the queued fetches.
     const std::shared_ptr<void> queue_reference = std::make_shared<char>();
 
     static ConfigManagerImpl* instance_;

@@ -1,4 +1,4 @@
-// The manager's configuration run: from an accessory that wants configuring to the document in
+// The manager's configuration run: from an accessory that needs a configuration to the document in
 // every object of the pending set.
 
 #include <algorithm>
@@ -23,7 +23,7 @@ namespace {
 
 using FlagLock = ScopedLock<MutexOwner>;
 
-/// A fetch that counts as queued, by holding `reference`, until it begins or is dropped.
+/// A fetch that counts as queued until it begins or is dropped: it holds `reference`.
 class QueuedFetch : public ConfigAccessoryParams {
 public:
     QueuedFetch(ConfigInterface* object, std::shared_ptr<void> reference)
@@ -31,7 +31,7 @@ public:
 
     TaskParametersInterface* clone() const override {
         auto* copy = new QueuedFetch(*this);
-        queue_reference.reset();  // the copy is what is queued, and one fetch counts once
+        queue_reference.reset();  // the copy is queued, and one fetch counts once
         return copy;
     }
     void leave_queue() { queue_reference.reset(); }
@@ -52,8 +52,8 @@ bool ConfigManagerImpl::configure_accessory(const std::string& id, std::string c
         logger->notice() << "configure_accessory: can't configure uninitialized accessory!";
         return false;
     }
-    // Before it is known whether the accessory needs configuring; one that does not stays in the
-    // set until the end of the next run, and takes part in it.
+    // Even if the accessory turns out not to need a configuration: it then stays in the set until
+    // the end of the next run, and takes part in it.
     mark_config_object_pending(config);
     if (!config->is_config_required(config_url)) {
         logger->notice() << "configure_accessory: Config not required.";
@@ -66,12 +66,11 @@ bool ConfigManagerImpl::configure_accessory(const std::string& id, std::string c
         for (const auto& entry : registry) {
             mark_config_object_pending(entry.second);
         }
-        // No blank before the word: the line is known as it is, as are all that run into each other
-        // in this file.
+        // No blank before the word: the text is fixed, like others without separators in this file.
         logger->notice() << "configure_accessory for " << get_number_of_pending_configs()
                          << "accessories";
     }
-    // While its document is handed out a run is under way, even if its last accessory has left.
+    // A run lasts until its document is handed out, even if its last accessory was removed.
     if (is_configure_accessory_pending() || handing_out) {
         logger->notice()
             << "configure_accessory: previous configure_accessory is in progress, ignore this one";
@@ -101,7 +100,7 @@ void ConfigManagerImpl::configure_accessory_task(TaskParametersInterface* params
     try {
         request_document(*config, status);
     } catch (...) {
-        // Where an answer is to come, that one goes on with the run.
+        // If an answer is outstanding, it continues the run.
         if (status != REQUEST_PENDING) {
             end_run_without_fetch();
         }
@@ -120,7 +119,7 @@ void ConfigManagerImpl::request_document(ConfigInterface& config, RequestStatus&
         logger->notice() << "configure_accessory_task id:" << id;
     }
     const std::string url = config.get_config_url();
-    // Of the copy alone, which ends with the task: within a run, every fetch is a first one.
+    // Only in the copy, which ends with the task: within a run, every fetch is a first one.
     config.set_config_retries(config.get_config_retries() + 1);
 
     std::string document;
@@ -154,10 +153,10 @@ RequestStatus ConfigManagerImpl::fetch_config(const std::string& url, std::strin
 }
 
 bool ConfigManagerImpl::on_fetch_config_success(std::string& document) {
-    // To the end of the run: an accessory that is attached in between would be lost.
+    // Held until the end of the run: an accessory that is attached in between would be lost.
     const RegistryHold hold(*this);
-    // One that comes from inside the hand-out is dropped as well, or a device that answers would
-    // have objects parse inside their own parse, deeper and deeper.
+    // A document that arrives during the hand-out is dropped, too: otherwise a host function that
+    // delivers one would make objects parse inside their own parse, deeper and deeper.
     if (!is_configure_accessory_pending() || handing_out) {
         logger->error() << "on_fetch_config_success: no configuration in progress, dropping data";
         return false;
@@ -180,14 +179,14 @@ bool ConfigManagerImpl::on_fetch_config_success(std::string& document) {
     return true;
 }
 
-/// Hands the document to every object of the pending set. Answers the ids of accessories that host
-/// functions attached meanwhile: they have joined the run, but after its document.
+/// Passes the document to every object of the pending set. Returns the ids of accessories that host
+/// functions attached meanwhile: they have joined the run too late for its document.
 std::vector<std::string> ConfigManagerImpl::hand_out(const std::string& document) {
-    // What the host calls meanwhile may change the set.
+    // Calls of the host may change the set meanwhile.
     const std::vector<ConfigInterface*> snapshot(pending_set.begin(), pending_set.end());
     for (ConfigInterface* config : snapshot) {
         if (pending_set.count(config) == 0) {
-            continue;  // it has left
+            continue;  // removed
         }
         if (config == nullptr) {
             logger->error() << "on_fetch_config_success: No pending config object";
@@ -206,7 +205,7 @@ std::vector<std::string> ConfigManagerImpl::hand_out(const std::string& document
     return newcomers;
 }
 
-/// Hands the document to one object. Whatever goes wrong with it, the others get theirs.
+/// Passes the document to one object. A failure does not affect the other objects.
 void ConfigManagerImpl::hand_to(ConfigInterface& config, const std::string& document) {
     bool updated = false;
     try {
@@ -253,15 +252,15 @@ bool ConfigManagerImpl::on_fetch_config_failure(int reason) {
     return true;
 }
 
-/// Fetches that have not begun.
+/// Number of fetches that have not begun.
 long ConfigManagerImpl::fetches_queued() const {
     return queue_reference.use_count() - 1;
 }
 
 /// Queues a fetch for `config`, of which the task gets a copy.
 void ConfigManagerImpl::queue_fetch(ConfigInterface* config) {
-    // The one limit to what a host that answers too often, or whose requests do not return, can
-    // queue. Those that are queued go on with the run.
+    // The only limit for a host that answers too often, or whose requests do not return. The queued
+    // fetches continue the run.
     constexpr long most_fetches_queued = 100;
     if (fetches_queued() >= most_fetches_queued) {
         return;
@@ -275,8 +274,8 @@ void ConfigManagerImpl::queue_fetch(ConfigInterface* config) {
     }
 }
 
-/// Ends the run when the last fetch is gone, by an exception, and none is queued: or no accessory
-/// would ever be configured again.
+/// Ends the run after an exception in a fetch if no other is queued: otherwise no accessory would
+/// be configured again.
 void ConfigManagerImpl::end_run_without_fetch() {
     const RegistryHold hold(*this);
     if (is_configure_accessory_pending() && fetches_queued() == 0) {
@@ -322,8 +321,8 @@ void ConfigManagerImpl::clean_up_pending_config_requests() {
         }
     }
     pending_set.clear();
-    // Not first, but last: an accessory that the log callback attaches here would join a run that
-    // is over, and be lost.
+    // Logged last: an accessory that the log callback attaches before would join the ended run, and
+    // be lost.
     logger->notice() << "clean_up_pending_config_requests: ENTER";
 }
 

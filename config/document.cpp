@@ -22,7 +22,7 @@ const cJSON* first_child(const cJSON* node) {
     return node != nullptr ? node->child : nullptr;
 }
 
-/// The item's text; null when it is no text.
+/// The item's text; null when it is not a text.
 const char* text_of(const cJSON* item) {
     return cJSON_GetStringValue(item);
 }
@@ -36,7 +36,7 @@ bool is_missing_or_null(const cJSON* item) {
     return item == nullptr || cJSON_IsNull(item) != 0;
 }
 
-/// Whether `key` is `wanted` but for the case of its letters.
+/// Whether `key` is `wanted`, ignoring the case of letters.
 bool is_key(const char* key, const char* wanted) {
     const auto lower = [](char character) {
         return character >= 'A' && character <= 'Z' ? static_cast<char>(character + ('a' - 'A'))
@@ -50,7 +50,7 @@ bool is_key(const char* key, const char* wanted) {
     return *key == '\0';
 }
 
-/// The members of a parameter object, found in one walk; null where there is none.
+/// The members of a parameter object, found in one pass; null if missing.
 struct ParameterItems {
     const cJSON* name = nullptr;
     const cJSON* usage_id = nullptr;
@@ -66,7 +66,7 @@ ParameterItems find_parameter_items(const cJSON* parameter) {
     const cJSON* item = nullptr;
     cJSON_ArrayForEach(item, parameter) {
         if (item->string == nullptr) {
-            continue;  // an array's element
+            continue;  // element of an array
         }
         if (is_first(items.name, item, constants::key_name)) {
             items.name = item;
@@ -87,7 +87,7 @@ std::optional<int> read_usage_id(const cJSON* item) {
     }
     char* text = cJSON_GetStringValue(item);
     if (text != nullptr && is_number(text)) {
-        // What atoi answers where a long has 64 bits, and so on all systems.
+        // Same result as atoi with a long of 64 bits, on all systems.
         return static_cast<int>(std::strtoll(text, nullptr, 10));
     }
     return std::nullopt;
@@ -193,7 +193,7 @@ Parameter read_parameter(const cJSON* parameter) {
     if (!value) {
         return faulty(ParameterFault::invalid_value);
     }
-    // The administrator's word is kept as the document spells it; all others are the user's.
+    // "Admin" keeps the spelling of the document; every other access is the user's.
     if (!same_but_for_case(constants::access_admin, reading.setting.access)) {
         reading.setting.access = constants::access_user;
     }

@@ -1,8 +1,7 @@
 // Reads the nodes of a configuration document: JSON in, small values out.
 //
-// Pure: no log, no lock, no plug-in. Nodes are borrowed and may be null, which reads like a node
-// without members. Keys are found without regard to case, and the first of several wins. Any
-// thread.
+// Pure: no log, no lock, no plug-in. Nodes are borrowed; null is read as a node without members.
+// The case of keys is ignored; the first of several equal keys is used. Any thread.
 
 #pragma once
 
@@ -16,34 +15,34 @@ struct cJSON;
 
 namespace headsetmgmt::document {
 
-/// The template of a document: the first member of the first node, on the way down along first
-/// children, that has a member "templateConfiguration". It is found by its place, whatever its key;
-/// null when there is none.
+/// The template of a document. Along the first children, from the root down, the first node that
+/// has a member "templateConfiguration" is searched; the template is the first member of this node,
+/// whatever its key. Null when there is no such node.
 const cJSON* find_template(const cJSON* root);
 
-/// "updatedTime" in epoch seconds, 0 when it is no number; empty when the template has none.
+/// "updatedTime" in epoch seconds, 0 when it is not a number; empty when it is missing.
 std::optional<double> read_updated_time(const cJSON* configuration_template);
 
-/// "commonSettings"; null when the template has none, or an empty one.
+/// "commonSettings"; null when it is missing or empty.
 const cJSON* find_common_settings(const cJSON* configuration_template);
 
-/// "modelSpecificSettings"; null when the template has none.
+/// "modelSpecificSettings"; null when it is missing.
 const cJSON* find_model_entries(const cJSON* configuration_template);
 
-/// The texts of a model entry's "models", in their order; an element that is no text is empty.
+/// The texts of a model entry's "models", in their order; empty for an element that is not a text.
 std::vector<std::string> read_model_names(const cJSON* model_entry);
 
-/// Whether a model entry that names `configured_name` serves the device: the name is not empty and
-/// occurs in the device's model name, case counting.
+/// Whether a model entry with `configured_name` is for the device: the name is not empty and is
+/// part of the device's model name, with the same case.
 bool serves_model(const std::string& configured_name, const std::string& device_model);
 
-/// A model entry's "modelFirmware"; null when it has none.
+/// A model entry's "modelFirmware"; null when it is missing.
 cJSON* find_model_firmware(const cJSON* model_entry);
 
-/// The first of a model's firmware objects, the only one that counts.
+/// The first of a model's firmware objects; the others are ignored.
 struct Firmware {
-    std::optional<std::string> name;  ///< "firmwareName"; empty when it is missing or no text
-    std::string version;              ///< "firmwareVersion"; "" when it is missing or no text
+    std::optional<std::string> name;  ///< "firmwareName"; empty when it is missing or not a text
+    std::string version;              ///< "firmwareVersion"; "" when it is missing or not a text
 };
 
 Firmware read_firmware(const cJSON* model_firmware);
@@ -51,13 +50,13 @@ Firmware read_firmware(const cJSON* model_firmware);
 /// "firmwareParams" of the first firmware object; null when there is none.
 const cJSON* find_firmware_params(const cJSON* model_firmware);
 
-/// Why a parameter object is passed over; looked for in this order.
+/// Why a parameter object is skipped; checked in this order.
 enum class ParameterFault {
     none,
-    missing_name,      ///< "name" is missing, empty or no text
+    missing_name,      ///< "name" is missing, empty or not a text
     null_usage_id,     ///< "usageId" is missing or null
     null_value,        ///< "value" is missing or null
-    invalid_access,    ///< "access" is missing, empty or no text
+    invalid_access,    ///< "access" is missing, empty or not a text
     invalid_usage_id,  ///< "usageId" is neither a number nor a text of digits
     invalid_value,     ///< "value" is neither a number nor a text
 };
@@ -66,7 +65,7 @@ enum class ParameterFault {
 struct Parameter {
     ParameterFault fault = ParameterFault::none;
     int usage_id_number = 0;  ///< integer value of "usageId"; 0 when it came as a text
-    ConfigParam setting;  ///< complete when there is no fault; the name is there but for the first
+    ConfigParam setting;  ///< complete without a fault; else only the name is sure, unless missing
 };
 
 Parameter read_parameter(const cJSON* parameter);

@@ -22,7 +22,7 @@ namespace headsetmgmt::config {
 
 bool ConfigImpl::update_from_server(const std::string& document) {
     if (document.empty()) {
-        // Without a parse, the parser's last error is another document's, whose text is gone.
+        // Not parsed: there is no parser error to log.
         logger->info() << "update_from_server: Nothing to parse";
         return false;
     }
@@ -88,7 +88,7 @@ bool ConfigImpl::parse_remote_default_config(const cJSON* configuration_template
                          << ": No settings found to save.";
     }
 
-    // The settings are the headset's, but where there is a dongle, that is what gets the firmware.
+    // The settings are for the headset. The firmware is for the dongle, if there is one.
     std::string current_version = get_firmware_version();
     const std::string dongle_model = accessory->get_dongle_model();
     if (!dongle_model.empty()) {
@@ -97,8 +97,8 @@ bool ConfigImpl::parse_remote_default_config(const cJSON* configuration_template
         logger->info() << "parse_remote_default_config: found dongle [" << dongle_model
                        << "], will upgrade dongle only";
     }
-    // This alone decides: common settings without a firmware block fail the document, a firmware
-    // block without settings passes it.
+    // The only result that counts: common settings without a firmware block fail the document, a
+    // firmware block without settings passes it.
     const bool result = upgrade_firmware(model_firmware, current_version);
     logger->info() << (result ? "parse_remote_default_config: Success"
                               : "parse_remote_default_config: Failed");
@@ -121,14 +121,14 @@ bool ConfigImpl::save_common_settings_params(const cJSON* configuration_template
         logger->error() << "save_common_settings_params" << constants::tag_lib_err << error.what();
         return false;
     }
-    // Also when not one of them could be read.
+    // Also when none of them was valid.
     logger->notice() << "save_common_settings_params: success";
     return true;
 }
 
 namespace {
 
-/// What the log says of a faulty parameter; its name follows but for the first.
+/// Log text for a faulty parameter. The parameter's name follows, except after `missing_name`.
 const char* message_of(document::ParameterFault fault) {
     // In the order of the faults.
     static constexpr const char* messages[] = {
@@ -151,12 +151,12 @@ int ConfigImpl::save_config_to_map(const cJSON* params) {
     cJSON_ArrayForEach(element, params) {
         document::Parameter parameter = document::read_parameter(element);
         if (parameter.fault != document::ParameterFault::none) {
-            // Without a name, this adds nothing.
+            // The name may be empty.
             logger->notice() << "save_config_to_map" << constants::tag_korm_err
                              << message_of(parameter.fault) << parameter.setting.name;
             continue;
         }
-        // Composed before the texts move into the map; delivered once they are there.
+        // Composed before the texts move into the map, delivered afterwards.
         log::LogStream line = logger->debug();
         line << "save_config_to_map: " << parameter.usage_id_number
              << ", key: " << parameter.setting.name << ", value: " << parameter.setting.value
@@ -210,7 +210,7 @@ bool ConfigImpl::save_model_specific_settings_params(const cJSON* model_firmware
         return false;
     }
     apply_settings(document::find_firmware_params(model_firmware));
-    // The result tells that there is a firmware block, not how applying its settings went.
+    // The result says that there is a firmware block, not whether its settings were applied.
     logger->debug() << "save_model_specific_settings_params: Success.";
     return true;
 }

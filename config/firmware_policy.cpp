@@ -20,8 +20,8 @@ namespace headsetmgmt::config {
 
 namespace {
 
-/// Compares two versions of as many fields each, as numbers and from the first field on. Versions
-/// that are written differently but mean the same may be changed as well.
+/// Compares two versions with the same number of fields, field by field, as numbers. Equal numbers
+/// in different spellings are also a change.
 ConfigImpl::FirmwareDecision compare_fields(const std::vector<std::string>& candidate,
                                             const std::vector<std::string>& reported) {
     for (std::size_t i = 0; i < candidate.size(); ++i) {
@@ -47,7 +47,7 @@ bool ConfigImpl::upgrade_firmware(const cJSON* model_firmware, const std::string
                      << " entries for model firmware";
     const document::Firmware firmware = document::read_firmware(model_firmware);
     if (!firmware.name) {
-        // "firmare", and no separator below: the lines are known as they are.
+        // "firmare", and no separator below: the texts are fixed.
         logger->error() << "upgrade_firmware" << constants::tag_korm_err
                         << ": no/null firmare name in JSON";
         return false;
@@ -99,7 +99,7 @@ int ConfigImpl::check_firmware_upgrade(const std::string& candidate, const std::
         logger->info() << "check_firmware_upgrade: versions are the same, do nothing";
         return keep;
     }
-    // The candidate's name alone: what the accessory reports is taken as it is.
+    // Only the candidate is checked, not the version that the accessory reports.
     if (is_naming_corrupted(candidate)) {
         logger->warning() << "check_firmware_upgrade: naming format not supported, candidate<"
                           << candidate << ">, reported<" << reported << ">";

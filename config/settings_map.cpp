@@ -16,7 +16,7 @@ namespace headsetmgmt::config {
 
 void ConfigImpl::set_map_entry(int usage_id, ConfigParam param) {
     const ScopedLock<MutexOwner> settings_lock(settings_mutex);
-    // Documents mostly count their usage ids up, so that an entry's place is the end.
+    // Most documents have ascending usage ids: the hint is then right.
     settings.insert_or_assign(settings.end(), usage_id, std::move(param));
 }
 
@@ -32,7 +32,7 @@ std::map<int, ConfigParam> ConfigImpl::retrieve_config() NO_THREAD_SAFETY_ANALYS
 
 namespace {
 
-/// Whether the host may change the setting. A fixed range of its own, apart from what it displays.
+/// Whether the host may change the setting. A fixed range, not that of the settings it displays.
 bool is_host_changeable(int usage_id) {
     constexpr int first = 32;
     constexpr int last = 35;
@@ -46,8 +46,8 @@ bool ConfigImpl::update_from_host(const std::string& name, int usage_id, const s
         logger->info() << "update_from_host: Invalid user setting";
         return false;
     }
-    // The host has changed the device already; this is for the record. No access: not from a
-    // document.
+    // The host has already changed the device; this only records it. No access, because the setting
+    // is not from a document.
     set_map_entry(usage_id, ConfigParam{usage_id, name, value, ""});
     logger->info() << "update_from_host: Updated id: " << usage_id << ", key: " << name
                    << ", value: " << value;
@@ -56,19 +56,19 @@ bool ConfigImpl::update_from_host(const std::string& name, int usage_id, const s
 
 void ConfigImpl::apply_config_to_device(ApplyType type) const {
     const bool reset = type != ApplyType::CONFIGURE;
-    // One line for each setting, but composed once.
+    // Written for each setting, composed once.
     const std::string type_line =
         logger->line(reset ? "apply_config_to_device: Apply type: RESET"
                            : "apply_config_to_device: Apply type: CONFIGURE");
-    // A copy, for the host may change the entry while it is sent; of what is sent alone. Its room
-    // serves all of them.
+    // A copy of what is sent: the host may change the entry while it is sent. Reused for all
+    // entries.
     ConfigParam setting;
-    std::optional<int> key;  // of the entry that was looked at last
+    std::optional<int> key;  // of the previous entry
     while (true) {
         bool sent = false;
         {
             const ScopedLock<MutexOwner> settings_lock(settings_mutex);
-            // By key: whatever the host called meanwhile may have changed the map.
+            // By key: calls of the host may have changed the map meanwhile.
             const auto entry = key ? settings.upper_bound(*key) : settings.begin();
             if (entry == settings.end()) {
                 break;

@@ -1,4 +1,4 @@
-// The one place that ties the executor to its two kinds of work.
+// Connects the executor to its two kinds of work.
 
 #include "headsetmgmt/executor.h"
 

@@ -1,5 +1,5 @@
-// Which accessories may be moved to an older firmware. Alone in its file, so that a test program
-// can answer in its place.
+// Which accessories may get an older firmware. The only function of its file, so that a test
+// program can replace it.
 
 #include "headsetmgmt/utilities.h"
 

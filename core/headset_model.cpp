@@ -1,4 +1,4 @@
-// Which model a headset is marketed as, and whether it is the maker's.
+// The marketed model of a headset, and whether the headset is the maker's.
 
 #include <cstddef>
 #include <string>

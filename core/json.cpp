@@ -1,4 +1,4 @@
-// The parser and its error, read as one step.
+// The JSON parser.
 
 #include "core/json.h"
 
@@ -8,7 +8,7 @@ namespace headsetmgmt {
 
 namespace {
 
-// cJSON notes the place of its last error in a process-wide variable.
+// cJSON stores the place of its last error in a process-wide variable.
 Mutex parser_mutex;
 
 JsonOwner parse(const std::string& text, const char*& error_place) REQUIRES(parser_mutex) {
@@ -19,11 +19,11 @@ JsonOwner parse(const std::string& text, const char*& error_place) REQUIRES(pars
 
 JsonOwner parse_json(const std::string& text, std::optional<std::string>& rest) {
     const ScopedLock<Mutex> parser_lock(parser_mutex);
-    // The place comes from the call itself: another user of cJSON in this process may have moved
-    // the process-wide one into a text of its own.
+    // The place comes from the call itself: another user of cJSON in this process may have
+    // overwritten the process-wide one.
     const char* error_place = nullptr;
     JsonOwner tree = parse(text, error_place);
-    // cJSON 1.7 always knows the place; its interface does not promise it.
+    // cJSON 1.7 always reports the place; its interface does not guarantee it.
     if (!tree && error_place != nullptr) {
         rest = error_place;
     }

@@ -1,4 +1,4 @@
-// Owners of JSON trees and printed JSON, and the parser with its error.
+// Owners of JSON trees and printed JSON, and the parser.
 
 #pragma once
 
@@ -15,14 +15,14 @@ struct JsonDeleter {
     void operator()(char* printed) const { cJSON_free(printed); }
 };
 
-/// A JSON tree, deleted with everything in it.
+/// Owns a whole JSON tree.
 using JsonOwner = std::unique_ptr<cJSON, JsonDeleter>;
 
-/// What cJSON printed.
+/// Owns a text that cJSON printed.
 using JsonTextOwner = std::unique_ptr<char, JsonDeleter>;
 
-/// Parses `text`, up to its first NUL if it holds one. When that fails the result is empty, and
-/// `rest` is what stands from the place of the error on, if the parser knows the place. Any thread.
+/// Parses `text`, up to its first NUL if there is one. On failure the result is empty, and `rest`
+/// is the text from the place of the error on, if the parser reports the place. Any thread.
 JsonOwner parse_json(const std::string& text, std::optional<std::string>& rest);
 
 }  // namespace headsetmgmt

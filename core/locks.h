@@ -31,7 +31,7 @@ class SCOPED_CAPABILITY ScopedLock {
 public:
     explicit ScopedLock(Lock& taken) ACQUIRE(taken) : lock(taken) { lock.lock(); }
 
-    /// Takes over a lock that the thread holds already.
+    /// For a lock that the thread already holds.
     ScopedLock(Lock& held, std::adopt_lock_t /*adopt*/) REQUIRES(held) : lock(held) {}
     ~ScopedLock() RELEASE() { lock.unlock(); }
 

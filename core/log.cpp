@@ -1,4 +1,4 @@
-// Making and deleting loggers.
+// Makes and deletes loggers.
 
 #include "headsetmgmt/log.h"
 

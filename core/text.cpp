@@ -1,4 +1,4 @@
-// Questions about texts. ASCII only, so that no locale of the host changes an answer.
+// Text functions. ASCII only, so that the results do not depend on the locale of the host.
 
 #include <algorithm>
 #include <string>
@@ -50,7 +50,7 @@ bool equals_ignore_case(std::string left, std::string right) {
 }
 
 bool same_but_for_case(std::string_view left, std::string_view right) {
-    // Most texts that are compared are written alike.
+    // Most compared texts are identical.
     return left == right ||
            std::equal(left.begin(), left.end(), right.begin(), right.end(),
                       [](char one, char other) { return ascii_lower(one) == ascii_lower(other); });

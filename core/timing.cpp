@@ -1,4 +1,4 @@
-// Waiting, and how long to wait.
+// Waiting and waiting times.
 
 #include <cstdlib>
 #include <ctime>
@@ -16,7 +16,7 @@ unsigned int get_seconds_to_wait(unsigned int base, unsigned int spread) {
     std::srand(static_cast<unsigned int>(std::time(nullptr)));
     const auto draw = static_cast<unsigned int>(std::rand());
     if (spread == std::numeric_limits<unsigned int>::max()) {
-        return base + draw;  // every draw lies within the spread
+        return base + draw;  // every draw is within the spread
     }
     return base + draw % (spread + 1);
 }

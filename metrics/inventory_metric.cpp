@@ -1,4 +1,4 @@
-// The inventory report's sending: from the host's wish to the request.
+// Sends the inventory report: from the host's call to the request.
 
 #include "metrics/inventory_metric.h"
 
@@ -28,15 +28,15 @@ InventoryMetric::InventoryMetric(const AccessoryInfoInterface* info, const std::
 bool InventoryMetric::send() {
     logger->notice() << "send: Enter";
     SendMetricsParams params(accessory.get());
-    // The forwarder ignores the context of this kind of task, so this object may go as soon as the
-    // task is queued.
+    // The forwarder ignores the context of this kind of task, so this object may be deleted as soon
+    // as the task is queued.
     globals::plugins.executor->add_task(task_forwarder, this, &params);
     return true;
 }
 
 bool InventoryMetric::send_metric(TaskParametersInterface* params) {
     const LoggerOwner logger = make_logger("InventoryMetric");
-    // The lines that tell progress carry the tag as well.
+    // The progress lines also have the error tag.
     logger->info() << "send_metric" << constants::tag_lib_err << ": ENTER";
     if (params == nullptr) {
         logger->error() << "send_metric" << constants::tag_lib_err << ": no task parameters";
@@ -70,7 +70,7 @@ bool InventoryMetric::send_task(TaskParametersInterface* /*params*/) {
     request.url = get_post_url();
     request.body = std::move(body);
     request.method = "POST";
-    // Sent and forgotten; the dispatcher refuses a request without a URL.
+    // The result is not used; the dispatcher refuses a request without a URL.
     globals::plugins.dispatcher->push(&request);
     return true;
 }

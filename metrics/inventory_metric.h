@@ -32,13 +32,13 @@ public:
     bool send() override;
     METRICS_TYPE get_type() const override = 0;
 
-    /// Builds the report and hands it to the dispatcher. False when it could not be built.
+    /// Builds the report and passes it to the dispatcher. False when it could not be built.
     virtual bool send_task(TaskParametersInterface* params);
 
     /// The report's "key".
     virtual std::string get_inventory_base_key() = 0;
 
-    /// The key under which the report's "value" has the accessory: "headset", for a camera too.
+    /// The accessory's key in the report's "value": "headset", also for a camera.
     virtual std::string get_inventory_accessory_key();
 
     /// The work of a task of kind `send_inventory`: sends the report of the task's accessory.
@@ -51,7 +51,7 @@ public:
     /// Where reports are posted: the host's template with its token replaced.
     std::string get_post_url();
 
-    // The parts of the report: new trees that the caller owns, null when they could not be built.
+    // The parts of the report: trees owned by the caller, null when they could not be built.
     cJSON* build_envelop(log::Logger* envelop_logger);
     cJSON* build_host_payload(log::Logger* payload_logger, bool maker_accessory);
     cJSON* build_dock_payload();

@@ -1,4 +1,4 @@
-// The inventory report: what it says, member by member.
+// The inventory report's content, member by member.
 
 #include <ctime>
 #include <string>
@@ -21,16 +21,17 @@ bool add_text(const JsonOwner& object, const char* key, const std::string& text)
     return cJSON_AddStringToObject(object.get(), key, text.c_str()) != nullptr;
 }
 
-/// Gives `child` to `parent`; false when there is no child, or when memory ran out and it is gone.
+/// Moves `child` into `parent`; false when there is no child, or when memory ran out and the child
+/// was deleted.
 bool add_object(const JsonOwner& parent, const std::string& key, JsonOwner child) {
     if (!child || cJSON_AddItemToObject(parent.get(), key.c_str(), child.get()) == 0) {
         return false;
     }
-    static_cast<void>(child.release());  // the parent has it
+    static_cast<void>(child.release());  // owned by the parent
     return true;
 }
 
-/// What `build` makes, for the caller to own; null when it throws: memory ran out, or a host
+/// The tree that `build` makes, owned by the caller; null when it throws: memory ran out, or a host
 /// function threw.
 template <typename Build>
 cJSON* built_or_null(Build build) {
@@ -100,7 +101,7 @@ cJSON* InventoryMetric::build_host_payload(log::Logger* payload_logger, bool mak
         SystemInfoInterface* phone = globals::plugins.system_info;
         JsonOwner host(cJSON_CreateObject());
         bool built = true;
-        // What the phone is concerns the maker alone.
+        // Facts of the phone are for the maker only.
         if (maker_accessory) {
             built = add_text(host, constants::key_client, phone->get_host_client_type()) &&
                     add_text(host, constants::key_serial_number, phone->get_host_serial_number()) &&

@@ -1,4 +1,4 @@
-// Makes the metric object that fits an accessory.
+// Makes the metric object of an accessory.
 
 #include <algorithm>
 #include <cstdint>
@@ -12,8 +12,8 @@ namespace metrics = headsetmgmt::metrics;
 
 namespace {
 
-/// The message starts as many characters further in as the type's value says: the number was meant
-/// to be appended. Receivers know the text as it is. It never starts outside the text.
+/// The text without its first characters, as many as the value of the type: the number was meant to
+/// be appended. Fixed: receivers rely on it. Never starts outside the text.
 const char* unsupported_type_message(headsetmgmt::ACCESSORY_TYPE type) {
     static constexpr char text[] = "metrics factory: Unsupported METRICS_TYPE: ";
     constexpr std::int32_t length = sizeof(text) - 1;

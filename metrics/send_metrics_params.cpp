@@ -1,4 +1,4 @@
-// What a task that sends an inventory report carries.
+// Parameters of a task that sends an inventory report.
 
 #include "metrics/send_metrics_params.h"
 
@@ -26,7 +26,7 @@ int SendMetricsParams::check_status() {
     if (globals::plugins.system_info == nullptr) {
         return drop;
     }
-    // Without an accessory the task runs and fails at once; held back, it would fail later.
+    // Without an accessory the task runs at once and fails.
     if (!accessory || accessory->data_ready()) {
         return ready;
     }

@@ -1,4 +1,4 @@
-// What a task that sends an inventory report carries.
+// Parameters of a task that sends an inventory report.
 
 #pragma once
 
@@ -12,8 +12,8 @@ namespace headsetmgmt::metrics {
 /// A copy of the accessory to report, and how long the task may wait.
 class SendMetricsParams : public TaskParametersInterface {
 public:
-    /// Clones `info`, if there is one. Runs when the accessory's data are ready, and after 120
-    /// seconds all the same.
+    /// Clones `info` unless it is null. The task runs when the accessory's data are ready, after
+    /// 120 seconds in any case.
     explicit SendMetricsParams(const AccessoryInfoInterface* info);
     SendMetricsParams(const SendMetricsParams& other);
 
@@ -23,7 +23,7 @@ public:
     unsigned int get_timeout() const override;
     unsigned int get_defer_time() const override;
 
-    /// The copy; null when there was nothing to copy. Stays with the parameters.
+    /// The copy, null if `info` was null. Owned by the parameters.
     AccessoryInfoInterface* get_accessory() const;
 
 private:

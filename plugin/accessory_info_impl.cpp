@@ -34,30 +34,30 @@ std::string AccessoryInfoImpl::to_string() {
     std::string text;
     text.reserve(usual_size);
     text = "Accessory Info:\n";
-    const auto tell = [&text](const char* fact, const std::string& value) {
+    const auto add = [&text](const char* fact, const std::string& value) {
         text.append(fact).append(value).push_back('\n');
     };
-    tell("type:", accessory_type_to_string(type));
-    tell("id:", id);
-    tell("vendor:", vendor);
-    tell("vendor id:", std::to_string(vendor_id));
-    tell("model:", model);
-    tell("serial number:", serial_number);
-    tell("sw ver:", software_version);
-    tell("hw ver:", hardware_version);
-    tell("dock model:", dock_model);
-    tell("dock serial number:", dock_serial_number);
-    tell("dongle model:", dongle_model);
-    tell("dongle serial number:", dongle_serial_number);
-    tell("dongle version:", dongle_version);
-    tell("connection type:", connection_type);
-    tell("connection status:", connection_status);
+    add("type:", accessory_type_to_string(type));
+    add("id:", id);
+    add("vendor:", vendor);
+    add("vendor id:", std::to_string(vendor_id));
+    add("model:", model);
+    add("serial number:", serial_number);
+    add("sw ver:", software_version);
+    add("hw ver:", hardware_version);
+    add("dock model:", dock_model);
+    add("dock serial number:", dock_serial_number);
+    add("dongle model:", dongle_model);
+    add("dongle serial number:", dongle_serial_number);
+    add("dongle version:", dongle_version);
+    add("connection type:", connection_type);
+    add("connection status:", connection_status);
     text += '\n';
     return text;
 }
 
 bool AccessoryInfoImpl::firmware_data_ready() {
-    // Through the getters, which another record may have overridden.
+    // Through the getters, which a derived class may override.
     return !get_software_version().empty() && !get_model().empty();
 }
 

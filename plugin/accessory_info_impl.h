@@ -11,8 +11,8 @@
 
 namespace headsetmgmt {
 
-/// An accessory as the host described it. Changes after construction through `set_connection`
-/// alone. One thread at a time.
+/// An accessory as described by the host. After construction only `set_connection` changes it. One
+/// thread at a time.
 class AccessoryInfoImpl : public AccessoryInfoInterface {
 public:
     /// Connection type and status are empty at first.
@@ -26,7 +26,7 @@ public:
     AccessoryInfoImpl(const AccessoryInfoImpl&) = default;
     AccessoryInfoImpl& operator=(const AccessoryInfoImpl&) = delete;
 
-    /// The id that the host uses for the accessory in every call.
+    /// The host's id of the accessory.
     std::string device_id() const { return id; }
 
     ACCESSORY_TYPE get_type() const override { return type; }
@@ -44,18 +44,18 @@ public:
     std::string get_connection_type() override { return connection_type; }
     std::string get_connection_status() override { return connection_status; }
 
-    /// One fact a line; the dock and the dongle tell their model before their serial number.
+    /// One fact per line, those of dock and dongle with the model first.
     std::string to_string() override;
 
-    /// Always true: the host tells everything at once.
+    /// Always true: the host reports everything at once.
     bool data_ready() override { return true; }
 
-    /// True once software version and model are known.
+    /// Whether software version and model are known.
     bool firmware_data_ready() override;
     bool is_varos_vid() override;
     void set_connection(const std::string& new_type, const std::string& new_status) override;
 
-    /// Does nothing: the record learns nothing after construction.
+    /// Does nothing: no facts are added after construction.
     void reset() override {}
     ~AccessoryInfoImpl() override = default;
 
@@ -77,7 +77,7 @@ private:
     std::int32_t vendor_id;
 };
 
-/// The host's record turned into one of the library's own, its texts taken whole.
+/// Converts the host's record into the library's. Texts with NULs are copied whole.
 std::shared_ptr<AccessoryInfoImpl> to_accessory_info(const AccessoryCache& cache);
 
 }  // namespace headsetmgmt

@@ -1,4 +1,4 @@
-// The gate through which host calls enter the library, and which a stop closes.
+// The gate through which host calls enter the library. A stop closes it.
 
 #include "plugin/call_gate.h"
 
@@ -7,7 +7,7 @@
 
 namespace headsetmgmt::plugin {
 
-static_assert(std::is_trivially_destructible_v<CallGate>, "asked while the process exits");
+static_assert(std::is_trivially_destructible_v<CallGate>, "used while the process exits");
 
 namespace {
 

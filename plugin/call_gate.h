@@ -1,4 +1,4 @@
-// The gate through which host calls enter the library, and which a stop closes.
+// The gate through which host calls enter the library. A stop closes it.
 
 #pragma once
 
@@ -7,16 +7,16 @@
 
 namespace headsetmgmt::plugin {
 
-/// A call that comes while it is closed is turned away at once; closing waits until the last call
-/// inside has left.
+/// While it is closed, calls are turned away at once; closing waits until the last call inside has
+/// left.
 ///
-/// There is one: being inside is a property of the thread. Any thread. Made before any code runs
-/// and never destroyed, so that it can be asked even while the process exits.
+/// There is only one object: being inside is a property of the thread. Any thread. Initialised
+/// before any code runs and never destroyed, so that it can be used even while the process exits.
 class CallGate {
 public:
     enum class State { closed, open, open_and_started };
 
-    /// One call's way through the gate, from its first line to its last.
+    /// One call's passage through the gate, for the length of the call.
     class Passage {
     public:
         explicit Passage(CallGate& gate);
@@ -25,7 +25,7 @@ public:
         Passage(const Passage&) = delete;
         Passage& operator=(const Passage&) = delete;
 
-        /// Whether the call was let in.
+        /// Whether the call was admitted.
         explicit operator bool() const { return let_in; }
 
     private:
@@ -39,10 +39,10 @@ public:
     /// Whether calls find a started library behind it.
     bool is_started() const { return !closed_for_good && state == State::open_and_started; }
 
-    /// Turns calls away from now on, and waits for those inside. Not from inside.
+    /// Turns calls away from now on, and waits until those inside have left. Not from inside.
     void close_and_wait();
 
-    /// Turns calls away from now on and for ever; those inside stay.
+    /// Turns calls away forever; those inside stay.
     void close_for_good() { closed_for_good = true; }
     bool is_closed_for_good() const { return closed_for_good; }
 

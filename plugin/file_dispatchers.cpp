@@ -18,7 +18,7 @@ struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
-/// Whether the file could be read; its whole content is then in `content`, which is else unchanged.
+/// Reads the whole file into `content`; false, with `content` unchanged, when it cannot be read.
 bool read_file(const std::string& path, std::string& content) {
     const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(path.c_str(), "re"));
     if (!file) {

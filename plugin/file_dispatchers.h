@@ -13,8 +13,8 @@ public:
     /// Sends nothing; 0.
     int push(const std::string& url, const std::string& body) const;
 
-    /// Reads "../../../../sample-config/<name>" into `document` and says on standard output what it
-    /// does. Always 0; `document` is unchanged when the file cannot be read.
+    /// Reads "../../../../sample-config/<name>" into `document` and reports on standard output.
+    /// Always 0; `document` is unchanged when the file cannot be read.
     int get(const std::string& name, std::string& document) const;
 };
 

@@ -1,5 +1,5 @@
-// The exported functions: each lets its caller in, or turns it away, and hands on to the plug-in
-// object.
+// The exported functions: each passes the call on to the plug-in object, unless the library turns
+// it away.
 
 #include "headsetmgmt/phone/flat_interface.h"
 
@@ -62,7 +62,7 @@ bool retrieve_config(const char* device_id, CONFIG_SETTING_USAGE_ID usage_id, in
         if (value == nullptr || !plugin.retrieveConfig(device_id, usage_id, text)) {
             return false;
         }
-        // What atoi answers where a long has 64 bits, and so on all systems.
+        // Same result as atoi with a long of 64 bits, on all systems.
         *value = static_cast<int>(std::strtoll(text.c_str(), nullptr, 10));
         return true;
     });

@@ -1,4 +1,4 @@
-// How deep each thread is in host functions.
+// Counts how deep each thread is in host functions.
 
 #include "plugin/host_call.h"
 

@@ -4,8 +4,8 @@
 
 namespace headsetmgmt::plugin {
 
-/// Marks the calling thread as inside a host function, or the log callback, for its own lifetime.
-/// Stands around every call of one.
+/// Marks the calling thread as inside a host function or the log callback, for the lifetime of the
+/// object. Every call of one is made with such an object.
 class HostCall {
 public:
     HostCall();
@@ -18,7 +18,7 @@ public:
     static bool is_under_way();
 
 private:
-    int& depth;  // the thread's own; finding it takes longer than counting
+    int& depth;  // the thread's own; a reference, because finding it is slower than counting
 };
 
 }  // namespace headsetmgmt::plugin

@@ -1,4 +1,4 @@
-// The plug-in object's events: what the host tells, handed to the core.
+// The plug-in object's events: passed from the host to the core.
 
 #include <exception>
 #include <memory>
@@ -25,7 +25,7 @@ struct UsageName {
     const char* name;
 };
 
-/// What the phone displays for a usage id, in the order of the ids.
+/// Display names of the usage ids, in the order of the ids.
 constexpr UsageName usage_names[] = {
     {USAGE_SPEAKER_VOLUME, "Speaker Volume"},
     {USAGE_MICROPHONE_GAIN, "Microphone Gain"},
@@ -39,7 +39,7 @@ bool is_given(const char* text) {
     return text != nullptr && *text != '\0';
 }
 
-/// The entry of an array of three; null when the array is null.
+/// The entry at `index`; null when the array is null.
 const char* server_at(const char** servers, int index) {
     return servers != nullptr ? servers[index] : nullptr;
 }
@@ -57,12 +57,12 @@ bool PhonePluginImpl::configure_headset(const std::shared_ptr<AccessoryCache>& c
     if (configured.empty()) {
         return false;
     }
-    debug("PhonePluginImpl::configure_headset: suceeded.\n");  // the line is known as it is
+    debug("PhonePluginImpl::configure_headset: suceeded.\n");  // the text is fixed
     return true;
 }
 
 void PhonePluginImpl::sendInventory(const std::shared_ptr<AccessoryCache>& cache) {
-    // The core's plug-in record keeps its pointers after a stop, so this member has to tell.
+    // Not the core's plug-in record, which keeps its pointers after a stop.
     if (config_mgr_ == nullptr || cache == nullptr) {
         return;
     }
@@ -83,7 +83,7 @@ bool PhonePluginImpl::onHeadsetConfigUrl(const char* config_url, const char* inv
     if (config_mgr_ == nullptr) {
         return false;
     }
-    // `init_plugins` made it: the phone's own class, which alone takes facts.
+    // Made by `init_plugins`, so it is of the phone's own class, which alone has setters.
     auto& phone = static_cast<config::PhoneSystemInfoImpl&>(*phone_system_info_);
     if (is_given(config_url)) {
         phone.setConfigUrl(config_url);
@@ -145,7 +145,7 @@ void PhonePluginImpl::onHttpResponse(const char* body, int status) {
     try {
         document = text_or_empty(body);
     } catch (const std::bad_alloc&) {
-        // Empty, it is of no use to anybody, but the run ends, as it would not without an answer.
+        // The document stays empty and fails, but the run ends.
     }
     config_mgr_->on_fetch_config_success(document);
 }

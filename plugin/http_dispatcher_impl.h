@@ -8,8 +8,8 @@
 
 namespace headsetmgmt::dispatcher {
 
-/// Hands requests to the host and never waits for an answer: that of a fetch arrives through
-/// `httpResponse`, that of a post is nobody's business. Any thread.
+/// Passes requests to the host and does not wait for an answer: that of a fetch arrives through
+/// `httpResponse`, that of a post is not delivered. Any thread.
 class HttpDispatcherImpl : public DispatcherInterface {
 public:
     /// Needs the method "POST", a URL and a body.

@@ -1,5 +1,5 @@
-// The library's life: made, started, stopped and ended, each by one thread at a time and with no
-// host call inside.
+// Making, starting, stopping and ending the library: by one thread at a time, with no host call
+// inside.
 
 #include "plugin/lifecycle.h"
 
@@ -36,8 +36,8 @@ bool called_from_inside() {
 
 /// The owner of the one plug-in object, which the first create or start makes; changed only while
 /// the gate is closed. `end_library` deletes the object, or leaves it for good. Nothing destroys
-/// the owner, so that calls may look at it while the process exits. It is made by the first call,
-/// so that loading the library runs no code.
+/// the owner, so that calls may read it while the process exits. The first call makes it, so that
+/// loading the library runs no code.
 std::shared_ptr<PhonePluginImpl>& plugin_instance() {
     using Owner = std::shared_ptr<PhonePluginImpl>;
     alignas(Owner) static std::byte room[sizeof(Owner)];
@@ -61,8 +61,8 @@ void end_library() {
     }
     gate.close_for_good();
     if (called_from_inside()) {
-        // A host function or the log callback called exit. Its callers, and the task that the
-        // worker is in, use all that is there until the process is gone, so it stays.
+        // A host function or the log callback called exit. Its callers and the worker's current
+        // task use the object until the process has ended, so it is not deleted.
         if (plugin_instance() != nullptr) {
             plugin_instance()->dismiss_worker();
         }
@@ -83,13 +83,13 @@ struct EndOfLibrary {
 void make_plugin_instance() REQUIRES(lifecycle_mutex) {
     plugin_instance() = std::make_shared<PhonePluginImpl>();
     library_process = getpid();
-    // From here on, and not from when the library was loaded: this ends the library before whatever
-    // the host had made by now, and its host functions may use, is destroyed.
+    // Made now, not when the library is loaded: so the library ends before objects are destroyed
+    // that the host has already made, and that its host functions may use.
     static const EndOfLibrary end_of_library;
 }
 
-/// Changes the library's state with nobody inside: runs `change`, which answers whether the library
-/// is started afterwards, and answers the same; false when it throws.
+/// Changes the library's state with no call inside: runs `change`, which returns whether the
+/// library is started afterwards, and returns the same; false when it throws.
 template <typename Change>
 bool with_gate_closed(Change change) noexcept REQUIRES(lifecycle_mutex) {
     gate.close_and_wait();
@@ -112,7 +112,7 @@ bool is_made() {
 LibraryCall::LibraryCall() : passage(gate), object(passage ? plugin_instance().get() : nullptr) {}
 
 void make_library() noexcept {
-    // A caller from inside proves that the object exists.
+    // If the caller is inside, the object exists.
     if (called_from_inside() || is_made()) {
         return;
     }

@@ -1,5 +1,4 @@
-// The library's life, from the first call to the end of the process, and the way of each host call
-// into it.
+// Making, starting, stopping and ending the library, and the way of each host call into it.
 
 #pragma once
 
@@ -18,17 +17,17 @@ void make_library() noexcept;
 bool start_library(const char* phone_model, const char* phone_version,
                    const char* storage_path) noexcept;
 
-/// Stops the library, once all calls and the task under way have left. Does nothing from inside a
+/// Stops the library after all calls and the task under way have ended. Does nothing from inside a
 /// host function, while another thread stops the library, or once the process exits. Any thread.
 void stop_library() noexcept;
 
-/// One host call's way into the library. A stop waits for its end.
+/// One host call inside the library. A stop waits until it ends.
 class LibraryCall {
 public:
     LibraryCall();
 
     /// The plug-in object, valid until the call ends; null when there is none, or when the library
-    /// is being started or stopped, or the process exits. Throws nothing.
+    /// is being started or stopped, or the process exits.
     PhonePluginImpl* plugin() const { return object; }
 
 private:
@@ -36,8 +35,8 @@ private:
     PhonePluginImpl* object;
 };
 
-/// Runs `body` on the plug-in object and passes its answer on; false when there is no object to
-/// be had, and when `body` throws: memory ran out, or a host function threw.
+/// Calls `body` with the plug-in object and returns its result; false when there is no object (see
+/// `LibraryCall`), and when `body` throws: memory ran out, or a host function threw.
 template <typename Body>
 bool answer(Body body) noexcept {
     try {

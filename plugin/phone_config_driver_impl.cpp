@@ -1,4 +1,4 @@
-// The way from the core to the devices through the phone's host functions.
+// Gives the core access to the devices, through the phone's host functions.
 
 #include "plugin/phone_config_driver_impl.h"
 
@@ -30,8 +30,8 @@ void PhoneConfigDriverImpl::on_failure(const std::string& /*accessory_id*/,
 void PhoneConfigDriverImpl::on_pending(const std::string& /*accessory_id*/,
                                        ConfigureResponse /*response*/) const {}
 
-// Kept although no flow calls it: a host that lacks the function it asks is to be told so when it
-// loads the library, as for the other six.
+// Kept although the library never calls it: a host without `check_firmware_upgrade` must fail to
+// load the library, as for the other six functions.
 [[gnu::used, gnu::retain]] bool
 PhoneConfigDriverImpl::check_legacy_upgrade(const std::string& accessory_id) {
     const plugin::HostCall host_call;

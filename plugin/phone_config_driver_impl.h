@@ -1,4 +1,4 @@
-// The way from the core to the devices through the phone's host functions.
+// Gives the core access to the devices, through the phone's host functions.
 
 #pragma once
 
@@ -8,8 +8,7 @@
 
 namespace headsetmgmt::config {
 
-/// Hands settings and upgrade requests to the host; what the host answers is not passed on. Any
-/// thread.
+/// Passes settings and upgrade requests to the host and ignores its results. Any thread.
 class PhoneConfigDriverImpl : public HostConfigDriverInterface {
 public:
     bool apply_config_to_device(const std::string& accessory_id, const std::string& name,
@@ -19,12 +18,12 @@ public:
     void on_failure(const std::string& accessory_id, ConfigureResponse response) const override;
     void on_pending(const std::string& accessory_id, ConfigureResponse response) const override;
 
-    /// What the host says to an upgrade of the accessory, for those who hold the concrete class.
-    /// Not const, so it does not override the interface's operation of this name: a call through
-    /// the interface answers true without asking the host, and that is wanted.
+    /// Whether the host would upgrade the accessory by itself. Not const, so it does not override
+    /// the interface's operation of this name: a call through the interface returns true without
+    /// calling the host. This is intended.
     bool check_legacy_upgrade(const std::string& accessory_id);
 
-    // Beside its namesake, so that no compiler takes the one above for a slip that hides it.
+    // Makes both visible, so that no compiler warns that the one above hides the other.
     using HostConfigDriverInterface::check_legacy_upgrade;
 };
 

@@ -82,7 +82,7 @@ bool PhonePluginImpl::init_headsetmgmt_lib(const std::string& /*phone_model*/,
     init(plugins);
     config_mgr_ = config::create_config_manager();
     if (config_mgr_ == nullptr) {
-        // Not reached: the core's manager is made, or an exception leaves.
+        // Not reached: the core returns a manager or throws.
         debug("Failed to create config_manager\n");
         return false;
     }
@@ -109,12 +109,12 @@ void PhonePluginImpl::stop_headset_mgmt() {
     debug("stop headset mgmt\n");
     end_worker();
     config::delete_config_manager();
-    // Deletes the manager once more, which is harmless.
+    // Deletes the manager again, which does nothing.
     reset_headsetmgmt_lib();
 }
 
 bool PhonePluginImpl::reset_headsetmgmt_lib() {
-    // Before anything that a task may use goes.
+    // Before anything that a task may use is deleted.
     end_worker();
     if (config_mgr_ != nullptr) {
         config::delete_config_manager();
@@ -123,7 +123,7 @@ bool PhonePluginImpl::reset_headsetmgmt_lib() {
     delete_and_clear(phone_system_info_);
     delete_and_clear(dispatcher_);
     delete_and_clear(phone_config_driver_);
-    // Tasks that never ran go with the executor, and their locks back to the factory.
+    // Before the factory: deletes the tasks that never ran, whose locks belong to the factory.
     delete_and_clear(executor_);
     delete_and_clear(mutex_factory_);
     return true;

@@ -1,4 +1,5 @@
-// The phone's facts: constants, what the host answers when asked, and what it told.
+// Information about the phone: constants, results of host functions, and facts that the host has
+// set.
 
 #include "plugin/phone_system_info_impl.h"
 

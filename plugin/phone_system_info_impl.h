@@ -1,4 +1,5 @@
-// The phone's facts: constants, what the host answers when asked, and what it told.
+// Information about the phone: constants, results of host functions, and facts that the host has
+// set.
 
 #pragma once
 
@@ -11,7 +12,8 @@
 
 namespace headsetmgmt::config {
 
-/// What the host told since the start, and its answers to the rest. Any thread.
+/// The facts that the host has set since the start; the others are constants or results of host
+/// functions. Any thread.
 class PhoneSystemInfoImpl : public SystemInfoInterface {
 public:
     std::string get_host_client_type() override;
@@ -33,11 +35,11 @@ public:
     bool data_ready() override { return true; }
     ~PhoneSystemInfoImpl() override = default;
 
-    /// These two append a server unless it is in the list; nothing ever shortens a list.
+    /// These two append a server unless it is in the list. Servers are never removed.
     void addTftpServer(std::string server);
     void addKormServer(std::string server);
 
-    /// These replace what was told before.
+    /// These replace the earlier value.
     void setConfigUrl(std::string url);
     void setInventoryPostUrl(std::string url);
     void setServiceUrl(std::string url);

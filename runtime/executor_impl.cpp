@@ -9,7 +9,7 @@
 
 #include "core/locks.h"
 
-// A null task would crash the worker far from whoever queued it, so every build looks.
+// A null functor would crash the worker, far from the caller who queued it: checked in every build.
 #undef NDEBUG
 #include <cassert>
 
@@ -37,7 +37,7 @@ ExecutorImpl::~ExecutorImpl() {
     }
 }
 
-/// Rejects tasks from now on; the ones that are still queued, which the caller owns.
+/// Rejects tasks from now on. Returns those still queued; the caller owns their parameters.
 std::vector<ExecutorInterface::Task> ExecutorImpl::close_queue() {
     std::vector<Task> dropped;
     const QueueLock queue_lock(queue_mutex);
@@ -54,8 +54,8 @@ void ExecutorImpl::add_task(task_functor functor, void* context, TaskParametersI
         return;
     }
 
-    // Cloning and logging call others, so both are done without the lock and before the worker can
-    // see the task.
+    // Cloning and logging call foreign code, so both happen without the lock and before the worker
+    // can see the task.
     std::unique_ptr<TaskParametersInterface> copy(params != nullptr ? params->clone() : nullptr);
     Task task(functor, context, copy.get());
     if (copy && copy->get_defer_time() != 0) {
@@ -64,7 +64,7 @@ void ExecutorImpl::add_task(task_functor functor, void* context, TaskParametersI
     }
     debug(lines.adding);
     if (add(task)) {
-        static_cast<void>(copy.release());  // the queue has it
+        static_cast<void>(copy.release());  // owned by the queue
     } else {
         debug(lines.rejected);
     }
@@ -76,7 +76,7 @@ bool ExecutorImpl::requestExit() {
 
 bool ExecutorImpl::threadLoop() {
     unsigned int tasks_run = 0;
-    // Asked before each task, or a full queue would hold up a stop.
+    // Checked before each task, or a full queue would delay a stop.
     while (!exit_requested()) {
         std::optional<Task> task = take_next();
         if (!task) {
@@ -87,7 +87,7 @@ bool ExecutorImpl::threadLoop() {
         }
     }
     usleep(pause_between_passes);
-    // Ends every pass that ran something, not only the last one.
+    // After every pass that ran a task, not only the last one.
     if (tasks_run != 0) {
         debug(lines.pass_ends);
     }
@@ -123,7 +123,7 @@ bool ExecutorImpl::is_exiting() {
     return exiting;
 }
 
-/// Queues a new task; false when the executor has begun to go since the task was cloned.
+/// Queues a new task; false when the executor is being deleted.
 bool ExecutorImpl::add(const Task& task) {
     const QueueLock queue_lock(queue_mutex);
     if (exiting) {
@@ -133,7 +133,7 @@ bool ExecutorImpl::add(const Task& task) {
     return true;
 }
 
-/// Runs a task that was taken off the queue, puts it back, or drops it; true when it ran.
+/// Runs a task that was taken from the queue, queues it again, or drops it; true when it ran.
 bool ExecutorImpl::handle(Task& task) {
     std::unique_ptr<TaskParametersInterface> params(task.params);
     try {
@@ -156,8 +156,8 @@ bool ExecutorImpl::handle(Task& task) {
             return false;
         }
     } catch (...) {
-        // A task that cannot tell whether it is ready, or cannot wait, runs: only the task itself
-        // can end what it belongs to.
+        // A task whose check or queueing throws runs: only the task itself can end the work that it
+        // is part of.
     }
     execute(task);
     return true;
@@ -170,7 +170,7 @@ void ExecutorImpl::execute(const Task& task) {
         task.func(task.context, task.params);
         completed = true;
     } catch (...) {
-        // Nothing that a task throws may end the worker.
+        // An exception of a task must not end the worker.
     }
     debug(completed ? lines.completed : lines.failed);
 }

@@ -14,11 +14,11 @@
 
 namespace headsetmgmt {
 
-/// Runs queued tasks on its own thread, which the owner starts with `run`, asks to leave with
-/// `requestExit` and joins before deleting the object.
+/// Runs queued tasks on its own thread. The owner starts it with `run`, ends it with `requestExit`
+/// and joins it before deleting the object.
 class ExecutorImpl : public ExecutorInterface, public vix::Thread {
 public:
-    /// `log_sink` is borrowed and may be null: the executor then writes no lines.
+    /// `log_sink` is borrowed; null for no lines.
     explicit ExecutorImpl(log::HostLogInterface* log_sink);
 
     void add_task(task_functor functor, void* context, TaskParametersInterface* params) override;
@@ -26,22 +26,22 @@ public:
     /// Drops the tasks that are still queued. The thread must have ended.
     ~ExecutorImpl() override;
 
-    /// One pass: runs what may run, then sleeps 50 milliseconds. Always true. A pass ends early,
-    /// between two tasks, when the thread was asked to leave.
+    /// One pass: runs the tasks that may run, then sleeps 50 milliseconds. Always true. A requested
+    /// exit ends the pass between two tasks.
     bool threadLoop() override;
 
-    /// Whether all queued tasks are held back; true without any. Looks at them from the oldest to
-    /// the first that is not, and so ends the deferrals that have passed.
+    /// Whether all queued tasks are held back; true for an empty queue. Examines them from the
+    /// oldest to the first that is not held back, and ends the deferrals that have passed.
     bool tasks_deferring() REQUIRES(queue_mutex);
 
-    /// Puts a task at the back of the queue, which owns its parameters from then on. Any thread.
+    /// Puts a task, with ownership of its parameters, at the back of the queue. Any thread.
     void requeue(Task task);
 
-    /// Asks the worker to leave after the task that it is in. Always true. Any thread.
+    /// Requests that the worker ends after its current task. Always true. Any thread.
     bool requestExit();
 
-    /// Hands `line` to the log sink, if there is one, at the level of debugging. A sink that throws
-    /// ends the process. Any thread.
+    /// Writes `line` to the log sink, if there is one, at debug level. A sink that throws ends the
+    /// process. Any thread.
     void debug(const std::string& line) noexcept;
 
 private:
@@ -54,15 +54,15 @@ private:
 
     std::vector<Task> queue GUARDED_BY(queue_mutex);  // the oldest task is at the front
     vix::Mutex queue_mutex;
-    // No task is added: not made yet, or being deleted.
+    // Rejects tasks: under construction or being deleted.
     bool exiting GUARDED_BY(queue_mutex) = true;
     log::HostLogInterface* log;
 
-    /// What the executor says, ready to be handed over: a line takes no memory.
+    /// The executor's log lines, prepared so that writing one takes no memory.
     struct Lines {
         const std::string add_task = "ExecutorImpl::add_task: ENTER.\n";
         const std::string deferred = "ExecutorImpl: add deferred task.\n";
-        // The constructor's name, and "existing": receivers know the lines as they are.
+        // The constructor's name, and "existing": both are part of the fixed texts.
         const std::string adding = "ExecutorImpl::ExecutorImpl adding a task\n";
         const std::string rejected = "ExecutorImpl::ExecutorImpl existing, task rejected.\n";
         const std::string pass_ends = "ExecutorImpl::threadLoop exiting.\n";

@@ -1,4 +1,4 @@
-// POSIX mutexes, and the factory that hands them to the core.
+// POSIX mutexes and their factory.
 
 #include "runtime/mutex.h"
 

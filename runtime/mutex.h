@@ -1,4 +1,4 @@
-// POSIX mutexes, and the factory that hands them to the core.
+// POSIX mutexes and their factory.
 
 #pragma once
 
@@ -22,16 +22,16 @@ public:
     Mutex(const Mutex&) = delete;
     Mutex& operator=(const Mutex&) = delete;
 
-    /// Makes the mutex anew, of another kind perhaps; the constructors have done so already. Nobody
-    /// holds it or waits for it. One that the system cannot make is left zero-filled, and no error
-    /// is reported.
+    /// Makes the mutex again, possibly of the other kind. The constructors call it. No thread may
+    /// hold or wait for the mutex. If the system fails, the mutex is zero-filled; no error is
+    /// reported.
     void initialize(bool recursive);
 
-    /// False when the system could not.
+    /// Waits for the mutex and takes it; false when the system could not.
     bool lock() ACQUIRE() { return pthread_mutex_lock(&mutex) == 0; }
     void unlock() RELEASE() { pthread_mutex_unlock(&mutex); }
 
-    /// Takes the mutex if that needs no waiting.
+    /// Takes the mutex if it is free; whether it did.
     bool tryLock() TRY_ACQUIRE(true) { return pthread_mutex_trylock(&mutex) == 0; }
 
 private:
@@ -42,7 +42,7 @@ private:
 
 namespace headsetmgmt {
 
-/// A lock of the core on a POSIX mutex. Any thread.
+/// The core's lock, on a POSIX mutex. Any thread.
 class MutexImpl : public MutexInterface {
 public:
     explicit MutexImpl(bool recursive);
@@ -50,7 +50,8 @@ public:
     bool lock() override ACQUIRE(*mutex);
     void unlock() override RELEASE(*mutex);
 
-    /// Takes the lock if that needs no waiting. Not for the core, which knows the interface alone.
+    /// Takes the lock if it is free; whether it did. Not part of the interface, so not for the
+    /// core.
     bool tryLock() TRY_ACQUIRE(true, *mutex);
 
 private:

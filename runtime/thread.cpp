@@ -1,4 +1,4 @@
-// A POSIX thread that runs the body of its subclass again and again until it is asked to leave.
+// A POSIX thread that repeats its subclass's loop body until an exit is requested.
 
 #include "runtime/thread.h"
 
@@ -14,7 +14,7 @@ namespace {
 
 using StateLock = headsetmgmt::ScopedLock<Mutex>;
 
-/// Attributes of a thread to be made, given back at the end of the scope.
+/// Attributes of a new thread, destroyed at the end of the scope.
 class ThreadAttributes {
 public:
     ThreadAttributes() : valid(pthread_attr_init(&attributes) == 0) {}
@@ -41,11 +41,11 @@ private:
 }  // namespace
 
 Thread::~Thread() {
-    const StateLock state_lock(state_mutex);  // lets the last holder out
+    const StateLock state_lock(state_mutex);  // waits for the last holder
 }
 
 bool Thread::run(const char* name, std::uint32_t wanted_flags, std::uint32_t wanted_priority) {
-    // Held until the thread is known to run: it takes this mutex before it says that it has ended.
+    // Held until `is_running` is set: the thread takes this mutex before it clears it.
     const StateLock state_lock(state_mutex);
     thread_name = name != nullptr ? name : "workerthread";
     flags = wanted_flags;
@@ -64,7 +64,7 @@ bool Thread::run(const char* name, std::uint32_t wanted_flags, std::uint32_t wan
     if (pthread_create(&created, attributes.get(), staticThreadEntryPoint, this) != 0) {
         return false;
     }
-    // A detached thread has no handle that stays valid.
+    // The handle of a detached thread may become invalid at any time.
     handle = detached ? 0 : created;
     is_running = true;
     return true;
@@ -82,14 +82,14 @@ bool Thread::join() {
     pthread_t joined = 0;
     {
         const StateLock state_lock(state_mutex);
-        // The system refuses a thread that joins itself, too, but its owner needs the handle still.
+        // The system also refuses a thread that joins itself, but its owner still needs the handle.
         if (handle == 0 || pthread_equal(handle, pthread_self()) != 0) {
             return false;
         }
         joined = std::exchange(handle, 0);
     }
-    // Without the mutex, which the thread needs in order to end. Nothing of the object is touched
-    // any more: it may have deleted itself when this returns.
+    // Without the mutex, which the thread needs in order to end. The object is not used after this:
+    // it may have deleted itself.
     return pthread_join(joined, nullptr) == 0;
 }
 
@@ -143,7 +143,7 @@ void Thread::switch_to_realtime() {
 void Thread::threadEntryPoint() {
     bool go = false;
     {
-        // Waits for `run` to have noted that the thread runs.
+        // Waits until `run` has set `is_running`.
         const StateLock state_lock(state_mutex);
         go = !exit_is_due();
     }
