@@ -28,7 +28,7 @@ namespace {
 
 /// A standard descriptor that the caller has closed would be the number of the next file or socket
 /// that is opened, and the output would be written into that. For reading alone, so that writing to
-/// it fails, and is told.
+/// it fails, and is reported.
 bool fill_closed_descriptors() {
     // In this order: what is opened gets the lowest number that is free.
     constexpr std::array<int, 3> standard = {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO};
@@ -44,9 +44,9 @@ constexpr char exit_codes_in_words[] =
     "  1  something did not; the last line or standard error says what\n"
     "  2  the command line, or a file, folder, URL or address that it names, is wrong";
 
-/// Tells what the parser refused.
-void tell(const CLI::App& program, const CLI::ParseError& error,
-          const std::vector<std::string>& arguments) {
+/// Reports what the parser refused.
+void report(const CLI::App& program, const CLI::ParseError& error,
+            const std::vector<std::string>& arguments) {
     const bool as_json =
         std::any_of(arguments.begin(), arguments.end(), [](const std::string& argument) {
             return argument.substr(0, argument.find('=')) == "--json";
@@ -61,7 +61,7 @@ void tell(const CLI::App& program, const CLI::ParseError& error,
         message = "no subcommand" + (is_named ? " \"" + arguments.front() + "\"" : "") +
                   "; expected phone or serve";
     }
-    tell_usage_error(who, message, as_json);
+    report_refusal(who, message, as_json);
     if (!as_json) {
         std::fprintf(stderr, "Run with --help for more information.\n");
     }
@@ -90,7 +90,7 @@ int run(int argc, char* argv[]) {
         program.exit(answer, text, std::cerr);  // help or version
         return print(text.str()) ? exit_done : exit_failed;
     } catch (const CLI::ParseError& error) {
-        tell(program, error, {argv + 1, argv + argc});
+        report(program, error, {argv + 1, argv + argc});
         return exit_usage;
     }
     return run_subcommand();

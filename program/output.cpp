@@ -1,4 +1,4 @@
-// The program's output: one stream of events, told in words or as JSON lines.
+// The program's output: one stream of events, as sentences or as JSON lines.
 
 #include "program/output.h"
 
@@ -86,7 +86,7 @@ std::string lines_of_output(std::size_t count) {
     return std::to_string(count) + (count == 1 ? " line" : " lines") + " of output";
 }
 
-void tell_loss(int error) {
+void report_loss(int error) {
     complain("standard output cannot be written: " + std::generic_category().message(error));
 }
 
@@ -140,7 +140,7 @@ void complain(std::string_view message) {
 bool print(const std::string& text) {
     const int error = write_out(text);
     if (is_loss(error)) {
-        tell_loss(error);
+        report_loss(error);
     }
     return !is_loss(error);
 }
@@ -149,13 +149,13 @@ Output::Output(bool json, Wording wording, LineWriter::Limits limits)
     : as_json(json), in_words(std::move(wording)),
       lines(
           STDOUT_FILENO, limits, [json](std::size_t count) { return loss_line(json, count); },
-          tell_loss) {}
+          report_loss) {}
 
 std::string Output::line_of(const Event& event) const {
     return as_json ? json_line(event) : in_words(event) + '\n';
 }
 
-void Output::tell(const Event& event) {
+void Output::write(const Event& event) {
     lines.add(line_of(event));
 }
 

@@ -1,4 +1,4 @@
-// The program's output: one stream of events, told in words or as JSON lines.
+// The program's output: one stream of events, as sentences or as JSON lines.
 
 #pragma once
 
@@ -29,7 +29,7 @@ bool print(const std::string& text);
 /// a second. Takes no memory.
 void complain(std::string_view message);
 
-/// Tells events to whoever reads standard output: a sentence each, or with `json` one JSON object a
+/// Writes events to standard output: a sentence each, or with `json` one JSON object a
 /// line and nothing else, in ASCII. Both are made from the same event. Any thread.
 ///
 /// Events are written by a thread of their own, in their order. When nobody reads, they wait in a
@@ -44,7 +44,7 @@ public:
     Output(bool json, Wording wording, LineWriter::Limits limits = {});
 
     /// `event` carries its kind as "event".
-    void tell(const Event& event);
+    void write(const Event& event);
 
     /// The program is asked to end: `end` waits for a reader for 1.5 s at most.
     void hurry() { lines.hurry(); }

@@ -1,4 +1,4 @@
-// What is expected of the values on a command line, and how a command line that is wrong is told.
+// What is expected of the values on a command line, and the message for one that is wrong.
 
 #include "program/usage.h"
 
@@ -70,10 +70,10 @@ CLI::Validator decimal_number(const std::string& expected, double smallest, doub
     return number(expected, smallest, largest);
 }
 
-void tell_usage_error(const std::string& who, const std::string& message, bool as_json) {
+void report_refusal(const std::string& who, const std::string& message, bool as_json) {
     const std::string shown = with_masked_passwords(message);
     if (as_json) {
-        Output(true, nullptr).tell({{"event", "error"}, {"message", shown}});
+        Output(true, nullptr).write({{"event", "error"}, {"message", shown}});
     } else {
         std::fprintf(stderr, "%s: %s\n", who.c_str(), escaped(shown).c_str());
     }

@@ -1,4 +1,4 @@
-// What is expected of the values on a command line, and how a command line that is wrong is told.
+// What is expected of the values on a command line, and the message for one that is wrong.
 
 #pragma once
 
@@ -21,8 +21,8 @@ CLI::Validator whole_number(const std::string& expected, std::size_t smallest, s
 /// Takes a decimal number, with a fraction or without.
 CLI::Validator decimal_number(const std::string& expected, double smallest, double largest);
 
-/// Tells what is wrong with a command line or with what it names: on standard error, after `who`
+/// Reports what is wrong with a command line or with what it names: on standard error, after `who`
 /// ("headsetmgmt phone"), or as a JSON line. No password in a URL is shown.
-void tell_usage_error(const std::string& who, const std::string& message, bool as_json);
+void report_refusal(const std::string& who, const std::string& message, bool as_json);
 
 }  // namespace headsetmgmt::program

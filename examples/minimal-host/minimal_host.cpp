@@ -1,8 +1,8 @@
 // A phone host in one file: it loads the library, attaches two headsets, does the library's HTTP
-// with libcurl, plays the devices, and tells what happens.
+// with libcurl, plays the devices, and reports what happens.
 //
 // Usage: minimal-host CONFIG-URL INVENTORY-URL
-// Standard output tells the story, standard error carries the library's log.
+// Standard output has the story, standard error carries the library's log.
 
 #include <chrono>
 #include <condition_variable>

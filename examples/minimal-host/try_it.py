@@ -3,7 +3,7 @@
 
 Usage: try_it.py MINIMAL-HOST
 
-Starts a server on a free port of this machine, runs the host program against it, tells what
+Starts a server on a free port of this machine, runs the host program against it, reports what
 happened, and checks it. Exit code: 0 when everything happened, 1 when anything is missing.
 """
 
@@ -92,7 +92,7 @@ class Handler(BaseHTTPRequestHandler):
         self.wfile.write(body)
 
     def log_message(self, format, *args):
-        """The story tells about requests itself."""
+        """The story reports requests itself."""
 
 
 def run_host(program, server):
@@ -129,7 +129,7 @@ def deeds_by_accessory(output):
     return deeds
 
 
-def tell(deeds, record):
+def show_run(deeds, record):
     """Prints the story: what was fetched, set, decided and reported, accessory by accessory."""
     fetches = [entry for entry in record if entry["method"] == "GET"]
     reports = [entry for entry in record if entry["method"] == "POST"]
@@ -247,7 +247,7 @@ def main():
         server.server_close()
 
     deeds = deeds_by_accessory(output)
-    tell(deeds, server.record)
+    show_run(deeds, server.record)
     missing = missing_in_run(code, deeds) + missing_in_record(server.record)
     if missing:
         print("\nWhat the host printed:\n" + output + "\nWhat the library logged:\n" + log)

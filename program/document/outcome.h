@@ -31,7 +31,7 @@ struct ServingEntry {
     std::string name;   ///< of its "models", which occurs in the model
 };
 
-/// What becomes of one accessory.
+/// What the document does to one accessory.
 struct AccessoryOutcome {
     std::string model;    ///< as the document is searched for it; empty when nothing is searched
     std::string failure;  ///< why it cannot use the document; empty when it can
@@ -42,7 +42,7 @@ struct AccessoryOutcome {
     FirmwareDecision firmware;
 };
 
-/// What becomes of all of them.
+/// What the document does to all of them.
 struct DocumentOutcome {
     std::string fault;           ///< why nobody can use it: no JSON, no template; else empty
     json::Place template_place;  ///< of the object that is read

@@ -35,7 +35,7 @@ public:
 
     CURLUcode error() const { return result; }
 
-    /// Empty when the URL tells none.
+    /// Empty when the URL has none.
     std::string port() const { return part(CURLUPART_PORT, 0); }
 
     /// Without what is coded with percent signs.

@@ -49,11 +49,13 @@ void check_ids(const Bench& bench, const BenchOptions& options, const std::strin
         if (ids.insert(id).second) {
             continue;
         }
-        const std::string place =
-            i < of_file
-                ? place_in_file(file_text, options.file,
-                                "/accessories/" + std::to_string(i) + "/id")
-                : place_in_option(options.accessories[i - of_file], accessory_option) + ": id";
+        std::string place;
+        if (i < of_file) {
+            const std::string pointer = "/accessories/" + std::to_string(i) + "/id";
+            place = place_in_file(file_text, options.file, pointer);
+        } else {
+            place = place_in_option(options.accessories[i - of_file], accessory_option) + ": id";
+        }
         throw RefusedInput(place + ": expected an id of its own, found \"" + id + "\" again");
     }
 }

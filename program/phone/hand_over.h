@@ -38,7 +38,8 @@ public:
     /// `waiting` are those that were attached and had no document yet, the earliest first.
     ///
     /// The library names none of them. It hands the document to all that were attached before, so
-    /// where neither a host call nor the model tells them apart, the earliest ones had their turn.
+    /// where neither a host call nor the model distinguishes them, the earliest ones had their
+    /// turn.
     std::vector<Turn> take_turns(std::vector<AccessoryCache>& waiting) const;
 
 private:

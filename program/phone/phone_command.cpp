@@ -50,7 +50,7 @@ int run_phone(Arguments& arguments) {
             check_ca_file(options.limits.ca_file);
         }
     } catch (const RefusedInput& error) {
-        tell_usage_error("headsetmgmt phone", error.what(), arguments.json);
+        report_refusal("headsetmgmt phone", error.what(), arguments.json);
         return exit_usage;
     }
     const auto milliseconds = [](double seconds) {
@@ -152,7 +152,7 @@ void add_phone_command(CLI::App& program, std::function<int()>& run) {
     add_bench_options(*command, *arguments);
     add_run_options(*command, *arguments);
     command->add_flag("--verbose", arguments->options.verbose, "Show the library's log lines too");
-    command->add_flag("--json", arguments->json, "Tell everything as JSON, one object a line");
+    command->add_flag("--json", arguments->json, "Write everything as JSON, one object a line");
     command->callback([arguments, &run] { run = [arguments] { return run_phone(*arguments); }; });
 }
 

@@ -103,12 +103,12 @@ bool PhoneHost::bring_up() {
         return false;
     }
     for (const AccessoryCache& facts : bench.accessories) {
-        output.tell({{"event", "attached"},
-                     {"id", facts.device_id},
-                     {"model", facts.model},
-                     {"softwareVersion", facts.software_version},
-                     {"dongleModel", facts.dongle_model},
-                     {"dongleVersion", facts.dongle_version}});
+        output.write({{"event", "attached"},
+                      {"id", facts.device_id},
+                      {"model", facts.model},
+                      {"softwareVersion", facts.software_version},
+                      {"dongleModel", facts.dongle_model},
+                      {"dongleVersion", facts.dongle_version}});
         {
             const Lock lock(state_mutex);
             waiting.push_back(facts);
@@ -122,7 +122,7 @@ bool PhoneHost::bring_up() {
         }
     }
     if (bench.inventory_url.empty()) {
-        output.tell({{"event", "note"}, {"text", "no inventory URL: no reports are sent"}});
+        output.write({{"event", "note"}, {"text", "no inventory URL: no reports are sent"}});
     }
     return true;
 }
@@ -142,8 +142,8 @@ void PhoneHost::configure(const std::shared_ptr<AccessoryCache>& accessory) {
         ++tally.not_configured;
         tally.note_reason("the library does not configure " + accessory->device_id);
     } else if (is_fetch_queued && !missing.empty()) {
-        // The library gives the device that long to tell them, and then does without.
-        output.tell(
+        // The library waits so long for the device to report them, then does without.
+        output.write(
             {{"event", "note"},
              {"text", "the document is fetched in 60 s: until then the library waits for what "
                       "the bench does not tell of " +
@@ -174,19 +174,19 @@ void PhoneHost::apply(const char* device_id, const char* name, int usage_id, con
         const Lock lock(state_mutex);
         devices[device_id][usage_id] = {name, value};
     }
-    output.tell({{"event", "setting"},
-                 {"id", device_id},
-                 {"name", name},
-                 {"usageId", usage_id},
-                 {"value", value}});
+    output.write({{"event", "setting"},
+                  {"id", device_id},
+                  {"name", name},
+                  {"usageId", usage_id},
+                  {"value", value}});
 }
 
 void PhoneHost::upgrade(const char* device_id, const char* version, const char* firmware_name) {
     note_host_call(device_id);
-    output.tell({{"event", "upgrade"},
-                 {"id", device_id},
-                 {"version", version},
-                 {"firmwareName", firmware_name}});
+    output.write({{"event", "upgrade"},
+                  {"id", device_id},
+                  {"version", version},
+                  {"firmwareName", firmware_name}});
 }
 
 void PhoneHost::log_line(const char* text) {
@@ -212,7 +212,7 @@ void PhoneHost::log_line(const char* text) {
         }
     }
     if (options.verbose) {
-        output.tell({{"event", "log"}, {"text", with_masked_passwords(line)}});
+        output.write({{"event", "log"}, {"text", with_masked_passwords(line)}});
     }
 }
 
@@ -237,10 +237,10 @@ void PhoneHost::on_document(const std::string& document) {
         handed_over.outcome = read_document(document, accessories, settings_in_an_event);
     }
     for (const Event& event : firmware_events(handed_over)) {
-        output.tell(event);
+        output.write(event);
     }
     const Event event = document_event(handed_over);
-    output.tell(event);
+    output.write(event);
     add_to_tally(handed_over, event);
 }
 
@@ -280,12 +280,12 @@ void PhoneHost::on_report_end(const std::string& failure) {
 void PhoneHost::report_devices() {
     const Lock lock(state_mutex);
     for (const auto& [id, settings] : devices) {
-        Event told = {{"event", "device"}, {"id", id}, {"settings", Event::array()}};
+        Event event = {{"event", "device"}, {"id", id}, {"settings", Event::array()}};
         for (const auto& [usage_id, setting] : settings) {
-            told["settings"].push_back(
+            event["settings"].push_back(
                 {{"usageId", usage_id}, {"name", setting.name}, {"value", setting.value}});
         }
-        output.tell(told);
+        output.write(event);
     }
 }
 

@@ -70,7 +70,7 @@ std::string url(const Event& event) {
                : said(event, "url");
 }
 
-/// "firmware 2-0-4", or that its version is not told.
+/// "firmware 2-0-4", or that its version is not known.
 std::string firmware(const Event& event, const char* member) {
     const std::string version = said(event, member);
     return version.empty() ? "firmware not told" : "firmware " + version;

@@ -103,21 +103,21 @@ void PhoneRequests::fetch(const TransferRequest& wanted) {
     if (!target) {
         const std::string error = "a file name without a server, and there is no TFTP server to "
                                   "look it up on: give servers.tftp or --tftp-server";
-        output.tell(
+        output.write(
             {{"event", "fetch"}, {"attempt", this_attempt}, {"url", wanted.url}, {"error", error}});
         end_fetch(error);
         fail_fetch(wanted.url, 0, true);
         return;
     }
     if (!target->dropped_query.empty()) {
-        output.tell(
+        output.write(
             {{"event", "note"},
              {"text", "TFTP has no queries, so this is dropped: " + target->dropped_query}});
     }
     TransferRequest request = wanted;
     request.url = target->url;
     const TransferResult result = transfers.perform(request);
-    output.tell(fetch_event(this_attempt, request, result));
+    output.write(fetch_event(this_attempt, request, result));
     if (result.interrupted) {
         return;
     }
@@ -131,8 +131,8 @@ void PhoneRequests::fetch(const TransferRequest& wanted) {
 
 void PhoneRequests::deliver(const std::string& url, const std::string& document) {
     if (document.find('\0') != std::string::npos) {
-        output.tell({{"event", "note"},
-                     {"text", "the document has a NUL byte: the library reads it up to there"}});
+        output.write({{"event", "note"},
+                      {"text", "the document has a NUL byte: the library reads it up to there"}});
     }
     for (int left = take_fetches(url); left != 0; --left) {
         set_under_way(RunProgress::UnderWay::document);
@@ -187,12 +187,12 @@ void PhoneRequests::fail_fetch(const std::string& url, int status, bool for_good
         listener.on_gave_up(reason_to_give_up);
         return;
     }
-    output.tell({{"event", "wait"}, {"attempt", next_attempt}, {"milliseconds", wait.count()}});
+    output.write({{"event", "wait"}, {"attempt", next_attempt}, {"milliseconds", wait.count()}});
 }
 
 void PhoneRequests::post(const TransferRequest& request) {
     const TransferResult result = transfers.perform(request);
-    output.tell(report_event(request, result));
+    output.write(report_event(request, result));
     if (!result.interrupted) {
         listener.on_report_end(is_accepted(result) ? "" : failure_of(result));
     }

@@ -30,7 +30,7 @@ std::string interruption(const RunProgress& progress) {
     if (!progress.wants_document) {
         return "interrupted before every report was sent";
     }
-    // The library asks for the next attempt once it has been told of the failure.
+    // The library asks for the next attempt once it has heard of the failure.
     return progress.attempt == 0
                ? "interrupted before the library asked for a document"
                : "interrupted before attempt " + std::to_string(progress.attempt + 1) + last;

@@ -1,4 +1,4 @@
-// What has become of a run's accessories and reports so far.
+// The result of a run so far.
 
 #include "program/phone/run_tally.h"
 
@@ -25,22 +25,22 @@ Event RunTally::result(const std::string& interruption) const {
     if (!interruption.empty()) {
         all_reasons.insert(all_reasons.begin(), interruption);
     }
-    Event told = {{"event", "result"},
-                  {"ok", all_reasons.empty()},
-                  {"attached", attached},
-                  {"configured", configured},
-                  {"notConfigured", not_configured},
-                  {"reportsWanted", reports_wanted},
-                  {"reportsAccepted", reports_accepted},
-                  {"reportsFailed", reports_failed}};
+    Event event = {{"event", "result"},
+                   {"ok", all_reasons.empty()},
+                   {"attached", attached},
+                   {"configured", configured},
+                   {"notConfigured", not_configured},
+                   {"reportsWanted", reports_wanted},
+                   {"reportsAccepted", reports_accepted},
+                   {"reportsFailed", reports_failed}};
     if (passed_over != 0) {
-        told["settingsPassedOver"] = passed_over;
+        event["settingsPassedOver"] = passed_over;
     }
     if (!all_reasons.empty()) {
-        told["reason"] = all_reasons.front();
-        told["reasons"] = all_reasons;
+        event["reason"] = all_reasons.front();
+        event["reasons"] = all_reasons;
     }
-    return told;
+    return event;
 }
 
 }  // namespace headsetmgmt::program

@@ -1,4 +1,4 @@
-// What has become of a run's accessories and reports so far.
+// The result of a run so far.
 
 #pragma once
 

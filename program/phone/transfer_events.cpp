@@ -1,4 +1,4 @@
-// The events that tell how a request over the network ended.
+// The events about the end of a request.
 
 #include "program/phone/transfer_events.h"
 
@@ -10,20 +10,20 @@ namespace headsetmgmt::program {
 
 namespace {
 
-void add_outcome(Event& told, const TransferResult& result, bool is_good) {
+void add_outcome(Event& event, const TransferResult& result, bool is_good) {
     if (!result.final_url.empty()) {
-        told["finalUrl"] = result.final_url;
+        event["finalUrl"] = result.final_url;
     }
     if (!result.error.empty()) {
-        told["error"] = result.error;
+        event["error"] = result.error;
     }
     if (result.status == 0) {
         return;
     }
-    told["status"] = result.status;
+    event["status"] = result.status;
     const std::string remark = is_good ? "" : remark_on(result.status);
     if (!remark.empty()) {
-        told["message"] = remark;
+        event["message"] = remark;
     }
 }
 
@@ -38,25 +38,25 @@ bool is_accepted(const TransferResult& result) {
 }
 
 Event fetch_event(int attempt, const TransferRequest& request, const TransferResult& result) {
-    Event told = {{"event", "fetch"},
-                  {"attempt", attempt},
-                  {"url", masked_url(request.url)},
-                  {"milliseconds", result.duration.count()}};
-    add_outcome(told, result, is_fetched(result));
+    Event event = {{"event", "fetch"},
+                   {"attempt", attempt},
+                   {"url", masked_url(request.url)},
+                   {"milliseconds", result.duration.count()}};
+    add_outcome(event, result, is_fetched(result));
     if (result.error.empty()) {
-        told["bytes"] = result.body.size();
+        event["bytes"] = result.body.size();
     }
-    return told;
+    return event;
 }
 
 Event report_event(const TransferRequest& request, const TransferResult& result) {
-    Event told = {{"event", "report"},
-                  {"url", masked_url(request.url)},
-                  {"bytes", request.body.size()},
-                  {"accepted", is_accepted(result)},
-                  {"milliseconds", result.duration.count()}};
-    add_outcome(told, result, is_accepted(result));
-    return told;
+    Event event = {{"event", "report"},
+                   {"url", masked_url(request.url)},
+                   {"bytes", request.body.size()},
+                   {"accepted", is_accepted(result)},
+                   {"milliseconds", result.duration.count()}};
+    add_outcome(event, result, is_accepted(result));
+    return event;
 }
 
 }  // namespace headsetmgmt::program

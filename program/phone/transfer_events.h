@@ -1,4 +1,4 @@
-// The events that tell how a request over the network ended.
+// The events about the end of a request.
 
 #pragma once
 

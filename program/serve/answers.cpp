@@ -121,8 +121,8 @@ void end_document(void* transfer) {
 
 }  // namespace
 
-Answers::Answers(Documents folder, const Tell& teller)
-    : documents(std::move(folder)), tell(teller) {}
+Answers::Answers(Documents folder, const EventSink& event_sink)
+    : documents(std::move(folder)), sink(event_sink) {}
 
 MHD_Result Answers::answer(MHD_Connection* connection, Request& request) {
     if (request.method == MHD_HTTP_METHOD_GET || request.method == MHD_HTTP_METHOD_HEAD) {
@@ -179,7 +179,7 @@ MHD_Result Answers::answer_report(MHD_Connection* connection, Request& request) 
         for (const char* member : accessory_facts) {
             facts[member] = accessory.value(member, "");
         }
-        tell({{"event", "report"},
+        sink({{"event", "report"},
               {"path", request.target},
               {"key", report["key"]},
               {"accessory", facts},

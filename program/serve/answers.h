@@ -34,10 +34,10 @@ struct Request {
 /// says. On the server's thread, but for `reports`.
 class Answers {
 public:
-    using Tell = std::function<void(const Event&)>;
+    using EventSink = std::function<void(const Event&)>;
 
-    /// `teller` is borrowed, and told of each report that was taken.
-    Answers(Documents folder, const Tell& teller);
+    /// `event_sink` is borrowed; it is given each report that was taken.
+    Answers(Documents folder, const EventSink& event_sink);
 
     /// Answers a request that has arrived, or is refused before all of it has.
     MHD_Result answer(MHD_Connection* connection, Request& request);
@@ -50,7 +50,7 @@ private:
     MHD_Result answer_report(MHD_Connection* connection, Request& request);
 
     Documents documents;
-    const Tell& tell;
+    const EventSink& sink;
     std::atomic<std::uint64_t> reports_taken{0};
 };
 

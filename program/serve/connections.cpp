@@ -37,9 +37,9 @@ Connections::Connection::Connection(FileHandle socket, const sockaddr_storage& f
       client(client_name(reinterpret_cast<const sockaddr*>(&from))),
       host(host_name(reinterpret_cast<const sockaddr*>(&from))) {}
 
-Connections::Connections(FileHandle listening_socket, const TimeLimits& time_limits, Tell teller,
-                         HandOver on_proper_header)
-    : listener(std::move(listening_socket)), limits(time_limits), tell(std::move(teller)),
+Connections::Connections(FileHandle listening_socket, const TimeLimits& time_limits,
+                         EventSink event_sink, HandOver on_proper_header)
+    : listener(std::move(listening_socket)), limits(time_limits), sink(std::move(event_sink)),
       hand_over(std::move(on_proper_header)), wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
       arrived(largest_header) {}
 
@@ -294,7 +294,7 @@ void Connections::finish(Outcome& outcome) {
         }
     }
     for (const Event& event : outcome.events) {
-        tell(event);
+        sink(event);
     }
 }
 

@@ -49,14 +49,14 @@ struct TimeLimits {
 /// Made, started and stopped by one thread; has a thread of its own.
 class Connections {
 public:
-    using Tell = std::function<void(const Event&)>;
+    using EventSink = std::function<void(const Event&)>;
     /// Takes a connection over. The socket belongs to the callee, also when it fails.
     /// False: it failed.
     using HandOver = std::function<bool(int socket, const sockaddr* address, socklen_t length)>;
 
-    /// `teller` is called on the connections' thread, and by `stop`; `on_proper_header` on the
+    /// `event_sink` is called on the connections' thread, and by `stop`; `on_proper_header` on the
     /// connections' thread.
-    Connections(FileHandle listening_socket, const TimeLimits& time_limits, Tell teller,
+    Connections(FileHandle listening_socket, const TimeLimits& time_limits, EventSink event_sink,
                 HandOver on_proper_header);
     ~Connections();
 
@@ -139,7 +139,7 @@ private:
 
     FileHandle listener;
     TimeLimits limits;
-    Tell tell;
+    EventSink sink;
     HandOver hand_over;
     FileHandle wake;  // an event for the thread, when there is less or nothing more to do
     std::atomic<bool> stopping{false};

@@ -44,12 +44,12 @@ int run_serve(const Arguments& arguments) {
         if (event["event"] == "stopped") {
             stopped = event;  // the last, however much the reader has missed
         } else {
-            output.tell(event);
+            output.write(event);
         }
     };
     const auto fail = [&arguments, &output](const std::string& message, ExitCode code) {
         if (arguments.json) {
-            output.tell({{"event", "error"}, {"message", message}});
+            output.write({{"event", "error"}, {"message", message}});
         } else {
             std::fprintf(stderr, "headsetmgmt serve: %s\n", escaped(message).c_str());
         }
@@ -59,8 +59,9 @@ int run_serve(const Arguments& arguments) {
         Server server(arguments.options, report);
         std::error_code unknown;
         if (std::filesystem::is_empty(arguments.options.documents, unknown)) {
-            output.tell({{"event", "note"},
-                         {"text", "the documents folder is empty: there is nothing to fetch yet"}});
+            output.write(
+                {{"event", "note"},
+                 {"text", "the documents folder is empty: there is nothing to fetch yet"}});
         }
         asked_to_end.get_future().wait();
         server.stop();
@@ -88,7 +89,7 @@ void add_serve_command(CLI::App& program, std::function<int()>& run) {
         ->add_option("--address", arguments->options.address,
                      "IPv4 or IPv6 address to listen on (default 127.0.0.1)")
         ->check(text("an IP address"));
-    command->add_flag("--json", arguments->json, "Tell everything as JSON, one object a line");
+    command->add_flag("--json", arguments->json, "Write everything as JSON, one object a line");
     command->callback([arguments, &run] { run = [arguments] { return run_serve(*arguments); }; });
 }
 

@@ -48,7 +48,7 @@ std::uint64_t announced_bytes(MHD_Connection* connection) {
     return text == nullptr ? 0 : std::strtoull(text, nullptr, 10);
 }
 
-/// Whether the client holds its body back until it is told to go on.
+/// Whether the client holds its body back until it may go on.
 bool waits_with_body(MHD_Connection* connection) {
     const char* text =
         MHD_lookup_connection_value(connection, MHD_HEADER_KIND, MHD_HTTP_HEADER_EXPECT);
@@ -143,21 +143,21 @@ Documents open_documents(const std::string& folder) {
 
 }  // namespace
 
-Server::Server(const ServerOptions& options, Tell teller)
-    : tell([this, teller = std::move(teller)](const Event& event) {
+Server::Server(const ServerOptions& options, EventSink event_sink)
+    : sink([this, next = std::move(event_sink)](const Event& event) {
           if (event["event"] == "request") {
               ++requests;
           }
-          teller(event);
+          next(event);
       }),
-      answers(open_documents(options.documents), tell),
-      connections(listen_on(options.address, options.port), options.limits, tell,
+      answers(open_documents(options.documents), sink),
+      connections(listen_on(options.address, options.port), options.limits, sink,
                   [this](int socket, const sockaddr* address, socklen_t length) {
                       return MHD_add_connection(daemon.get(), socket, address, length) == MHD_YES;
                   }),
       listening_port(connections.port()) {
-    // Told before the first request can be: clients that connect now wait.
-    tell({{"event", "listening"},
+    // Before the first request can be: clients that connect now wait.
+    sink({{"event", "listening"},
           {"address", options.address},
           {"port", listening_port},
           {"documents", options.documents}});
@@ -195,7 +195,7 @@ void Server::stop() {
     }
     connections.stop();
     daemon.reset();
-    tell({{"event", "stopped"}, {"requests", requests.load()}, {"reports", answers.reports()}});
+    sink({{"event", "stopped"}, {"requests", requests.load()}, {"reports", answers.reports()}});
 }
 
 /// Called when the header is complete, for every piece of the body, and at the
@@ -255,7 +255,7 @@ void Server::complete(MHD_Connection* connection, Request& request,
     if (!request.message.empty()) {
         event["message"] = request.message;
     }
-    tell(event);
+    sink(event);
 }
 
 void Server::forget(MHD_Connection* connection) {

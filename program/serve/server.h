@@ -34,12 +34,12 @@ struct ServerOptions {
 /// that are refused and for one that ends without such a request, "stopped" last.
 class Server {
 public:
-    using Tell = std::function<void(const Event&)>;
+    using EventSink = std::function<void(const Event&)>;
 
-    /// Listens from here on. `teller` is called on the server's threads, two at a time,
+    /// Listens from here on. `event_sink` is called on the server's threads, two at a time,
     /// "listening" and "stopped" on the caller's. Throws RefusedInput or
     /// ServerError.
-    Server(const ServerOptions& options, Tell teller);
+    Server(const ServerOptions& options, EventSink event_sink);
     ~Server();
 
     Server(const Server&) = delete;
@@ -48,7 +48,7 @@ public:
     /// The port that is listened on.
     std::uint16_t port() const { return listening_port; }
 
-    /// Closes every connection and tells "stopped"; does nothing the second time. Called by the
+    /// Closes every connection and reports "stopped"; does nothing the second time. Called by the
     /// thread that made the server.
     void stop();
 
@@ -66,7 +66,7 @@ private:
     MHD_Result answer(MHD_Connection* connection, Request& request);
 
     std::atomic<std::uint64_t> requests{0};
-    Tell tell;
+    EventSink sink;
     Answers answers;
     Connections connections;
     std::uint16_t listening_port;

@@ -42,22 +42,22 @@ def differences(value, members, place=""):
     """What an object has that the table lacks, and what it lacks; `members` are all of an event."""
     if place + "*" in members:
         return []
-    told = []
+    found = []
     for name, member in value.items():
         path = place + name
         if place == "" and name in ON_EVERY_LINE:
             continue
         if path not in members and path + ".*" not in members:
-            told.append(f"member not in the table: {path}")
+            found.append(f"member not in the table: {path}")
         for part in member if isinstance(member, list) else [member]:
             if isinstance(part, dict):
-                told += differences(part, members, path + ".")
+                found += differences(part, members, path + ".")
     for path, is_optional in members.items():
         name = path[len(place) :]
         is_of_this_object = path.startswith(place) and "." not in name.replace(".*", "")
         if is_of_this_object and not is_optional and name.replace(".*", "") not in value:
-            told.append(f"member missing: {path}")
-    return told
+            found.append(f"member missing: {path}")
+    return found
 
 
 def parsed(subcommand, line):
@@ -66,6 +66,6 @@ def parsed(subcommand, line):
     assert isinstance(event, dict), line
     assert event["format"] == 1, line
     assert event["event"] in documented(subcommand), f"event not in the table: {line}"
-    told = differences(event, documented(subcommand)[event["event"]])
-    assert told == [], f"{told}: {line}"
+    found = differences(event, documented(subcommand)[event["event"]])
+    assert found == [], f"{found}: {line}"
     return event

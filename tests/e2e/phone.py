@@ -53,7 +53,7 @@ class Phone:
                 raise TimeoutError(f"not said: {beginning}; but: {self.lines}")
 
     def events(self):
-        """What it has told so far, with --json: every line is an event that the page describes."""
+        """The events so far, with --json: every line is an event that the page describes."""
         return [parsed("phone", line) for line in self.lines]
 
     def finish(self, patience=PATIENCE):

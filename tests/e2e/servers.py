@@ -61,7 +61,7 @@ def running(command, log):
 def started_on_free_port(stack, command_for, log, is_up, kind=socket.SOCK_STREAM):
     """Starts a server that cannot pick a port itself; another port when the picked one was taken.
 
-    Answers the port. `command_for(port)` prepares and names the command; `is_up(port)` tells when
+    Answers the port. `command_for(port)` prepares and names the command; `is_up(port)` says when
     the server answers.
     """
     for _ in range(5):
@@ -304,7 +304,7 @@ class TftpServer:
 
 
 class Scripted:
-    """An HTTP server that answers as it is told, byte for byte, and closes after each answer.
+    """An HTTP server that answers as the case wants it, byte for byte, and closes after each answer.
 
     `answers` has one entry for each fetch, the last for all further ones; `report_answers` likewise
     for the reports. An entry is a list of steps:

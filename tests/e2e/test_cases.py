@@ -3,9 +3,9 @@
 A case has these members:
 
 - "shows": what the case is there for
-- "bench": an example bench file; without it "options" tell the accessories
+- "bench": an example bench file; without it "options" name the accessories
 - "document": the path that is fetched from `headsetmgmt serve`; or
-- "answers" and "report answers": what the scripted server does (servers.py tells how)
+- "answers" and "report answers": what the scripted server does (servers.py has the steps)
 - "options": further options of the phone; SERVER is the server's URL
 - "output": everything that the phone prints, line by line; SERVER is the server's URL, # a time
 - "meanwhile": further lines, in this order, which another thread prints at any time
@@ -34,7 +34,7 @@ def server_of(case, program, documents, folder):
 
 
 def arguments_of(case, benches, url):
-    """The phone's arguments: the case's own options, and what they do not tell."""
+    """The phone's arguments: the case's own options, and what they leave out."""
     arguments = [option.replace("SERVER", url) for option in case.get("options", [])]
     if "--config-url" not in arguments:
         arguments += ["--config-url", url + "/" + case.get("document", "config.json")]
@@ -85,7 +85,7 @@ def waits_for_words(case):
 
 
 @pytest.mark.parametrize("file", CASES, ids=lambda file: file.stem)
-def test_case_tells_its_events_as_the_page_says(file, program, documents, benches, tmp_path):
+def test_events_of_a_case_are_as_the_page_says(file, program, documents, benches, tmp_path):
     case = json.loads(file.read_text(encoding="utf-8"))
     if waits_for_words(case):
         pytest.skip("its server waits for words, and there are none with --json")

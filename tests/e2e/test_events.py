@@ -16,34 +16,34 @@ def sources_of(subcommand):
     return "".join(file.read_text(encoding="utf-8") for file in sorted(files))
 
 
-def kinds_told(sources):
+def kinds_found(sources):
     return set(re.findall(r'\{"event",\s*"(\w+)"\}', sources))
 
 
 @pytest.mark.parametrize("subcommand", SUBCOMMANDS)
 def test_every_event_of_the_sources_is_in_the_table(subcommand):
-    assert kinds_told(sources_of(subcommand)) - set(documented(subcommand)) == set()
+    assert kinds_found(sources_of(subcommand)) - set(documented(subcommand)) == set()
 
 
 @pytest.mark.parametrize("subcommand", SUBCOMMANDS)
 def test_every_event_of_the_table_is_in_the_sources(subcommand):
-    assert set(documented(subcommand)) - kinds_told(sources_of(subcommand)) == set()
+    assert set(documented(subcommand)) - kinds_found(sources_of(subcommand)) == set()
 
 
 @pytest.mark.parametrize("subcommand", SUBCOMMANDS)
 def test_every_member_of_the_table_is_in_the_sources(subcommand):
-    names_told = set(re.findall(r'"(\w+)"', sources_of(subcommand)))
+    names_found = set(re.findall(r'"(\w+)"', sources_of(subcommand)))
     for event, members in documented(subcommand).items():
         for path in members:
             name = path.replace(".*", "").split(".")[-1]
-            assert name in names_told, f"{event}: {path}"
+            assert name in names_found, f"{event}: {path}"
 
 
 MEMBERS = {"id": False, "error": True, "settings": True, "settings.name": False, "report.*": False}
 
 
 @pytest.mark.parametrize(
-    "event, told",
+    "event, found",
     [
         ({"id": "a", "report": {"any": {"thing": 1}}}, []),
         ({"id": "a", "report": {}, "settings": [{"name": "b"}]}, []),
@@ -56,5 +56,5 @@ MEMBERS = {"id": False, "error": True, "settings": True, "settings.name": False,
         ),
     ],
 )
-def test_differences_are_found(event, told):
-    assert differences(event, MEMBERS) == told
+def test_differences_are_found(event, found):
+    assert differences(event, MEMBERS) == found

@@ -57,9 +57,9 @@ def test_faulty_settings_take_memory_and_output_within_bounds(
         process.returncode = os.waitstatus_to_exitcode(status)
     if json_lines:
         events = [json.loads(line) for line in text.splitlines()]
-        told = next(event for event in events if event["event"] == "document")
-        assert told["settingsPassedOver"] == count
-        assert len(told["passedOver"]) == 100
+        document = next(event for event in events if event["event"] == "document")
+        assert document["settingsPassedOver"] == count
+        assert len(document["passedOver"]) == 100
         assert events[-1]["settingsPassedOver"] == count
     else:
         assert f"  and {count - 20} more passed over\n" in text

@@ -15,9 +15,9 @@
 namespace headsetmgmt::program {
 namespace {
 
-std::string told(Output& output, const Event& event) {
+std::string written(Output& output, const Event& event) {
     testing::internal::CaptureStdout();
-    output.tell(event);
+    output.write(event);
     output.end(exit_done);
     return testing::internal::GetCapturedStdout();
 }
@@ -81,28 +81,29 @@ TEST(Escaped, ControlCharactersBeyondAsciiAreTheirNumbers) {
 TEST(Output, WordsAreASentenceALine) {
     Output output(false, kind_in_words);
 
-    EXPECT_EQ("a fetch happened\n", told(output, {{"event", "fetch"}, {"attempt", 1}}));
+    EXPECT_EQ("a fetch happened\n", written(output, {{"event", "fetch"}, {"attempt", 1}}));
 }
 
 TEST(Output, JsonLinesCarryTheFormatFirstAndKeepTheOrder) {
     Output output(true, kind_in_words);
 
-    EXPECT_EQ("{\"format\":1,\"event\":\"setting\",\"usageId\":32,\"name\":\"a\",\"ok\":true}\n",
-              told(output, {{"event", "setting"}, {"usageId", 32}, {"name", "a"}, {"ok", true}}));
+    EXPECT_EQ(
+        "{\"format\":1,\"event\":\"setting\",\"usageId\":32,\"name\":\"a\",\"ok\":true}\n",
+        written(output, {{"event", "setting"}, {"usageId", 32}, {"name", "a"}, {"ok", true}}));
 }
 
 TEST(Output, JsonLineStaysOneLineWhateverATextHolds) {
     Output output(true, kind_in_words);
 
     EXPECT_EQ("{\"format\":1,\"event\":\"log\",\"text\":\"a\\nb\\u001b\\u0000\"}\n",
-              told(output, {{"event", "log"}, {"text", std::string("a\nb\x1b\0", 5)}}));
+              written(output, {{"event", "log"}, {"text", std::string("a\nb\x1b\0", 5)}}));
 }
 
 TEST(Output, BytesThatAreNoUtf8AreReplacedInJson) {
     Output output(true, kind_in_words);
 
     EXPECT_EQ("{\"format\":1,\"event\":\"log\",\"text\":\"a\\ufffdz\"}\n",
-              told(output, {{"event", "log"}, {"text", "a\xffz"}}));
+              written(output, {{"event", "log"}, {"text", "a\xffz"}}));
 }
 
 TEST(Output, JsonIsPrintableAscii) {
@@ -110,17 +111,17 @@ TEST(Output, JsonIsPrintableAscii) {
 
     EXPECT_EQ("{\"format\":1,\"event\":\"log\",\"text\":"
               "\"\\u007f\\u009b\\u00fc\\u2028\\u202e\\ud83c\\udfa7\"}\n",
-              told(output, {{"event", "log"},
-                            {"text", "\x7f\xc2\x9b\xc3\xbc\xe2\x80\xa8\xe2\x80\xae"
-                                     "\xf0\x9f\x8e\xa7"}}));
+              written(output, {{"event", "log"},
+                               {"text", "\x7f\xc2\x9b\xc3\xbc\xe2\x80\xa8\xe2\x80\xae"
+                                        "\xf0\x9f\x8e\xa7"}}));
 }
 
 TEST(Output, EachEventIsALineOfItsOwn) {
     Output output(true, kind_in_words);
     testing::internal::CaptureStdout();
 
-    output.tell({{"event", "a"}});
-    output.tell({{"event", "b"}});
+    output.write({{"event", "a"}});
+    output.write({{"event", "b"}});
     output.end(exit_done);
 
     EXPECT_EQ("{\"format\":1,\"event\":\"a\"}\n{\"format\":1,\"event\":\"b\"}\n",
@@ -149,15 +150,15 @@ private:
     int before;
 };
 
-TEST(Output, WhatCannotBeWrittenIsToldOnceAndMakesASuccessAFailure) {
+TEST(Output, WhatCannotBeWrittenIsReportedOnceAndMakesASuccessAFailure) {
     Output output(true, kind_in_words);
     const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
     ASSERT_NE(-1, full);
     testing::internal::CaptureStderr();
     {
         const StandardOutputTo nowhere(full);
-        output.tell({{"event", "a"}});
-        output.tell({{"event", "b"}});
+        output.write({{"event", "a"}});
+        output.write({{"event", "b"}});
         EXPECT_EQ(exit_failed, output.end(exit_done));
     }
     close(full);
@@ -176,7 +177,7 @@ TEST(Output, ReaderThatHasGoneIsNoFailure) {
     testing::internal::CaptureStderr();
     {
         const StandardOutputTo gone(ends[1]);
-        output.tell({{"event", "a"}});
+        output.write({{"event", "a"}});
         EXPECT_EQ(exit_done, output.end(exit_done));
     }
     close(ends[1]);
@@ -200,9 +201,9 @@ std::string told_late(bool as_json) {
         Output output(
             as_json, [](const Event& event) { return event.value("event", ""); }, limits);
         const StandardOutputTo pipe(ends[1]);
-        output.tell(long_event);
-        output.tell({{"event", "b"}});
-        output.tell({{"event", "c"}});
+        output.write(long_event);
+        output.write({{"event", "b"}});
+        output.write({{"event", "c"}});
         std::string bytes(4096, '\0');
         std::thread reader([&] {
             ssize_t length = 0;

@@ -147,7 +147,7 @@ TEST(DocumentOutcome, TextThatIsNotJsonFailsForAll) {
     EXPECT_EQ("", outcome.accessories[1].model);
 }
 
-TEST(DocumentOutcome, EmptyTextIsToldAsSuch) {
+TEST(DocumentOutcome, EmptyTextIsReportedAsSuch) {
     EXPECT_EQ("the document is empty (0 bytes)", failure(""));
     EXPECT_EQ("the document begins with a NUL byte, so it counts as empty",
               failure(std::string("\0{}", 3)));

@@ -1,4 +1,4 @@
-// An HTTP server that answers what a test tells it, byte by byte.
+// An HTTP server that answers as a test wants it, byte by byte.
 
 #include "program/network/scripted_server.h"
 

@@ -418,7 +418,7 @@ TEST(Transfers, ConnectionThatTheWholeTimeDoesNotSufficeForIsNamed) {
     EXPECT_EQ("no connection after 0.1 s (--timeout)", get(transfers, listener.url()).error);
 }
 
-TEST(Transfers, ServerThatSpeaksNoTlsIsToldAsOnePossibility) {
+TEST(Transfers, ServerThatSpeaksNoTlsIsReportedAsOnePossibility) {
     const ScriptedServer server({{"", true}});
     TransferLimits limits = patient_limits();
     limits.connect = milliseconds(100);
@@ -508,7 +508,7 @@ TEST(Transfers, TftpServerThatIsNotThereDoesNotOutlastTheLimit) {
     EXPECT_EQ("not complete after 0.1 s (--timeout)", result.error);
 }
 
-TEST(RemarkOn, TellsWhatAStatusLacks) {
+TEST(RemarkOn, ReportsWhatAStatusLacks) {
     EXPECT_EQ("no document in the answer", remark_on(204));
     EXPECT_EQ("a redirect without Location", remark_on(300));
     EXPECT_EQ("a redirect without Location", remark_on(399));

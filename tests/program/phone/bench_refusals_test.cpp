@@ -18,7 +18,7 @@ std::string accessory_refusal(const std::string& members) {
 }
 
 // What follows the expectation is the parser's.
-TEST(BenchRefusals, TextThatIsNoJsonIsToldWithLineAndColumn) {
+TEST(BenchRefusals, TextThatIsNoJsonIsReportedWithLineAndColumn) {
     EXPECT_EQ("bench.json:2:8: expected JSON: syntax error while parsing value - invalid literal; "
               "last read: '\"urls\":o'",
               refusal("{\n\"urls\":oops}"));
@@ -27,7 +27,7 @@ TEST(BenchRefusals, TextThatIsNoJsonIsToldWithLineAndColumn) {
               refusal("{\"urls\": {},\n}"));
 }
 
-TEST(BenchRefusals, LineFeedInATextIsToldWhereItStands) {
+TEST(BenchRefusals, LineFeedInATextIsReportedWhereItStands) {
     EXPECT_THAT(refusal("{\n\"ur\nls\": {}}"),
                 testing::StartsWith("bench.json:2:4: expected JSON: "));
 }
@@ -36,7 +36,7 @@ TEST(BenchRefusals, EmptyTextIsNoJson) {
     EXPECT_EQ("bench.json:1: expected JSON, found an empty file", refusal(""));
 }
 
-TEST(BenchRefusals, TextThatEndsEarlyIsToldWithItsLastLine) {
+TEST(BenchRefusals, TextThatEndsEarlyIsReportedWithItsLastLine) {
     EXPECT_THAT(refusal("{\n\"urls\": {\n"),
                 testing::StartsWith("bench.json:3:1: expected JSON: "));
 }
@@ -46,7 +46,7 @@ TEST(BenchRefusals, NulCharacterBetweenMembersIsNoJson) {
                 testing::StartsWith("bench.json:2:1: expected JSON: "));
 }
 
-TEST(BenchRefusals, NumberThatNoDoubleHoldsIsToldWithItsLine) {
+TEST(BenchRefusals, NumberThatNoDoubleHoldsIsReportedWithItsLine) {
     EXPECT_EQ("bench.json:3:11: expected JSON: number overflow parsing '1e999'",
               refusal("{\n\"phone\": {\n\"userId\": 1e999}}"));
 }

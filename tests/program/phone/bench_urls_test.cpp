@@ -306,7 +306,7 @@ TEST(UrlCheck, HostNameWithADotTooMany) {
     EXPECT_EQ("config URL \"http://a../x\": " + fault, config_refusal("http://a../x"));
 }
 
-TEST(UrlCheck, PasswordIsNotTold) {
+TEST(UrlCheck, PasswordIsNotReported) {
     EXPECT_EQ("config URL \"http://me:***@h:0/x\": expected a port from 1 to 65535, found "
               "\"me:***@h:0\"",
               config_refusal("http://me:word@h:0/x"));

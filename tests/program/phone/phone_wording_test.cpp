@@ -31,7 +31,7 @@ TEST(PhoneWording, AttachedAccessoryWithoutADongle) {
                                     {"dongleVersion", ""}}));
 }
 
-TEST(PhoneWording, AttachedAccessoryOfWhichNothingIsTold) {
+TEST(PhoneWording, AttachedAccessoryOfWhichNothingIsReported) {
     EXPECT_EQ("attached desk: model not told, firmware not told",
               phone_event_in_words({{"event", "attached"},
                                     {"id", "desk"},
@@ -59,7 +59,7 @@ TEST(PhoneWording, FetchThatWasAnswered) {
                               {"bytes", 9}}));
 }
 
-TEST(PhoneWording, FetchThatWasSentElsewhereTellsWhere) {
+TEST(PhoneWording, FetchThatWasSentElsewhereReportsWhere) {
     EXPECT_EQ("fetch, attempt 1: http://127.0.0.1:8080/c.json redirected to "
               "http://127.0.0.1:8080/d\\x07.json: status 200, 9 bytes, 12 ms",
               phone_event_in_words({{"event", "fetch"},
@@ -71,7 +71,7 @@ TEST(PhoneWording, FetchThatWasSentElsewhereTellsWhere) {
                                     {"bytes", 9}}));
 }
 
-TEST(PhoneWording, FetchWithAnAnswerThatLacksSomethingTellsWhat) {
+TEST(PhoneWording, FetchWithAnAnswerThatLacksSomethingReportsWhat) {
     EXPECT_EQ("fetch, attempt 1: http://127.0.0.1:8080/c.json: status 204, 0 bytes, 12 ms: "
               "no document in the answer",
               phone_event_in_words({{"event", "fetch"},
@@ -121,7 +121,7 @@ TEST(PhoneWording, FirmwareDecisionOfAnAccessory) {
                                     {"decision", "left to the phone"}}));
 }
 
-TEST(PhoneWording, RequestedFirmwareIsToldWithBothVersions) {
+TEST(PhoneWording, RequestedFirmwareIsReportedWithBothVersions) {
     EXPECT_EQ("firmware of Varos K30's dongle Varos Link: change from 2-0-4 to 1-0-0 requested",
               phone_event_in_words({{"event", "firmware"},
                                     {"model", "Varos K30"},
@@ -131,7 +131,7 @@ TEST(PhoneWording, RequestedFirmwareIsToldWithBothVersions) {
                                     {"wanted", "1-0-0"}}));
 }
 
-TEST(PhoneWording, FirmwareThatIsNotRequestedIsToldByItsDecision) {
+TEST(PhoneWording, FirmwareThatIsNotRequestedIsReportedByItsDecision) {
     EXPECT_EQ("firmware of Varos K20: no upgrade required",
               phone_event_in_words({{"event", "firmware"},
                                     {"model", "Varos K20"},
@@ -273,7 +273,7 @@ constexpr char twenty_passed_over[] =
     "  passed over: T19: no reason (commonSettings, line 19, column 5)\n"
     "  passed over: T20: no reason (commonSettings, line 20, column 5)";
 
-TEST(PhoneWording, TwentySettingsThatWerePassedOverAreAllTold) {
+TEST(PhoneWording, TwentySettingsThatWerePassedOverAreAllReported) {
     EXPECT_EQ(twenty_passed_over, phone_event_in_words(document_with_passed_over(20)));
 }
 
@@ -349,7 +349,7 @@ TEST(PhoneWording, ResultSaysHowManySettingsWerePassedOver) {
                                     {"settingsPassedOver", 5}}));
 }
 
-TEST(PhoneWording, DeviceTellsASettingALine) {
+TEST(PhoneWording, DeviceReportsASettingALine) {
     EXPECT_EQ("device desk-headset has\n"
               "  7 sidetone = on\n"
               "  32 bass = 7",

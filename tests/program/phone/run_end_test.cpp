@@ -9,7 +9,7 @@ namespace {
 
 using UnderWay = RunProgress::UnderWay;
 
-TEST(NoDocument, TellsTheAttemptsAndTheLastFailure) {
+TEST(NoDocument, ReportsTheAttemptsAndTheLastFailure) {
     EXPECT_EQ("no document after 1 attempt: status 404", no_document(1, "status 404"));
     EXPECT_EQ("no document after 3 attempts; the last: status 404", no_document(3, "status 404"));
 }
@@ -18,12 +18,12 @@ TEST(Interruption, OfTheFirstFetch) {
     EXPECT_EQ("interrupted during attempt 1", interruption({UnderWay::fetch, 1, false, true, ""}));
 }
 
-TEST(Interruption, OfALaterFetchTellsTheLastFailure) {
+TEST(Interruption, OfALaterFetchReportsTheLastFailure) {
     EXPECT_EQ("interrupted during attempt 3; the last: status 503",
               interruption({UnderWay::fetch, 3, false, true, "status 503"}));
 }
 
-TEST(Interruption, OfAWaitTellsTheAttemptThatIsWaitedFor) {
+TEST(Interruption, OfAWaitReportsTheAttemptThatIsWaitedFor) {
     EXPECT_EQ("interrupted while waiting for attempt 5; the last: status 404",
               interruption({UnderWay::nothing, 4, true, true, "status 404"}));
 }

@@ -49,15 +49,15 @@ TEST(RunTally, ResultOfAGoodRunHasNoReasons) {
               R"("reportsWanted":1,"reportsAccepted":1,"reportsFailed":0})");
 }
 
-TEST(RunTally, ResultTellsEachReasonOnceAndTheInterruptionFirst) {
+TEST(RunTally, ResultReportsEachReasonOnceAndTheInterruptionFirst) {
     RunTally tally = tally_of(2, 0);
     tally.note_reason("status 404");
     tally.note_reason("a report was not accepted");
     tally.note_reason("status 404");
-    const Event told = tally.result("interrupted during attempt 1");
-    EXPECT_EQ(told["ok"], false);
-    EXPECT_EQ(told["reason"], "interrupted during attempt 1");
-    EXPECT_EQ(told["reasons"].dump(),
+    const Event event = tally.result("interrupted during attempt 1");
+    EXPECT_EQ(event["ok"], false);
+    EXPECT_EQ(event["reason"], "interrupted during attempt 1");
+    EXPECT_EQ(event["reasons"].dump(),
               R"(["interrupted during attempt 1","status 404","a report was not accepted"])");
 }
 

@@ -1,4 +1,4 @@
-// Tests of the events that tell how a request ended.
+// Tests of the events about the end of a request.
 
 #include <chrono>
 #include <string>
@@ -28,7 +28,7 @@ TransferResult failed(const std::string& error) {
     return result;
 }
 
-TEST(FetchEvent, TellsStatusAndSize) {
+TEST(FetchEvent, ReportsStatusAndSize) {
     EXPECT_EQ(fetch_event(2, fetch, answered(200, "12345")).dump(),
               R"({"event":"fetch","attempt":2,"url":"http://h/a.json","milliseconds":12,)"
               R"("status":200,"bytes":5})");
@@ -46,23 +46,23 @@ TEST(FetchEvent, OfAFailureHasTheErrorInPlaceOfStatusAndSize) {
               R"("error":"nobody there"})");
 }
 
-TEST(FetchEvent, TellsWhereRedirectsLed) {
+TEST(FetchEvent, ReportsWhereRedirectsLed) {
     TransferResult result = answered(200);
     result.final_url = "http://other/a.json";
     EXPECT_EQ(fetch_event(1, fetch, result)["finalUrl"], "http://other/a.json");
 }
 
-TEST(FetchEvent, TellsNoPassword) {
+TEST(FetchEvent, ReportsNoPassword) {
     const TransferRequest with_password = {"http://me:word@h/a.json", false, ""};
     EXPECT_EQ(fetch_event(1, with_password, answered(200))["url"], "http://me:***@h/a.json");
 }
 
-TEST(ReportEvent, TellsNoPassword) {
+TEST(ReportEvent, ReportsNoPassword) {
     const TransferRequest with_password = {"http://me:word@h/inventory", true, "{}"};
     EXPECT_EQ(report_event(with_password, answered(200))["url"], "http://me:***@h/inventory");
 }
 
-TEST(ReportEvent, OfASuccessWithABrokenBodyIsAcceptedAndTellsTheError) {
+TEST(ReportEvent, OfASuccessWithABrokenBodyIsAcceptedAndReportsTheError) {
     TransferResult result = answered(200);
     result.error = "cut";
     EXPECT_EQ(report_event(post, result).dump(),

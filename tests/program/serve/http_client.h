@@ -1,4 +1,4 @@
-// A client for tests of the server, the documents that it serves, and what it tells.
+// A client for tests of the server, the documents that it serves, and its events.
 
 #pragma once
 
@@ -48,8 +48,8 @@ struct TemporaryFolder {
     }
 };
 
-/// What a server told. Any thread.
-class Told {
+/// What a server seen. Any thread.
+class SeenEvents {
 public:
     void add(const Event& event) {
         const std::lock_guard<std::mutex> lock(events_mutex);

@@ -7,7 +7,7 @@
 namespace headsetmgmt::program {
 namespace {
 
-TEST(ServeWording, ListeningIsToldAsAUrl) {
+TEST(ServeWording, ListeningIsReportedAsAUrl) {
     EXPECT_EQ(serve_event_in_words({{"event", "listening"},
                                     {"address", "127.0.0.1"},
                                     {"port", 40123},
@@ -51,7 +51,7 @@ TEST(ServeWording, RequestIsALine) {
               "127.0.0.1:4711 GET /a\\x1b[2J: status 404, 70 bytes: no such document");
 }
 
-TEST(ServeWording, RequestWithoutAnAnswerTellsWhy) {
+TEST(ServeWording, RequestWithoutAnAnswerReportsWhy) {
     EXPECT_EQ(serve_event_in_words({{"event", "request"},
                                     {"method", ""},
                                     {"path", "/a"},

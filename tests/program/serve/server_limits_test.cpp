@@ -20,12 +20,12 @@ using std::chrono::milliseconds;
 
 struct ServerLimitsTest : testing::Test {
     TemporaryFolder folder;
-    Told told;
+    SeenEvents seen;
     std::optional<Server> server;
 
     void start(const TimeLimits& limits) {
         server.emplace(ServerOptions{folder.path.string(), "127.0.0.1", 0, limits},
-                       [this](const Event& event) { told.add(event); });
+                       [this](const Event& event) { seen.add(event); });
     }
 
     /// Sends a byte now and then until the server closes: never still, and never done.
@@ -47,9 +47,9 @@ TEST_F(ServerLimitsTest, HeaderThatDripsIsBrokenOff) {
 
     drip(client);
 
-    EXPECT_EQ(told.wait_for("request").value("error", ""),
+    EXPECT_EQ(seen.wait_for("request").value("error", ""),
               "the header was not complete after 200 ms");
-    EXPECT_EQ(told.wait_for("request").value("path", ""), "/a");
+    EXPECT_EQ(seen.wait_for("request").value("path", ""), "/a");
 }
 
 TEST_F(ServerLimitsTest, FirstLineThatDripsIsBrokenOff) {
@@ -60,7 +60,7 @@ TEST_F(ServerLimitsTest, FirstLineThatDripsIsBrokenOff) {
 
     drip(client);
 
-    EXPECT_EQ(told.wait_for("connection").value("error", ""),
+    EXPECT_EQ(seen.wait_for("connection").value("error", ""),
               "no request: the header was not complete after 200 ms");
 }
 
@@ -73,7 +73,7 @@ TEST_F(ServerLimitsTest, BodyThatDripsIsBrokenOff) {
 
     drip(client);
 
-    EXPECT_EQ(told.wait_for("request").value("error", ""),
+    EXPECT_EQ(seen.wait_for("request").value("error", ""),
               "the body was not complete after 300 ms");
 }
 
@@ -85,7 +85,7 @@ TEST_F(ServerLimitsTest, BodyThatStallsIsBrokenOff) {
                            "POST /r HTTP/1.1\r\nHost: x\r\nContent-Length: 100\r\n\r\n{");
 
     EXPECT_EQ(client.read_all(), "");
-    EXPECT_EQ(told.wait_for("request").value("error", ""), "nothing moved for 1 s");
+    EXPECT_EQ(seen.wait_for("request").value("error", ""), "nothing moved for 1 s");
 }
 
 struct ServerAnswerLimitsTest : ServerLimitsTest {
@@ -116,7 +116,7 @@ TEST_F(ServerAnswerLimitsTest, SlowReaderGetsTheWholeAnswer) {
 
     EXPECT_GT(count, size);
     server->stop();
-    EXPECT_EQ(told.wait_for("request").value("bytes", std::uintmax_t{0}), size);
+    EXPECT_EQ(seen.wait_for("request").value("bytes", std::uintmax_t{0}), size);
 }
 
 TEST_F(ServerAnswerLimitsTest, ReaderThatStandsStillIsDisconnected) {
@@ -126,7 +126,7 @@ TEST_F(ServerAnswerLimitsTest, ReaderThatStandsStillIsDisconnected) {
     const RawClient client(server->port(), "GET /big.bin HTTP/1.1\r\nHost: x\r\n\r\n",
                            client_buffer);
 
-    EXPECT_EQ(told.wait_for("request").value("error", ""), "nothing moved for 300 ms");
+    EXPECT_EQ(seen.wait_for("request").value("error", ""), "nothing moved for 300 ms");
 }
 
 }  // namespace

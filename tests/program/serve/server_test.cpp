@@ -1,4 +1,4 @@
-// The server: what it answers over HTTP, what it gives away and takes, and what it tells of it.
+// The server: what it answers over HTTP, what it serves and takes, and its events.
 
 #include <algorithm>
 #include <cstddef>
@@ -25,9 +25,9 @@ const std::string good_report =
 
 struct ServerTest : testing::Test {
     TemporaryFolder folder;
-    Told told;
+    SeenEvents seen;
     Server server{{folder.path.string(), "127.0.0.1", 0},
-                  [this](const Event& event) { told.add(event); }};
+                  [this](const Event& event) { seen.add(event); }};
 
     std::string url(const std::string& target) const {
         return "http://127.0.0.1:" + std::to_string(server.port()) + target;
@@ -35,8 +35,8 @@ struct ServerTest : testing::Test {
     Answer post(const std::string& body) const { return ask(url("/inventory"), "POST", body); }
 };
 
-TEST_F(ServerTest, FirstEventTellsTheAddressAndThePortThatWasPicked) {
-    EXPECT_EQ(told.wait_for("listening"), (Event{{"event", "listening"},
+TEST_F(ServerTest, FirstEventReportsTheAddressAndThePortThatWasPicked) {
+    EXPECT_EQ(seen.wait_for("listening"), (Event{{"event", "listening"},
                                                  {"address", "127.0.0.1"},
                                                  {"port", server.port()},
                                                  {"documents", folder.path.string()}}));
@@ -68,7 +68,7 @@ TEST_F(ServerTest, HeadAnswersWithTheSizeAlone) {
     EXPECT_EQ(answer.status, 200);
     EXPECT_EQ(answer.body, "");
     EXPECT_NE(answer.head.find("Content-Length: 8\r\n"), std::string::npos);
-    EXPECT_EQ(told.wait_for("request")["bytes"], 0);
+    EXPECT_EQ(seen.wait_for("request")["bytes"], 0);
 }
 
 TEST_F(ServerTest, EmptyDocumentIsServed) {
@@ -204,12 +204,12 @@ TEST_F(ServerTest, OtherMethodsAreRefusedWithTheAllowedOnes) {
     EXPECT_EQ(ask(url("/config.json"), "PUT", std::string(2UL * 1024 * 1024, 'x')).status, 405);
 }
 
-TEST_F(ServerTest, ReportIsTakenAndTold) {
+TEST_F(ServerTest, ReportIsTakenAndReported) {
     const Answer answer = post(good_report);
 
     EXPECT_EQ(answer.status, 204);
     EXPECT_EQ(answer.body, "");
-    EXPECT_EQ(told.wait_for("report"),
+    EXPECT_EQ(seen.wait_for("report"),
               (Event{{"event", "report"},
                      {"path", "/inventory"},
                      {"key", "headsetInventory"},
@@ -250,12 +250,12 @@ TEST_F(ServerTest, ReportOfAWebPageIsRefused) {
 TEST(ForgetfulServerTest, MemoryThatRunsOutForAReportIsAnsweredAndTheServerGoesOn) {
     const TemporaryFolder folder;
     bool is_out = true;
-    Told told;
+    SeenEvents seen;
     const Server server({folder.path.string(), "127.0.0.1", 0}, [&](const Event& event) {
         if (event["event"] == "report" && std::exchange(is_out, false)) {
             throw std::bad_alloc();
         }
-        told.add(event);
+        seen.add(event);
     });
     const std::string url = "http://127.0.0.1:" + std::to_string(server.port()) + "/r";
 
@@ -347,11 +347,11 @@ TEST_F(ServerTest, ReportOfOneMebibyteIsTakenAndOneByteMoreIsNot) {
     EXPECT_EQ(ask(url("/"), "POST", longest + " ", "Transfer-Encoding: chunked").status, 413);
 }
 
-TEST_F(ServerTest, RequestIsToldWithItsAnswer) {
+TEST_F(ServerTest, RequestIsReportedWithItsAnswer) {
     folder.write("config.json", "12345678");
     ask(url("/config.json?x"));
 
-    Event event = told.wait_for("request");
+    Event event = seen.wait_for("request");
 
     EXPECT_EQ(event["client"].get<std::string>().substr(0, 10), "127.0.0.1:");
     event.erase("client");
@@ -362,38 +362,38 @@ TEST_F(ServerTest, RequestIsToldWithItsAnswer) {
                             {"bytes", 8}}));
 }
 
-TEST_F(ServerTest, ReportThatIsBrokenOffIsTold) {
+TEST_F(ServerTest, ReportThatIsBrokenOffIsReported) {
     {
         const RawClient client(server.port(),
                                "POST /r HTTP/1.1\r\nHost: x\r\nContent-Length: 100\r\n\r\n{");
     }
-    const Event event = told.wait_for("request");
+    const Event event = seen.wait_for("request");
 
     EXPECT_EQ(event.value("path", ""), "/r");
     EXPECT_EQ(event.value("status", -1), 0);
     EXPECT_EQ(event.value("error", ""), "broken off by the client");
 }
 
-TEST_F(ServerTest, ConnectionWithoutARequestThatCanBeReadIsTold) {
+TEST_F(ServerTest, ConnectionWithoutARequestThatCanBeReadIsReported) {
     const std::vector<std::pair<std::string, std::string>> texts = {
         {"garbage\r\n\r\n", "no request: the first line is malformed"},
         {"GET /" + std::string(40000, 'a') + " HTTP/1.1\r\n\r\n",
          "no request: the first line has 32768 bytes or more"}};
     for (const auto& [text, error] : texts) {
-        Told told_now;
+        SeenEvents seen_now;
         Server fresh({folder.path.string(), "127.0.0.1", 0},
-                     [&told_now](const Event& event) { told_now.add(event); });
+                     [&seen_now](const Event& event) { seen_now.add(event); });
         {
             const RawClient client(fresh.port(), text);
             EXPECT_EQ(client.read_all().substr(0, 10), "HTTP/1.1 4");
         }
 
-        Event event = told_now.wait_for("connection");
+        Event event = seen_now.wait_for("connection");
 
         EXPECT_EQ(event["client"].get<std::string>().substr(0, 10), "127.0.0.1:");
         EXPECT_EQ(event["error"], error);
         fresh.stop();
-        EXPECT_EQ(told_now.kinds(),
+        EXPECT_EQ(seen_now.kinds(),
                   (std::vector<std::string>{"listening", "connection", "stopped"}));
     }
 }
@@ -407,7 +407,7 @@ TEST_F(ServerTest, ConnectionsOverTheLimitOfAClientAreReportedOnceASecond) {
     for (int i = 0; i < more; ++i) {
         EXPECT_EQ(RawClient(server.port(), "").read_some(), "");
     }
-    EXPECT_EQ(told.wait_for("connection").value("error", ""),
+    EXPECT_EQ(seen.wait_for("connection").value("error", ""),
               "refused: this client has 32 connections open, and may have 32");
 
     server.stop();
@@ -415,7 +415,7 @@ TEST_F(ServerTest, ConnectionsOverTheLimitOfAClientAreReportedOnceASecond) {
     // Some at once, more for each second that it took, the rest at the end.
     std::vector<Event> refused;
     int count = 0;
-    for (const Event& event : told.all()) {
+    for (const Event& event : seen.all()) {
         if (event.contains("count")) {
             refused.push_back(event);
             count += event["count"].get<int>();
@@ -436,19 +436,19 @@ TEST_F(ServerTest, EndedConnectionsDoNotCountForTheLimit) {
 
     server.stop();
 
-    const std::vector<std::string> kinds = told.kinds();
+    const std::vector<std::string> kinds = seen.kinds();
     EXPECT_EQ(std::count(kinds.begin(), kinds.end(), "connection"), 0);
     EXPECT_EQ(std::count(kinds.begin(), kinds.end(), "request"), 41);
 }
 
-TEST_F(ServerTest, AnswerThatIsBrokenOffIsTold) {
+TEST_F(ServerTest, AnswerThatIsBrokenOffIsReported) {
     folder.write("big.bin", "");
     fs::resize_file(folder.path / "big.bin", 100UL * 1024 * 1024);
     {
         const RawClient client(server.port(), "GET /big.bin HTTP/1.1\r\nHost: x\r\n\r\n");
         EXPECT_NE(client.read_some(), "");
     }
-    const Event event = told.wait_for("request");
+    const Event event = seen.wait_for("request");
 
     EXPECT_EQ(event.value("status", -1), 200);
     EXPECT_EQ(event.value("error", ""), "broken off during the answer");
@@ -465,11 +465,11 @@ TEST_F(ServerTest, DocumentThatShrinksEndsItsAnswerAlone) {
     while (!client.read_some().empty()) {
     }
 
-    EXPECT_EQ(told.wait_for("request").value("error", ""), "broken off: the document got shorter");
+    EXPECT_EQ(seen.wait_for("request").value("error", ""), "broken off: the document got shorter");
     EXPECT_EQ(ask(url("/big.bin")).body.size(), 10U);
 }
 
-TEST_F(ServerTest, StopEndsWhatIsUnderWayAndIsToldOnce) {
+TEST_F(ServerTest, StopEndsWhatIsUnderWayAndIsReportedOnce) {
     post(good_report);
     const RawClient client(server.port(), "POST /r HTTP/1.1\r\nHost: x\r\nContent-Length: 1\r\n"
                                           "Expect: 100-continue\r\n\r\n");
@@ -478,9 +478,9 @@ TEST_F(ServerTest, StopEndsWhatIsUnderWayAndIsToldOnce) {
     server.stop();
     server.stop();
 
-    EXPECT_EQ(told.wait_for("stopped"),
+    EXPECT_EQ(seen.wait_for("stopped"),
               (Event{{"event", "stopped"}, {"requests", 2}, {"reports", 1}}));
-    EXPECT_EQ(told.kinds(),
+    EXPECT_EQ(seen.kinds(),
               (std::vector<std::string>{"listening", "report", "request", "request", "stopped"}));
 }
 
