@@ -13,39 +13,11 @@
 #include <utility>
 
 #include "program/exit_codes.h"
+#include "program/utf8.h"
 
 namespace headsetmgmt::program {
 
 namespace {
-
-/// Bytes of the UTF-8 character that starts at `place`; 0 when there is none.
-std::size_t utf8_length(const std::string& text, std::size_t place) {
-    const auto byte_at = [&text](std::size_t at) {
-        return at < text.size() ? static_cast<unsigned char>(text[at]) : 0U;
-    };
-    const unsigned int first = byte_at(place);
-    const unsigned int second = byte_at(place + 1);
-    std::size_t length = 0;
-    if (first < 0x80) {
-        return 1;
-    }
-    if (first >= 0xc2 && first <= 0xdf) {
-        length = 2;
-    } else if (first >= 0xe0 && first <= 0xef) {
-        // Neither a longer form of a shorter character nor half of a surrogate pair.
-        const bool fits = (first != 0xe0 || second >= 0xa0) && (first != 0xed || second < 0xa0);
-        length = fits ? 3 : 0;
-    } else if (first >= 0xf0 && first <= 0xf4) {
-        const bool fits = (first != 0xf0 || second >= 0x90) && (first != 0xf4 || second < 0x90);
-        length = fits ? 4 : 0;
-    }
-    for (std::size_t i = 1; i < length; ++i) {
-        if ((byte_at(place + i) & 0xc0U) != 0x80U) {
-            return 0;
-        }
-    }
-    return length;
-}
 
 /// The number of the UTF-8 character of that many bytes at `place`.
 unsigned int code_point(const std::string& text, std::size_t place, std::size_t length) {

@@ -8,6 +8,7 @@
 #include "headsetmgmt/utilities.h"
 
 #include "config/document.h"
+#include "program/utf8.h"
 
 namespace headsetmgmt::program {
 
@@ -89,10 +90,10 @@ std::string in_words(const FirmwareDecision& decision) {
     case Kind::same_version:
         return "no upgrade required";
     case Kind::spelling_refused:
-        return "\"" + decision.wanted + "\" is no version (letters, digits and hyphens), so " +
-               decision.reported + " stays";
+        return "\"" + shortened(decision.wanted) +
+               "\" is no version (letters, digits and hyphens), so " + decision.reported + " stays";
     case Kind::upgrade:
-        return "upgrade requested to " + decision.wanted;
+        return "upgrade requested to " + shortened(decision.wanted);
     case Kind::none:
         break;
     }

@@ -9,6 +9,7 @@
 #include "headsetmgmt/constants.h"
 
 #include "config/document.h"
+#include "program/utf8.h"
 
 namespace headsetmgmt::program {
 
@@ -22,7 +23,7 @@ public:
         ++count;
         if (count <= enough) {
             ++listed;
-            names += (names.empty() ? "\"" : ", \"") + name + "\"";
+            names += (names.empty() ? "\"" : ", \"") + shortened(name) + "\"";
         }
     }
 
@@ -48,9 +49,9 @@ public:
         }
         ++count;
         if (first.empty()) {
-            first = "entry " + std::to_string(index) +
-                    " is not compared: its models is the text \"" + text + "\", write [\"" + text +
-                    "\"]";
+            const std::string models = '"' + shortened(text) + '"';
+            first = "entry " + std::to_string(index) + " is not compared: its models is the text " +
+                    models + ", write [" + models + "]";
         }
     }
 

@@ -3,7 +3,7 @@
 #include "program/json/fault.h"
 
 #include "program/json/places.h"
-#include "program/json/utf8.h"
+#include "program/utf8.h"
 
 namespace headsetmgmt::program::json {
 

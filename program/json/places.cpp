@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "program/json/utf8.h"
+#include "program/utf8.h"
 
 namespace headsetmgmt::program::json {
 

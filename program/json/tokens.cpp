@@ -2,7 +2,7 @@
 
 #include "program/json/tokens.h"
 
-#include "program/json/utf8.h"
+#include "program/utf8.h"
 
 namespace headsetmgmt::program::json {
 

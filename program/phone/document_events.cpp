@@ -9,6 +9,8 @@
 
 #include "headsetmgmt/constants.h"
 
+#include "program/utf8.h"
+
 namespace headsetmgmt::program {
 
 namespace {
@@ -98,7 +100,7 @@ void add_entry(Event& event, const HandedOver& handed_over, std::size_t i,
         served["dongleModel"] = dongle_model;
     }
     served["entry"] = entry.index;
-    served["name"] = serving.name;
+    served["name"] = shortened(serving.name);
     add_place(served, entry.place);
     event["entries"].push_back(std::move(served));
 }
@@ -140,17 +142,19 @@ void add_unsent(Event& event, const HandedOver& handed_over) {
     }
 }
 
-/// What is wrong with the first faulty settings of a list, and who lacks them.
+/// What is wrong with the first faulty settings of a list, and who lacks them; `room` is how many
+/// more of its kind are listed.
 void add_passed_over(Event& event, const HandedOver& handed_over, const char* list_name,
-                     const SettingsList& list, const Group& group) {
+                     const SettingsList& list, const Group& group, std::size_t& room) {
     Event& settings = event["passedOver"];
     for (const FaultySetting& faulty : list.faulty) {
-        if (settings.size() == enough) {
+        if (room == 0) {
             return;
         }
+        --room;
         Event setting = {{"list", list_name}};
         if (!faulty.name.empty()) {
-            setting["name"] = faulty.name;
+            setting["name"] = shortened(faulty.name);
         }
         setting["reason"] = in_words(faulty.fault);
         add_place(setting, faulty.place);
@@ -166,11 +170,13 @@ void add_all_passed_over(Event& event, const HandedOver& handed_over) {
         return;
     }
     event["settingsPassedOver"] = count;
+    std::size_t room = enough;
     add_passed_over(event, handed_over, constants::key_common_settings, handed_over.outcome.common,
-                    readers(handed_over));
+                    readers(handed_over), room);
+    room = enough;
     for (const auto& [entry, group] : readers_by_entry(handed_over)) {
         add_passed_over(event, handed_over, constants::key_firmware_params,
-                        handed_over.outcome.entries[entry].params, group);
+                        handed_over.outcome.entries[entry].params, group, room);
     }
 }
 
@@ -210,8 +216,8 @@ void add_kept_back(Event& event, const HandedOver& handed_over) {
     for (const KeptBack& one : first) {
         Event setting = {{"list", one.kept.is_common ? constants::key_common_settings
                                                      : constants::key_firmware_params},
-                         {"name", one.kept.setting->param.name},
-                         {"access", one.kept.setting->access}};
+                         {"name", shortened(one.kept.setting->param.name)},
+                         {"access", shortened(one.kept.setting->access)}};
         add_place(setting, one.kept.setting->place);
         setting["accessories"] = first_accessories(handed_over, one.group);
         setting["keptBy"] = one.group.size();
@@ -251,7 +257,7 @@ std::vector<Event> firmware_events(const HandedOver& handed_over) {
         event["decision"] = in_words(firmware);
         if (firmware.has_compared()) {
             event["reported"] = firmware.reported;
-            event["wanted"] = firmware.wanted;
+            event["wanted"] = shortened(firmware.wanted);
         }
         events.push_back(std::move(event));
     }

@@ -98,6 +98,40 @@ TEST(DocumentEvents, FailureOfTheDocumentItselfIsNoAccessorys) {
               event["failures"]);
 }
 
+TEST(DocumentEvents, FirstHundredOfEitherListThatCannotBeReadAreListed) {
+    const auto faulty = [](int count) {
+        std::string list = "1";
+        for (int i = 1; i < count; ++i) {
+            list += ",1";
+        }
+        return list;
+    };
+
+    const Event event = document_event(hand_over(with_settings(faulty(150), faulty(105)), {k20}));
+
+    EXPECT_EQ(255, event["settingsPassedOver"]);
+    ASSERT_EQ(200U, event["passedOver"].size());
+    EXPECT_EQ("commonSettings", event["passedOver"][99]["list"]);
+    EXPECT_EQ("firmwareParams", event["passedOver"][100]["list"]);
+}
+
+TEST(DocumentEvents, LongNamesAreCut) {
+    const std::string name(300, 'n');
+    const std::string cut = std::string(200, 'n') + "... (300 bytes)";
+    const std::string faulty = R"({"name": ")" + name + R"("})";
+    const std::string unserved =
+        R"({"templateConfiguration": {"modelSpecificSettings": [{"models": [")" + name +
+        R"("]}]}})";
+
+    const Event read = document_event(hand_over(with_settings(faulty, ""), {k20}));
+    const Event failed = document_event(hand_over(unserved, {k30}));
+
+    EXPECT_EQ(cut, read["passedOver"][0]["name"]);
+    EXPECT_EQ("no entry of modelSpecificSettings serves it; compared with \"" + cut +
+                  "\"; capitals count",
+              failed["failures"][0]["reason"]);
+}
+
 TEST(DocumentEvents, LackOfMemoryIsNoFaultOfTheDocument) {
     HandedOver handed_over = hand_over(with_settings("1", ""), {k20, k30});
     handed_over.turns[0].is_taken = false;

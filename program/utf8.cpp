@@ -1,8 +1,8 @@
-// Characters of UTF-8.
+// Texts in UTF-8.
 
-#include "program/json/utf8.h"
+#include "program/utf8.h"
 
-namespace headsetmgmt::program::json {
+namespace headsetmgmt::program {
 
 namespace {
 
@@ -75,4 +75,13 @@ std::size_t cut_between_characters(std::string_view text, std::size_t bytes) {
     return bytes;
 }
 
-}  // namespace headsetmgmt::program::json
+std::string shortened(const std::string& text) {
+    constexpr std::size_t most = 200;
+    if (text.size() <= most) {
+        return text;
+    }
+    return text.substr(0, cut_between_characters(text, most)) + "... (" +
+           std::to_string(text.size()) + " bytes)";
+}
+
+}  // namespace headsetmgmt::program
