@@ -18,12 +18,12 @@ namespace headsetmgmt::program {
 /// process ends all the same.
 class Termination {
 public:
-    static constexpr std::chrono::milliseconds default_patience{2500};
+    static constexpr std::chrono::milliseconds default_patience_{2500};
 
     /// `on_signal` is called at the first signal, `on_overdue` when the end is overdue: the process
     /// ends with the exit code that it returns. Both are called on the waiting thread.
     Termination(std::function<void()> on_signal, std::function<int()> on_overdue,
-                std::chrono::milliseconds patience = default_patience);
+                std::chrono::milliseconds patience = default_patience_);
     ~Termination();
 
     Termination(const Termination&) = delete;

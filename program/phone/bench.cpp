@@ -39,6 +39,10 @@ void lay_over(Bench& bench, const BenchOptions& options) {
     }
 }
 
+[[noreturn]] void refuse_id(const std::string& place, const std::string& id) {
+    throw RefusedInput(place + ": expected an id of its own, found \"" + id + "\" again");
+}
+
 /// Refuses two accessories of one id: `file_text` is the bench file's, and the accessories of the
 /// file precede those of the options.
 void check_ids(const Bench& bench, const BenchOptions& options, const std::string& file_text) {
@@ -51,12 +55,14 @@ void check_ids(const Bench& bench, const BenchOptions& options, const std::strin
         }
         std::string place;
         if (i < of_file) {
-            const std::string pointer = "/accessories/" + std::to_string(i) + "/id";
+            std::string pointer = "/accessories/";
+            pointer.append(std::to_string(i)).append("/id");
             place = place_in_file(file_text, options.file, pointer);
         } else {
-            place = place_in_option(options.accessories[i - of_file], accessory_option) + ": id";
+            place = place_in_option(options.accessories[i - of_file], accessory_option);
+            place += ": id";
         }
-        throw RefusedInput(place + ": expected an id of its own, found \"" + id + "\" again");
+        refuse_id(place, id);
     }
 }
 

@@ -228,7 +228,7 @@ TEST(DocumentEvents, SettingsPassedOverAndTheirAccessoriesBeyondAHundredAreCount
     const Event event = document_event(hand_over(with_settings(faulty, faulty), many));
 
     EXPECT_EQ(300, event["settingsPassedOver"]);
-    EXPECT_EQ(100U, event["passedOver"].size());
+    EXPECT_EQ(200U, event["passedOver"].size());
     EXPECT_EQ(120, event["passedOver"][0]["lackedBy"]);
     EXPECT_EQ(100U, event["passedOver"][0]["accessories"].size());
 }
