@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Ours beside the least that anyone could do for the same result.
 
 #pragma once

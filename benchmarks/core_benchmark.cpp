@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the library's inside costs where no host looks: a log line and a task, each beside the least
 // that anyone could do for the same result, and queues of any length.
 

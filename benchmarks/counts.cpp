@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Prints how many heap blocks, and how many copies of an accessory's record, the library takes for
 // a setting, a line, an attach, a report and a queued task. Fails when one takes more than its
 // limit, which is what it takes with Debian's compiler and libraries.
@@ -181,8 +182,8 @@ void print_log_lines() {
           }));
 }
 
-/// Copies are recognised by the size of the record; the first one stands in a block with a count of its
-/// owners.
+/// Copies are recognised by the size of the record; the first one stands in a block with a count of
+/// its owners.
 std::size_t records_of(const std::function<void()>& work) {
     constexpr std::size_t size = sizeof(AccessoryInfoImpl);
     constexpr std::size_t owners = 16;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Configuration documents of any size, for the model "Varos K20".
 
 #pragma once

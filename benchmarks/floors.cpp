@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the least that anyone could do is made of: log lines, a map of settings, a report; and
 // whether it comes to what the library does.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Loads the library, starts it, attaches eight accessories of a hundred settings each, and prints
 // what of the process's memory is private, and how long the start took. Without a library it prints
 // what the same process takes alone.

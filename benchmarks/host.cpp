@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The host functions of the programs that measure.
 
 #include "benchmarks/host.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The host functions of the programs that measure: they count, and do nothing else.
 //
 // Linked to programs that export their symbols to the shared library.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a started library that has nothing to do takes of a processor core, beside a bare thread
 // that does nothing but wake as often: twenty times a second.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The least of what the library is given: a log sink that drops its lines, and a task's parameters
 // that carry nothing.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How much of its stack a thread uses.
 
 #pragma once

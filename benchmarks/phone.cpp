@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The phone that the benchmarks play.
 
 #include "benchmarks/phone.h"

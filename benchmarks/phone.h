@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The phone that the benchmarks play: the library, started, and the host around it.
 //
 // It is linked to programs with a worker that rests until it is woken (resting_worker.h).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a host sees: a document's way and a report's, each beside the least that anyone could do for
 // the same result.
 

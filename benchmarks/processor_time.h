@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The clock of the benchmarks: what the calling thread has had of a processor.
 //
 // Other programs on the machine do not count, and neither does waiting for another thread.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The library's worker, whose pauses between two passes last until a benchmark wants the next pass.
 
 #include "benchmarks/resting_worker.h"

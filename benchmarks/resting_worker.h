@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The library's worker, whose pauses between two passes last until a benchmark wants the next pass.
 //
 // A program with this file has its own `usleep`, in which the worker rests: pauses cost no time and

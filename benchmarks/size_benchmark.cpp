@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Documents far larger than any that an administrator writes, at 1, 10 and 100 times the size: how
 // the time grows that a setting, a model entry and a byte takes, and that the stack does not.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Prints what the benchmarks measured as tables, in Markdown.
 
 Usage: tables.py sizes RESULTS.json

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Prints how much stack the worker needs, for each kind of work that it does.
 
 #include <cstdio>

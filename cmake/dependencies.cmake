@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Everything that is looked for outside, in one place, by what needs it. Ends with the names of all
 # Debian packages that are missing.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What `cmake --install` puts into a prefix: the libraries, the public headers, and how other builds
 # find them. Nothing that is installed names the folder of the build, so a prefix may be moved.
 

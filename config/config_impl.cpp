@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Configuration objects: made, copied and asked; new facts, reset, upgrade requests.
 
 #include "config/config_impl.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The library's configuration object of one accessory.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The manager's registry: accessories are attached, queried, changed and removed.
 
 #include "config/config_manager_impl.h"

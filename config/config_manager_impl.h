@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The library's registry of configuration objects, and its configuration run.
 
 #pragma once

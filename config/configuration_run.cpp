@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The manager's configuration run: from an accessory that needs a configuration to the document in
 // every object of the pending set.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reads the nodes of a configuration document: JSON in, small values out.
 
 #include "config/document.h"

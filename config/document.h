@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reads the nodes of a configuration document: JSON in, small values out.
 //
 // Pure: no log, no lock, no plug-in. Nodes are borrowed; null is read as a node without members.

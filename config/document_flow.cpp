@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A document's way: parsed, its template read, the common settings and those of the model stored,
 // the map sent to the device, the firmware decided. In the order in which a document passes.
 

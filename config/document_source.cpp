@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where a configuration document comes from: its URL, and by its time whether it is required at
 // all.
 

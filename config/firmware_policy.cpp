@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whether an accessory's firmware is to change.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Connects the executor to its two kinds of work.
 
 #include "headsetmgmt/executor.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The marketed model of a headset, and whether the headset is the maker's.
 
 #include <cstddef>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Owners of JSON trees and printed JSON, and the parser.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Locks that clang can check (core/thread_annotations.h): a mutex, and the scope that holds any
 // lock.
 

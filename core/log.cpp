@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Makes and deletes loggers.
 
 #include "headsetmgmt/log.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The core's one plug-in record.
 
 #include "headsetmgmt/plugins.h"

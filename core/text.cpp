@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Text functions. ASCII only, so that the results do not depend on the locale of the host.
 
 #include <algorithm>

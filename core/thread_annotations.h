@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Annotations for clang's thread-safety analysis (scripts/lint); empty for other compilers.
 //
 // Members name the lock that guards them; functions name the locks that they expect held, acquire

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Runs `headsetmgmt serve` and, against it, `headsetmgmt phone` with each bench of this folder, and
 # shows both sides. Succeeds only if every accessory was configured and every report arrived.
 #

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fuzzes the reader of bench files, and of accessories given as an option, with any bytes.
 
 #include "program/phone/bench_file.h"

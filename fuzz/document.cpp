@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fuzzes a configuration document, any bytes, through parsing and applying.
 
 #include <algorithm>

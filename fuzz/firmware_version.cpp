@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fuzzes the upgrade decision: the candidate version on the first line, what the accessory reports
 // in the rest.
 

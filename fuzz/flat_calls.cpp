@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fuzzes sequences of calls of the flat interface: each byte chooses a call, a host's answer or the
 // passing of time, those after it the arguments, null and hostile ones among them.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The arguments of flat calls, read from the bytes of a fuzz input.
 
 #include "fuzz/hostile_input.h"

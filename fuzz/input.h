@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The bytes of one fuzz input, read as numbers, choices and texts.
 
 #pragma once

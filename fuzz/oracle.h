@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a fuzz target claims of the code under test.
 
 #pragma once

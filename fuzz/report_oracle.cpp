@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What holds of every inventory report that is posted.
 
 #include "fuzz/report_oracle.h"

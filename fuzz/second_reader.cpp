@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A second reading of configuration documents, made with another JSON parser.
 
 #include "fuzz/second_reader.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A second reading of configuration documents, made with another JSON parser, to compare the
 // library's own with.
 

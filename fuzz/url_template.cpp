@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fuzzes the URLs that are made of templates, servers and the user. One line each: configuration
 // template, inventory template, user, TFTP servers and call-control servers (blanks between them);
 // one byte: the fetches so far.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fuzzes the question whether a version stamp asks for configuring: the time of the latest document
 // on the first line, the stamp in the rest.
 

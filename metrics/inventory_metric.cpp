@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sends the inventory report: from the host's call to the request.
 
 #include "metrics/inventory_metric.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The inventory report: its composition and its sending.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The inventory report's content, member by member.
 
 #include <ctime>

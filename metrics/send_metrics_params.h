@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Parameters of a task that sends an inventory report.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // URL templates: tokens that stand for a server or for the user.
 
 #pragma once

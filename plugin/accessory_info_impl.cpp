@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The phone's record of an accessory.
 
 #include "plugin/accessory_info_impl.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The gate through which host calls enter the library. A stop closes it.
 
 #include "plugin/call_gate.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Stand-alone readers of a configuration document from a local file.
 
 #include "plugin/file_dispatchers.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The exported functions: each passes the call on to the plug-in object, unless the library turns
 // it away.
 

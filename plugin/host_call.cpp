@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Counts how deep each thread is in host functions.
 
 #include "plugin/host_call.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The plug-in object's events: passed from the host to the core.
 
 #include <exception>

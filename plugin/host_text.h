@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Texts that the host passes in.
 
 #pragma once

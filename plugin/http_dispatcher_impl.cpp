@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Requests through the phone's `httpRequest`.
 
 #include "plugin/http_dispatcher_impl.h"

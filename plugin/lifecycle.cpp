@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Making, starting, stopping and ending the library: by one thread at a time, with no host call
 // inside.
 

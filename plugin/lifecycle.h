@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Making, starting, stopping and ending the library, and the way of each host call into it.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Gives the core access to the devices, through the phone's host functions.
 
 #include "plugin/phone_config_driver_impl.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The plug-in object's start, stop and log.
 
 #include "plugin/phone_plugin_impl.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The plug-in object: the phone's side of the library, and the owner of everything that a start
 // makes.
 

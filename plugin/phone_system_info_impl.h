@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Information about the phone: constants, results of host functions, and facts that the host has
 // set.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the program answers to its caller.
 
 #pragma once

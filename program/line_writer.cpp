@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lines on their way to a reader who may not read.
 
 #include "program/line_writer.h"

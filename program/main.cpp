@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The program `headsetmgmt`: a phone to run, a server to run it against.
 
 #include <CLI/CLI.hpp>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The program's output: one stream of events, as sentences or as JSON lines.
 
 #pragma once

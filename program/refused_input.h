@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Input that the program refuses.
 
 #pragma once

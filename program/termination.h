@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Ending on SIGINT and SIGTERM: cleanly, soon, or at once.
 
 #pragma once

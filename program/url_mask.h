@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // URLs as they may be shown: without the password in them.
 
 #pragma once

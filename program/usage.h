@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What is expected of the values on a command line, and the message for one that is wrong.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Texts in UTF-8.
 
 #include "program/utf8.h"

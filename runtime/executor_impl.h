@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The queue of tasks and the worker thread that drains it.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A POSIX thread that repeats its subclass's loop body until an exit is requested.
 
 #include "runtime/thread.h"

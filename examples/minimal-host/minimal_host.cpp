@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A phone host in one file: it loads the library, attaches two headsets, does the library's HTTP
 // with libcurl, plays the devices, and reports what happens.
 //

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Shows the library at work: a real server, the minimal host, and what passed between them.
 
 Usage: try_it.py MINIMAL-HOST

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The facts of one attached accessory.
 
 #pragma once

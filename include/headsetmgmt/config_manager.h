@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The registry of configuration objects and the configuration run.
 
 #pragma once

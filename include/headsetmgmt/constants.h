@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Texts of the configuration document, the inventory report, the URLs and the log lines.
 
 #pragma once

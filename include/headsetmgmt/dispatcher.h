@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Network requests, which the host carries out.
 
 #pragma once

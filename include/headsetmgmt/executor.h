@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Queue of work for the library's one worker thread.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The host's operations on devices: settings and firmware upgrades.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Log lines: composed by a component, delivered to the host.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sending the inventory report of an accessory.
 
 #pragma once

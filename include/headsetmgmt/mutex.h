@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The core's locks and their factory.
 
 #pragma once

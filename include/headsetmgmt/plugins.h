@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The plug-in record: the core's only access to the host.
 
 #pragma once

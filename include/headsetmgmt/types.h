@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Enumerations that every part of the library shares.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Functions for texts, headset models and waiting times. None keeps state of its own.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a configuration document does to an accessory's firmware.
 
 #include "program/document/firmware.h"

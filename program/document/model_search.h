@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The search for the model entry that serves a device.
 
 #pragma once

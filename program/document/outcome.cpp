@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a configuration document does to accessories, and where it says so.
 
 #include "program/document/outcome.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a configuration document does to accessories, and where it says so.
 //
 // Pure: text and facts in, values out. It stands on the code with which the library reads the nodes

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The settings of a configuration document, with their places.
 
 #include "program/document/settings.h"

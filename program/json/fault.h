@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Why a text is not JSON.
 
 #pragma once

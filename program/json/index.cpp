@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where the values of a JSON text stand.
 
 #include "program/json/index.h"

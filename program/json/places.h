@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lines and columns of a text, and the line to show for a place.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Walks a parser's tree in the order of its text.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Scans JSON text as the library's parser does.
 
 #include "program/json/scan.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // White space, strings and numbers, as the library's parser reads them.
 
 #include "program/json/tokens.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The file of certificates that a phone trusts, before it is used.
 
 #pragma once

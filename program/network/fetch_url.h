@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The URL that a fetch goes to, made from what the library asks for.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How long a phone waits before it fetches again.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One request over the network, to its end.
 
 #include "program/network/transfer.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Why a transfer failed, in words.
 
 #include "program/network/transfer_failure.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Checks of URLs and servers that no server can answer to.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A test bench: the phone, its servers and its accessories.
 
 #include "program/phone/bench.h"

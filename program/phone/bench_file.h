@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Bench files: benches as JSON whose every member is known.
 
 #pragma once

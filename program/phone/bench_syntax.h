@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whether a bench file is JSON, in which every member stands once.
 
 #pragma once

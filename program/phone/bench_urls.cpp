@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Checks of a bench's URLs before the first request: no retry mends what they refuse.
 
 #include "program/phone/bench_urls.h"

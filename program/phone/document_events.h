@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The events about a document that was handed over.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How the accessories fared with a document that was handed to the library.
 
 #include "program/phone/hand_over.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fetches of one URL that wait together: they share a transfer.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The log lines that the phone reads: what they say, no host function does.
 
 #include "program/phone/library_lines.h"

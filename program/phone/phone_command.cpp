@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The subcommand `phone`: its options, and one run of a phone.
 
 #include "program/phone/phone_command.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A reference phone host: everything that a phone does around the library.
 
 #include "program/phone/phone_host.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The sentence for each event of a phone.
 
 #include "program/phone/phone_wording.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Why a report was not built.
 
 #include "program/phone/report_judgement.h"

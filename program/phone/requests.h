@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The requests of a phone: its network thread.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Why a run did not end well, in words.
 
 #pragma once

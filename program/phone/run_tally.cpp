@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The result of a run so far.
 
 #include "program/phone/run_tally.h"

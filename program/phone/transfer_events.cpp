@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The events about the end of a request.
 
 #include "program/phone/transfer_events.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a server answers: documents, and what an inventory service says.
 
 #pragma once

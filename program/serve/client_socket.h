@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A client's end of a connection: its address, and what the system says about the socket.
 
 #pragma once

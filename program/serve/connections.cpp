@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The connections that clients have with a server.
 
 #include "program/serve/connections.h"

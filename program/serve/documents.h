@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The folder of documents that a server serves.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A connection until it is handed over: its header arrives, and is taken or refused.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Inventory reports, as a phone posts them.
 
 #include "program/serve/inventory_report.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The socket on which a server takes connections.
 
 #include "program/serve/listener.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a request that is refused is answered with.
 
 #pragma once

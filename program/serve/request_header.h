@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The header of a request: whether it is one, and what it says about the body.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The subcommand `serve`: its options, and one run of a server.
 
 #include "program/serve/serve_command.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A small HTTP server: serves documents, takes inventory reports.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of what a task that fetches a configuration document carries.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of which configuration object an accessory gets.
 
 #include <memory>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of a configuration object's making, copying, accessors, new facts and reset.
 
 #include <memory>

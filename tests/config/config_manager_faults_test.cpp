@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of a host side that throws, and of a manager that is used for ever.
 
 #include <new>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of what the host asks of the manager besides a run: settings, reset, removal.
 
 #include <stdexcept>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of a host that calls the manager from inside the log callback or from inside the device.
 
 #include <functional>

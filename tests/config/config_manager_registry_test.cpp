@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of the manager's one instance, of its registry, and of accessories that are attached.
 
 #include <algorithm>

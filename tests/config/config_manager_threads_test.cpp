@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of several threads at one manager.
 
 #include <atomic>

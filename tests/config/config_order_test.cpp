@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of the order in which configuration objects and their manager make, use and release what
 // they own: a program of its own, which makes and deletes the loggers in the library's place.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of how a configuration run goes on when its answer comes later: success, failure, retries.
 
 #include <string>

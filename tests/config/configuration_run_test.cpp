@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of a configuration run: how it starts, and what the task does on the worker.
 
 #include <string>

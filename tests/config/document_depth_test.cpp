@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests that no nesting hurts, wherever it stands: a thousand levels are read, more are refused,
 // and a small stack is enough for both.
 

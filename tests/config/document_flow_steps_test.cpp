@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of a document's way, step by step: how a template's nodes become entries of the settings
 // map and are sent.
 

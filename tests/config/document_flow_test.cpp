@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of what a document does to the object from one parse to the next, and of texts that are
 // no documents.
 

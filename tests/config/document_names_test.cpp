@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of documents whose names, versions and keys are a megabyte long: they are kept, compared
 // and told whole.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests that odd numbers, characters and bytes in a document have known results: what is stored,
 // and what the log says, to the byte.
 

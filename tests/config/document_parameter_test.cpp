@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of the pure reader of configuration documents: one parameter object.
 
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of documents far larger than any that an administrator writes: everything in them has its
 // effect, and every line is there.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of where a configuration object says that its document lies, and of whether a document has
 // to be applied, by its time and by its version stamp.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of the pure reader of configuration documents: the template and a model's nodes.
 
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of whole documents: what is logged, stored, sent and asked for, in order and to the byte.
 
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of the firmware decision for accessories that take any other version.
 
 #include <stdexcept>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of the firmware decision for accessories that take no older version: a program of its own,
 // which answers in the library's place whether an accessory may be moved to one.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests that no document can hurt the phone: any bytes, any nesting, any width.
 
 #include <algorithm>

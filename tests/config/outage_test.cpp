@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of what an hour without a server costs: how many requests the library makes of a host that
 // answers each with a failure, and how many transfers a host makes of them that joins them.
 

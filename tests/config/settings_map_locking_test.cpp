@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests that the host is called without a lock while settings are sent, and may change the map.
 
 #include <set>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of the settings map: written, read, changed by the host, and sent to the device.
 
 #include <climits>

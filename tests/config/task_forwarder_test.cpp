@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of which work becomes of a queued task.
 
 #include <vector>

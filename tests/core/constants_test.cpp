@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The shared texts: each value, and the order in which the header defines them.
 
 #include <cstddef>

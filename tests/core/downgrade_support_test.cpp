@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which accessories may be moved to an older firmware.
 
 #include <gtest/gtest.h>

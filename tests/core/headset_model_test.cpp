@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The marketed model of a headset, and whether it is the maker's.
 
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the interfaces answer where an implementation says nothing.
 
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The JSON parser with its error, and the owners of what it makes.
 
 #include <optional>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of log lines for which there is no memory.
 
 #include <optional>

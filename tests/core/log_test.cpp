@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Log lines: how one is composed, and that it is delivered once, at its level.
 
 #include <iomanip>

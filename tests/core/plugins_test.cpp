@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The plug-in record: when it is complete, and what installing it does.
 
 #include <stdexcept>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The slots of the interfaces: which virtual function stands where. A host that was compiled
 // against an older header calls by slot.
 

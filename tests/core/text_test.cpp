@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Questions about texts: case, letters, names, numbers.
 
 #include <clocale>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Waiting, and how long to wait.
 
 #include <cstdlib>

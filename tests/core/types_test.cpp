@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Shared enumerations: fixed values, and the words for accessory types.
 
 #include <type_traits>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What every end-to-end test starts from: the program under test and a folder for its files."""
 
 import os

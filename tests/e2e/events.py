@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The JSON lines of the program, compared with the tables of docs/program.md.
 
 A table of events has the columns "event" and "members". A member stands between backticks: `status`

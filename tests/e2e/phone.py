@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Runs of `headsetmgmt phone`, and how what they print is compared."""
 
 import contextlib

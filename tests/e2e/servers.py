@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The servers that the phone is run against. Each is a context manager: it is started with free
 ports, and nothing of it is left when the block ends, however it ends."""
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Runs every file in cases/: a document and a server's behaviour, and what the phone makes of them.
 
 A case has these members:

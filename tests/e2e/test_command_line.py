@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Command lines and bench files that are refused: exit code 2, and a message that says what is
 wrong."""
 

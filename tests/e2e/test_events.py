@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The tables of events in docs/program.md against the sources; events.py compares them with the
 lines of every run."""
 

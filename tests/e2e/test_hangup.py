@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """SIGHUP: the end of the terminal or session that started the program does not end it."""
 
 import signal

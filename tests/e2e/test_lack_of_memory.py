@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Memory that runs out, at one point of a run after another: a message and exit code 1."""
 
 import contextlib

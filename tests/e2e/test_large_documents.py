@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Documents as large as the program takes: what they cost, and that they can be interrupted."""
 
 import json

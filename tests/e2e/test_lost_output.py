@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Output that cannot be written: said on standard error, and exit code 1."""
 
 import os

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The phone against nginx, over HTTP and over HTTPS with certificates of a private authority."""
 
 import pytest

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Runs that are more than one file can say: servers that come up late, signals, JSON lines, and the
 library's own log."""
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Output that nobody reads, as with a stopped pager: no request waits for it, signals end the
 program, and what is lost is counted."""
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Memory runs out at every allocation of a whole run, one after the other, each in a process of its
 // own. Nothing that follows may be a leak, a lock that is left held, a wrong call of the host, a
 // crash or a terminate; with memory again, the library serves as ever, at once and after a stop.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Memory that runs out for the library, and for nobody else, at a chosen allocation.
 
 #include "faults/failing_memory.h"

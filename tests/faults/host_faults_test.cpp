@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Host functions that fail, throw, stall, or answer late or twice, at every one of their calls.
 
 #include <atomic>

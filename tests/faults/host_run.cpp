@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Everything that a host does between start and stop, on a phone that owns the clock, and the calls
 // of host functions that follow.
 

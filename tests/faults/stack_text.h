@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A stack, for people to read.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A start whose worker cannot be made, again and again: what is left of it. A program of its own:
 // it stands before the threads library, and counts what the library allocates.
 

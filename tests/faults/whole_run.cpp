@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A host that does everything once: create, start, attach, configure, report, ask, reset, remove,
 // stop.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The worker's pauses, begun and ended without an allocation.
 
 #include "faults/worker_clock.h"

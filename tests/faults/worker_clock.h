@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The worker's pauses, begun and ended without an allocation.
 //
 // A program that is linked with this has a `usleep` and a `time` of its own, which allocate

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How the files of this folder say which types an operation or a member has.
 
 #pragma once

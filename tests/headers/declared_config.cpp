@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the headers of the configuration objects promise, used with the types they promise. It is
 // compiled and never run.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the core's headers promise, used with the types they promise. It is compiled and never run.
 
 #include <cstddef>

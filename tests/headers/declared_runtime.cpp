@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the headers of the threads, the mutexes and the executor promise, used with the types that
 // they promise. It only has to compile.
 

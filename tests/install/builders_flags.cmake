@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Configures the library alone, as a packager does, and checks that it is hardened unless the
 # builder gives flags.
 

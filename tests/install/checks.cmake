@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What the scripts of this folder share.
 
 # Runs a command; ends the script when it fails. Standard output goes to `output`.

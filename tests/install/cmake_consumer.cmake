@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Builds and runs a project that finds the installed library with find_package.
 
 include(${CMAKE_CURRENT_LIST_DIR}/checks.cmake)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Installs the build into an empty prefix and compares the files there with a list.
 
 include(${CMAKE_CURRENT_LIST_DIR}/checks.cmake)

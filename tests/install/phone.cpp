@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The smallest phone: starts the installed library, attaches a headset, and waits for the request.
 
 #include <condition_variable>

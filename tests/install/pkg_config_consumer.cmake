@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Builds and runs a program with what pkg-config reports for the installed library.
 
 include(${CMAKE_CURRENT_LIST_DIR}/checks.cmake)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Configures as a stranger does: no build type, no option, and nothing of what is installed but a
 # compiler, CMake, pkg-config and cJSON. Then looks at what each option reports as missing.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Runs clang-tidy on C++ files, one a processor at a time, and prints what it finds.
 
 Passes over a file that passed before, if the analyser would read the same again: itself, its

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The inventory report's sending: the task that is queued, and what becomes of it.
 
 #include <memory>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Memory that runs out while the inventory report is built: at each place, one after the other.
 
 #include <cstddef>

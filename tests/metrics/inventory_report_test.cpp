@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The inventory report: the whole printed text, and what is logged while it is built.
 
 #include <memory>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The URL that inventory reports are posted to: its token, its servers, its log lines.
 
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The metrics factory: which object it makes for an accessory, and what it throws.
 
 #include <cstdint>

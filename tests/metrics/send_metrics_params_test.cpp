@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The parameters of a task that sends a report: when it may run, how long it waits, what it owns.
 
 #include <memory>

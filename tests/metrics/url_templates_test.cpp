@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // URL templates: which tokens are found and replaced, and how a server stands in a URL.
 
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The phone's record of an accessory: what it keeps of the host's record, and what it answers.
 
 #include <locale>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The gate: which calls it lets in, which it turns away, and which closing waits for.
 
 #include <future>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Calls from many threads at once, in a seeded order, with a host that calls back in.
 
 #include <atomic>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A process that exits without stopping the library, each in a process of its own.
 
 #include <cstdlib>

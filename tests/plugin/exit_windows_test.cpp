@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A process that exits without a stop, while the library is in the middle of something. Each in a
 // process of its own.
 

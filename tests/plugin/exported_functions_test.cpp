@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Each exported function, called as a host outside calls it: through the shared library alone. Host
 // and fakes know nothing but the public headers.
 

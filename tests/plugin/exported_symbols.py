@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Compares what the shared library exports, and what it wants of its host, with literal lists.
 
 Usage: exported_symbols.py NM LIBRARY

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What the shared library exports: by name, and used from outside.
 
 add_test(NAME exported_symbols

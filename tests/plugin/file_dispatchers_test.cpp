@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The stand-alone readers of local files: results, documents and what goes to standard output.
 
 #include <cstdlib>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The plug-in from outside: the flat interface, start and stop, the host's events.
 
 set(flat_interface_libraries headsetmgmt_plugin headsetmgmt_core)

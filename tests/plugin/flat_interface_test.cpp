@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The exported functions: odd arguments in every state of the library, and a host that throws.
 
 #include <climits>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Nothing grows: live allocations, threads and the queue, over many rounds. A program of its own,
 // for it counts what the whole program allocates.
 

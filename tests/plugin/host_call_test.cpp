@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The mark of a thread that is inside a host function.
 
 #include <stdexcept>

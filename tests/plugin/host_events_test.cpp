@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the plug-in object makes of the host's events.
 
 #include <gtest/gtest.h>

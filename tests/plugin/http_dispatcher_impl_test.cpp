@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Requests through the host: which are handed over, which refused, and what happens to the record.
 
 #include <optional>

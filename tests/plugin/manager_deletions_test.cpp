@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How often a stop deletes the configuration manager: a program of its own, in which the linker
 // hands the plug-in's calls to the test first.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The way to the devices: what reaches the host functions, and what the driver answers.
 
 #include <gmock/gmock.h>

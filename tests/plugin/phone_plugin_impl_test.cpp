@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The plug-in object: creating, starting, stopping, and its log.
 
 #include <gtest/gtest.h>

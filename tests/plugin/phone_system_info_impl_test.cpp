@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The phone's facts: constants, the host's answers, and what the host set.
 
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A start for which there is no memory.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A start whose worker thread cannot be made. A program of its own: it stands before the threads
 // library.
 

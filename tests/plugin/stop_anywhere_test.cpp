@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Stopping at every single call of the host, and among calls that never end.
 
 #include <atomic>

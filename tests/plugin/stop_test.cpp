@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Stopping at any moment, and what other calls see of it.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A stop that is under way while the host does something else, and a host that blocks meanwhile.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Stopping at the worst moment: each place where a configuration run or a report can be when the
 // stop comes.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whole transcripts of accessories that change, and of a library that is stopped and started again.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whole transcripts of inventory reports, each compared with the report that is posted.
 
 #include <gtest/gtest.h>

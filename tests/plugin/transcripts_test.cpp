@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whole transcripts of configuration: every log line and host call, in order and to the byte.
 
 #include <gtest/gtest.h>

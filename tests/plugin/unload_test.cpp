@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The shared library in a process that loads and unloads it. The program is the host: it exports
 // the host functions that the library binds.
 

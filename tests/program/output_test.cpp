@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of how events reach standard output, and of texts made fit for a terminal.
 
 #include <csignal>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of URLs as they are shown.
 
 #include <gtest/gtest.h>

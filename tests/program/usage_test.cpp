@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of what is taken as an option's value.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // An executor without a thread, driven by the test.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tasks that are not run at once: deferred, not ready, timed out or dropped.
 
 #include <chrono>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The queue of tasks: which task runs when, and what the log says of it.
 
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The executor calls nobody with its queue locked.
 
 #include <chrono>

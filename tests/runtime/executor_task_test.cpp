@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One entry of the executor's queue: how long it is held back, and when it has waited enough.
 
 #include <chrono>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The executor with its worker thread: tasks that come from other threads, and its end.
 
 #include <atomic>

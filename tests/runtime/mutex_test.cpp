@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // POSIX mutexes, and the factory that hands them to the core.
 
 #include <cerrno>

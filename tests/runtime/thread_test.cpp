@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A POSIX thread that runs the body of its subclass again and again until it is asked to leave.
 
 #include <algorithm>

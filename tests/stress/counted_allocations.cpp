@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How many blocks of memory the whole process holds, the library it has loaded included.
 //
 // Counted where all memory comes from, below operator new and below the allocators of cJSON, so

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How many blocks of memory the whole process holds, the library it has loaded included.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The stops: at rest, where what the library left behind is counted, and during calls.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The clock of the program and of the library that it loads: a hundred times as fast as the real
 // one.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the process holds of the system: memory, threads, descriptors.
 
 #include "stress/footprint.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The threads that call the library, and what they do.
 
 #include "stress/host_threads.h"

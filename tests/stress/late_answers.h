@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Answers to fetches that come later than the request, from a thread of their own.
 
 #pragma once

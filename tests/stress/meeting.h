@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where the threads that call the library meet and wait, so that nothing is under way.
 
 #pragma once

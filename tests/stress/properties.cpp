@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the calls carry: accessories, documents, URLs and servers, good ones and odd ones.
 
 #include "stress/properties.h"

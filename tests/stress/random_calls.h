@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The eleven functions of the flat interface, called at random.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the program asks of the sanitizers that it is built with.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Stress: eight threads call the flat interface of the shared library at random, for as long as
 // wanted, with stops and starts among it all.
 //

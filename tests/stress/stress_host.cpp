@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The host that the library talks to: it answers in every way that there is, and calls back in.
 
 #include "stress/stress_host.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What happened, counted, and what must not happen.
 
 #pragma once

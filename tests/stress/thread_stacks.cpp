@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The stacks of all threads of the process.
 //
 // Each thread is sent a signal, in whose handler it notes its own return addresses; they are turned

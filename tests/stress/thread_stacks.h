@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The stacks of all threads of the process.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Notices a call that does not come back.
 
 #include "stress/watchdog.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the tests of configuration objects share: an object whose members are open, and its world.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Something that one thread does and another waits for.
 
 #pragma once

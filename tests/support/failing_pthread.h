@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Makes calls of the threads library fail, and counts them.
 //
 // A program that uses `PthreadAnswer` gets its own `pthread_...` functions of the names below,

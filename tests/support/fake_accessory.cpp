@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // An accessory whose facts the test sets.
 
 #include "support/fake_accessory.h"

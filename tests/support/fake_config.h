@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A configuration object whose answers the test chooses, and that records what was asked of it.
 
 #pragma once

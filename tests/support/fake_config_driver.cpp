@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A configuration driver that records its calls.
 
 #include "support/fake_config_driver.h"

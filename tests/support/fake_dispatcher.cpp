@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A dispatcher that records requests and answers what the test chose.
 
 #include "support/fake_dispatcher.h"

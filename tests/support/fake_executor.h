@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A queue of tasks that the test runs one by one.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The phone's host application in tests.
 
 #include "support/fake_host.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A factory of working mutexes that counts locks and can fail at a chosen call.
 
 #pragma once

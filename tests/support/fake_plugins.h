@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A plug-in record full of fakes, installed for the life of a test.
 
 #pragma once

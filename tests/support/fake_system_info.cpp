@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A phone whose facts the test sets.
 
 #include "support/fake_system_info.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Finds out that a thread waits for another one's end.
 
 #include "support/joining_thread.h"

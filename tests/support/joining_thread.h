@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Finds out that a thread waits for another one's end.
 //
 // A program that uses it gets its own `pthread_join`, which passes every call on to the system's

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Log lines, calls and other records as texts, in the order in which they came.
 
 #pragma once

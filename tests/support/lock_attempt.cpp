@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs code at the moment at which a lock is tried.
 
 #include "support/lock_attempt.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs code at the moment at which a lock is tried.
 //
 // A program that uses `LockAttempt` gets its own `pthread_rwlock_tryrdlock`,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The configuration manager among fakes, with what many of its tests need.
 
 #pragma once

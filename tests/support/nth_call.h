@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Makes a fake fail at a chosen call.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A phone at the flat interface that owns the clock.
 
 #include "support/phone_host.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A phone at the flat interface that owns the clock, and records the library's lines and calls.
 
 #pragma once

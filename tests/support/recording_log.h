@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A log sink that records its lines.
 
 #pragma once

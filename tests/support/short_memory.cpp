@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Memory that runs out for one thread.
 
 #include "support/short_memory.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Memory that runs out for one thread.
 //
 // A program that is linked with it has its own `operator new` and `operator delete`.

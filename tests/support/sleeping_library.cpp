@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A shared library that sleeps and reads the clock, for the test of the virtual clock.
 
 #include <ctime>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A thread with the smallest stack that the library promises to need.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The clock of a test program: the test decides what `usleep` and `time` do.
 
 #include "support/virtual_time.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The clock of a test program: the test decides what `usleep` and `time` do.
 //
 // A program that uses `VirtualTime` gets its own `usleep` and `time` in the place of the system's.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What tests rely on when they own the clock.
 
 #include <chrono>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A task that reports to the test what the executor does with it.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The functions through which the phone's host application drives the library.
 //
 // Order of use: `create_headset_mgmt`, `start_headset_mgmt`, `setHeadsetConfigUrl`, then the others

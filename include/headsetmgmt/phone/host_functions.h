@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The functions that the host application provides. The library binds them by name and parameter
 // types. Log lines go to a callback instead (`HostLogCallback`).
 //

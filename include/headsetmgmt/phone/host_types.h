@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Types that the phone's host application and the library exchange.
 
 #pragma once

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Clients that a server must outlive. MALFORMED, PROPER and HOLDERS are tables of named entries: a
 new attack is a line in one of them, or a function of a few lines."""
 

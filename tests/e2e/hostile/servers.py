@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Servers that treat a phone as none should. What they do stands in `HTTP` and `TFTP`, by name; a
 new one is a new entry. Each is a context manager: nothing of it is left when the block ends."""
 

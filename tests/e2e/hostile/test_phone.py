@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The phone against servers that treat it as none should, and what it never shows to anybody."""
 
 import resource

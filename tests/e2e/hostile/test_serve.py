@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """`headsetmgmt serve` against clients that mean it harm, and such as are only unusual."""
 
 import json

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Links the static core and uses what the shared library keeps to itself.
 
 #include <cstdio>

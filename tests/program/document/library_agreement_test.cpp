@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Holds the document reader against the library: same settings in the same order, same firmware,
 // same accessories that cannot use the document.
 

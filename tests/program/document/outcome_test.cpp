@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of what the document reader says: entries, settings, places, reasons.
 
 #include <string>

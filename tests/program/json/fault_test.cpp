@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of the explanations for texts that are not JSON.
 
 #include <cstddef>

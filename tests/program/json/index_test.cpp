@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of the index: members, names, pointers, places of values.
 
 #include <cstddef>

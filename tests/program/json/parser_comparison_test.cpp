@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Holds the scanner against the library's parser: same verdict, same place of a fault, same values.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of lines, columns and excerpts.
 
 #include <cstddef>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of what the scanner takes and refuses, each also asked of the library's parser.
 
 #include <cstddef>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of what is refused as a file of certificates.
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of the URL that a fetch goes to.
 
 #include <gtest/gtest.h>

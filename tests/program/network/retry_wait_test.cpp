@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of the waits between a phone's attempts: drawn, never waited for.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // An HTTP server that answers as a test wants it, byte by byte.
 
 #include "program/network/scripted_server.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of requests that a server sends elsewhere.
 
 #include <cstddef>

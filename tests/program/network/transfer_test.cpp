@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of single requests: answers, limits, servers that fail, time-outs and interruptions.
 
 #include <array>

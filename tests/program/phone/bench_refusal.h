@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The refusal of a bench file, for the tests of benches.
 
 #pragma once

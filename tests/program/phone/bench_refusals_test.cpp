@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of wrong bench files: each is refused with the file, the line, the member and what was
 // expected.
 

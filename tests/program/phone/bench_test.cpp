@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of bench files: what each member becomes, what is there without it, and how the reader says
 // that a file is wrong.
 

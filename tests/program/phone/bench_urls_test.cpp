@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of what is refused of a bench's URLs before anything is attached.
 
 #include <string>

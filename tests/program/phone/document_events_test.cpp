@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of the events about a document that was handed over.
 
 #include <string>

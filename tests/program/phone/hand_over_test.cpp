@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of how accessories fared with a document that was handed to the library.
 
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of fetches of one URL that wait together, and of the phone that joins them.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests that the library writes the lines that the phone reads, and that no other is taken for one.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of the reasons that a run's last lines give.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of when a run is complete, and of the event that ends it.
 
 #include <gtest/gtest.h>

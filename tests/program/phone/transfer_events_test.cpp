@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of the events about the end of a request.
 
 #include <chrono>

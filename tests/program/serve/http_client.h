@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A client for tests of the server, the documents that it serves, and its events.
 
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the header of a request is, and which headers are refused.
 
 #include <string>

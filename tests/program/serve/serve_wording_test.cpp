@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of the sentences for the events of a server.
 
 #include <gtest/gtest.h>

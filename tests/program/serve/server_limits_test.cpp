@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The time that a server grants its clients.
 
 #include <chrono>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tests of what a server refuses to start with.
 
 #include <filesystem>

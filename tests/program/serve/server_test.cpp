@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The server: what it answers over HTTP, what it serves and takes, and its events.
 
 #include <algorithm>
