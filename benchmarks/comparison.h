@@ -18,8 +18,8 @@ inline double median_of(std::vector<double> values) {
 }
 
 /// Runs `ours` and `floor` by turns, so that whatever else the machine does meets both. Each
-/// answers how many seconds of processor time it took for each of its results. Tells the medians,
-/// in nanoseconds.
+/// answers how many seconds of processor time it took for each of its results. Reports the
+/// medians, in nanoseconds.
 template <typename Ours, typename Floor>
 void compare(benchmark::State& state, Ours ours, Floor floor) {
     std::vector<double> our_times;

@@ -18,7 +18,7 @@
 namespace headsetmgmt::benchmarks {
 namespace {
 
-/// Tells how long each piece and each byte took; `seconds` are those of all iterations.
+/// Reports how long each piece and each byte took; `seconds` are those of all iterations.
 void report(benchmark::State& state, double seconds, std::size_t bytes, std::size_t pieces) {
     const double each = seconds / static_cast<double>(state.iterations()) * 1e9;
     state.counters["ns_per_piece"] = each / static_cast<double>(pieces);

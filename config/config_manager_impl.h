@@ -123,7 +123,7 @@ private:
     bool configure_pending GUARDED_BY(flag_mutex) = false;
     MutexOwner flag_mutex;
 
-    // How often its thread holds the registry.
+    // Holds of the registry by the thread that has it.
     unsigned int holds GUARDED_BY(registry_mutex) = 0;
     // To be deleted when the outermost hold ends.
     std::vector<ConfigInterface*> removed GUARDED_BY(registry_mutex);

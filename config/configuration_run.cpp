@@ -71,7 +71,7 @@ bool ConfigManagerImpl::configure_accessory(const std::string& id, std::string c
         logger->notice() << "configure_accessory for " << get_number_of_pending_configs()
                          << "accessories";
     }
-    // A run lasts until its document is handed out, even if its last accessory was removed.
+    // While its document is handed out, a run is under way even if its last accessory was removed.
     if (is_configure_accessory_pending() || handing_out) {
         logger->notice()
             << "configure_accessory: previous configure_accessory is in progress, ignore this one";

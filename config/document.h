@@ -16,9 +16,9 @@ struct cJSON;
 
 namespace headsetmgmt::document {
 
-/// The template of a document. Along the first children, from the root down, the first node that
-/// has a member "templateConfiguration" is searched; the template is the first member of this node,
-/// whatever its key. Null when there is no such node.
+/// The template of a document: the first member, whatever its key, of the first node that has a
+/// member "templateConfiguration", from the root down along first children. Null when there is no
+/// such node.
 const cJSON* find_template(const cJSON* root);
 
 /// "updatedTime" in epoch seconds, 0 when it is not a number; empty when it is missing.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The gate through which host calls enter the library. A stop closes it.
+// The gate through which flat calls enter the library. A stop closes it.
 
 #pragma once
 
@@ -8,7 +8,7 @@
 
 namespace headsetmgmt::plugin {
 
-/// While it is closed, calls are turned away at once; closing waits until the last call inside has
+/// While it is closed, calls are refused at once; closing waits until the last call inside has
 /// left.
 ///
 /// There is only one object: being inside is a property of the thread. Any thread. Initialised

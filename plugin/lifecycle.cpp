@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Making, starting, stopping and ending the library: by one thread at a time, with no host call
+// Making, starting, stopping and ending the library: by one thread at a time, with no flat call
 // inside.
 
 #include "plugin/lifecycle.h"

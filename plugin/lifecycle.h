@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Making, starting, stopping and ending the library, and the way of each host call into it.
+// Making, starting, stopping and ending the library, and the way of each flat call into it.
 
 #pragma once
 
@@ -13,16 +13,18 @@ namespace headsetmgmt::plugin {
 void make_library() noexcept;
 
 /// Starts the library, and makes the plug-in object if there is none; whether the library runs.
-/// Does not start it from inside a host function, while another thread makes, starts or stops the
-/// library, or once the process exits. A null text counts as empty. Any thread.
+/// Does not start it from inside a host function, the log callback or another call, while another
+/// thread makes, starts or stops the library, or once the process exits. A null text counts as
+/// empty. Any thread.
 bool start_library(const char* phone_model, const char* phone_version,
                    const char* storage_path) noexcept;
 
 /// Stops the library after all calls and the task under way have ended. Does nothing from inside a
-/// host function, while another thread stops the library, or once the process exits. Any thread.
+/// host function, the log callback or another call, while another thread stops the library, or once
+/// the process exits. Any thread.
 void stop_library() noexcept;
 
-/// One host call inside the library. A stop waits until it ends.
+/// One flat call inside the library. A stop waits until it ends.
 class LibraryCall {
 public:
     LibraryCall();

@@ -61,7 +61,8 @@ public:
     /// Ends the worker and deletes everything that a start made. Always true.
     bool reset_headsetmgmt_lib();
 
-    /// Makes the six interfaces of the core, and fills the plug-in record.
+    /// Makes the interfaces of the core but the log, which is this object, and fills the plug-in
+    /// record.
     void init_plugins();
 
     /// Requests that the worker, if there is one, ends after its current task. It is never joined.
@@ -90,7 +91,7 @@ public:
     /// Always false; nothing is recorded.
     bool updateLocalConfig(const char* device_id, int usage_id, const std::string& value);
 
-    /// The answer to the outstanding fetch; any status but 200 is a failure.
+    /// The answer to a fetch; any status but 200 is a failure.
     void onHttpResponse(const char* body, int status);
 
     /// Sets `value` to the setting's name; whether it is not empty.

@@ -43,7 +43,7 @@ int write_out(const std::string& text) {
     return written && std::fflush(stdout) == 0 ? 0 : errno;
 }
 
-/// A reader that has gone wants no more, which is no failure.
+/// A reader that closed its end is not a failure.
 bool is_loss(int error) {
     return error != 0 && error != EPIPE;
 }
@@ -106,7 +106,8 @@ void complain(std::string_view message) {
     const std::array<iovec, 3> line = {part(who), part(message), part("\n")};
     pollfd standard_error = {STDERR_FILENO, POLLOUT, 0};
     if (poll(&standard_error, 1, patience_milliseconds) == 1) {
-        static_cast<void>(!writev(STDERR_FILENO, line.data(), line.size()));
+        const ssize_t written = writev(STDERR_FILENO, line.data(), line.size());
+        static_cast<void>(written);  // nowhere else to complain
     }
 }
 

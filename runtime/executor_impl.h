@@ -32,7 +32,8 @@ public:
     bool threadLoop() override;
 
     /// Whether all queued tasks are held back; true for an empty queue. Examines them from the
-    /// oldest to the first that is not held back, and ends the deferrals that have passed.
+    /// oldest to the first that is not held back, and ends the deferrals that have passed. With the
+    /// queue locked, or while no other thread uses the executor, which no annotation can state.
     bool tasks_deferring() REQUIRES(queue_mutex);
 
     /// Puts a task, with ownership of its parameters, at the back of the queue. Any thread.

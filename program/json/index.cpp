@@ -53,7 +53,7 @@ Type Index::type(std::size_t number) const {
 
 std::string Index::name(std::size_t number) const {
     const std::size_t begin = entries[number].name;
-    return begin != Value::no_name ? string_text(source, begin) : std::string();
+    return begin != Value::no_name_ ? string_text(source, begin) : std::string();
 }
 
 std::size_t Index::behind(std::size_t number) const {
@@ -91,7 +91,7 @@ std::string Index::pointer(std::size_t number) const {
             child = next;
             ++position;
         }
-        const bool is_member = entries[child].name != Value::no_name;
+        const bool is_member = entries[child].name != Value::no_name_;
         result += "/" + (is_member ? pointer_token(name(child)) : std::to_string(position));
         holder = child;
     }

@@ -13,14 +13,14 @@ namespace headsetmgmt::program::json {
 
 /// Where one value stands: offsets of bytes.
 struct Value {
-    static constexpr std::size_t no_name = std::string_view::npos;
+    static constexpr std::size_t no_name_ = std::string_view::npos;
 
     std::size_t begin;
     std::size_t end;   ///< behind its last byte
-    std::size_t name;  ///< the opening quotation mark of a member's name; `no_name` elsewhere
+    std::size_t name;  ///< the opening quotation mark of a member's name; `no_name_` elsewhere
 
     /// Where the member begins, name included; of other values, where the value begins.
-    std::size_t member_begin() const { return name != no_name ? name : begin; }
+    std::size_t member_begin() const { return name != no_name_ ? name : begin; }
 };
 
 enum class Type { null, boolean, number, string, array, object };

@@ -46,7 +46,7 @@ public:
             at = 3;
         }
         skip_blanks();
-        std::optional<Fault> fault = read_value(Value::no_name);
+        std::optional<Fault> fault = read_value(Value::no_name_);
         while (!fault && !holders.empty()) {
             skip_blanks();
             fault = go_on();
@@ -83,7 +83,7 @@ private:
             ++at;
             skip_blanks();
         }
-        return is_object ? read_member() : read_value(Value::no_name);
+        return is_object ? read_member() : read_value(Value::no_name_);
     }
 
     std::optional<Fault> read_member() {

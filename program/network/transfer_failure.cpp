@@ -85,7 +85,7 @@ std::string refused_protocol(const EndedTransfer& ended) {
                                             : "a document is fetched by http, https or tftp");
 }
 
-/// libcurl's own text; for TFTP it may be about a connection, which TFTP has none of.
+/// libcurl's own text; for TFTP it may mention a connection, and TFTP has none.
 std::string text_of_libcurl(const EndedTransfer& ended) {
     constexpr char about_connection[] = "getpeername()";
     const bool is_useless =

@@ -151,7 +151,7 @@ std::string replaced(const Template& url) {
     return made;
 }
 
-/// Whether a config URL that is no URL is none of a file either, but a URL that was begun wrongly:
+/// Whether a text that is neither a URL nor a file name looks like a mistyped URL:
 /// "http:/host/x", "host:80/x".
 bool is_wrong_url(const std::string& name) {
     const std::size_t mark = name.find_first_of(":/?#");

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// How the accessories fared with a document that was handed to the library.
+// The result of a document that was handed to the library, for each accessory.
 
 #include "program/phone/hand_over.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// How the accessories fared with a document that was handed to the library.
+// The result of a document that was handed to the library, for each accessory.
 
 #pragma once
 
@@ -12,7 +12,7 @@
 
 namespace headsetmgmt::program {
 
-/// How one accessory fared.
+/// The result for one accessory.
 struct Turn {
     AccessoryCache facts;
     bool is_taken = false;      ///< it could use the document

@@ -146,8 +146,8 @@ void PhoneHost::configure(const std::shared_ptr<AccessoryCache>& accessory) {
         // The library waits so long for the device to report them, then does without.
         output.write(
             {{"event", "note"},
-             {"text", "the document is fetched in 60 s: until then the library waits for what "
-                      "the bench does not tell of " +
+             {"text", "the document is fetched in 60 s: until then the library waits for values "
+                      "that the bench lacks for " +
                           accessory->device_id + ": " + missing}});
     }
 }

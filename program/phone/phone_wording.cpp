@@ -74,13 +74,13 @@ std::string url(const Event& event) {
 /// "firmware 2-0-4", or that its version is not known.
 std::string firmware(const Event& event, const char* member) {
     const std::string version = said(event, member);
-    return version.empty() ? "firmware not told" : "firmware " + version;
+    return version.empty() ? "firmware unknown" : "firmware " + version;
 }
 
 std::string attached(const Event& event) {
     const std::string model = said(event, "model");
     std::string text = "attached " + said(event, "id") + ": " +
-                       (model.empty() ? "model not told" : model) + ", " +
+                       (model.empty() ? "model unknown" : model) + ", " +
                        firmware(event, "softwareVersion");
     if (!event.value("dongleModel", "").empty()) {
         text += ", dongle " + said(event, "dongleModel") + ", " + firmware(event, "dongleVersion");
@@ -141,7 +141,7 @@ std::string passed_over(const Event& setting) {
 }
 
 std::string kept_back(const Event& setting) {
-    return "kept but never sent: " + said(setting, "name") + ": its access is \"" +
+    return "kept, sent at a factory reset only: " + said(setting, "name") + ": its access is \"" +
            said(setting, "access") + R"(", not "Admin" ()" + origin(setting) + ")";
 }
 
@@ -185,7 +185,8 @@ std::string document(const Event& event) {
         text += "\n  " + not_sent(unsent);
     }
     return text + lines_of(event, "passedOver", "settingsPassedOver", passed_over, "passed over") +
-           lines_of(event, "keptBack", "settingsKeptBack", kept_back, "kept but never sent");
+           lines_of(event, "keptBack", "settingsKeptBack", kept_back,
+                    "kept, sent at a factory reset only");
 }
 
 std::string device(const Event& event) {

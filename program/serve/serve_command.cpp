@@ -78,8 +78,9 @@ int run_serve(const Arguments& arguments) {
 
 void add_serve_command(CLI::App& program, std::function<int()>& run) {
     auto arguments = std::make_shared<Arguments>();
-    CLI::App* command = program.add_subcommand("serve", "Serve documents over HTTP and take "
-                                                        "inventory reports, for tests and shows");
+    CLI::App* command =
+        program.add_subcommand("serve", "Serve documents over HTTP and take "
+                                        "inventory reports, for tests and demonstrations");
     command->add_option("--port", arguments->options.port, "TCP port (0: the system picks one)")
         ->check(whole_number("a port", 0, UINT16_MAX))
         ->required();

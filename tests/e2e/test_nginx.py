@@ -18,7 +18,7 @@ GOOD_RUN = [
     "document taken by 1, failed for 0",
     '  desk-headset (Varos K20) is served by entry 0 of modelSpecificSettings: "Varos K20" (line 10,'
     " column 13)",
-    '  kept but never sent: Speaker Volume: its access is "User", not "Admin" (commonSettings, line 5,'
+    '  kept, sent at a factory reset only: Speaker Volume: its access is "User", not "Admin" (commonSettings, line 5,'
     " column 13)",
     "report to SERVER/inventory: accepted: status 204, 545 bytes sent, # ms",
     "device desk-headset has",

@@ -88,9 +88,9 @@ def test_stopped_while_it_waits_for_the_next_attempt(
 @pytest.mark.parametrize(
     ("members", "attached", "missing"),
     [
-        ("model=Varos K30", "Varos K30, firmware not told", "softwareVersion"),
-        ("softwareVersion=2-1-0", "model not told, firmware 2-1-0", "model"),
-        ("serialNumber=A1", "model not told, firmware not told", "softwareVersion, model"),
+        ("model=Varos K30", "Varos K30, firmware unknown", "softwareVersion"),
+        ("softwareVersion=2-1-0", "model unknown, firmware 2-1-0", "model"),
+        ("serialNumber=A1", "model unknown, firmware unknown", "softwareVersion, model"),
     ],
 )
 def test_fetch_that_the_library_holds_back_is_announced(
@@ -104,8 +104,8 @@ def test_fetch_that_the_library_holds_back_is_announced(
             code = phone.finish()
     assert phone.lines == [
         f"attached desk: {attached}",
-        "the document is fetched in 60 s: until then the library waits for what the bench does not"
-        f" tell of desk: {missing}",
+        "the document is fetched in 60 s: until then the library waits for values that the"
+        f" bench lacks for desk: {missing}",
         "no inventory URL: no reports are sent",
         "0 of 1 configured, 1 without a document; no reports wanted",
         "failed: interrupted before the library asked for a document",
@@ -126,7 +126,7 @@ def test_fetch_that_is_under_way_already_is_not_announced(program, documents):
             phone.finish()
     assert phone.lines[:3] == [
         "attached desk: Varos K30, firmware 2-1-0",
-        "attached other: model not told, firmware not told",
+        "attached other: model unknown, firmware unknown",
         "no inventory URL: no reports are sent",
     ]
 

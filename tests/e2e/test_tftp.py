@@ -21,7 +21,7 @@ GOOD_RUN = [
     "firmware of Varos K30: no upgrade required",
     "document taken by 1, failed for 0",
     '  desk (Varos K30) is served by entry 0 of modelSpecificSettings: "Varos K30" (line 10, column 13)',
-    '  kept but never sent: Speaker Volume: its access is "User", not "Admin" (commonSettings, line 5,'
+    '  kept, sent at a factory reset only: Speaker Volume: its access is "User", not "Admin" (commonSettings, line 5,'
     " column 13)",
     "device desk has",
     "  34 Sidetone = medium",

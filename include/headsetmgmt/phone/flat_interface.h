@@ -89,7 +89,8 @@ HEADSETMGMT_EXPORT bool retrieve_config(const char* device_id, CONFIG_SETTING_US
 
 /// Delivers the answer to a fetch: with status 200, `body` is the document. Any other status is a
 /// failure, after which the library requests the document again at once, unless version or model
-/// are missing (`configure_headset`). Without an outstanding fetch, the answer is dropped.
+/// are missing (`configure_headset`). While no configuration run is under way, the answer is
+/// dropped.
 ///
 /// The host determines the rate of requests:
 /// - Report a failure after a pause.

@@ -265,21 +265,22 @@ std::string decision(const std::string& firmware, const std::string& version) {
 }
 
 TEST(DocumentOutcome, EachFirmwareDecisionIsASentence) {
-    EXPECT_EQ("left to the phone", decision(R"({"firmwareName": "latest"})", "1-0"));
+    EXPECT_EQ("no upgrade requested: the document says LATEST",
+              decision(R"({"firmwareName": "latest"})", "1-0"));
     EXPECT_EQ("stays on the current version, as the document says",
               decision(R"({"firmwareName": "a", "firmwareVersion": "current"})", "1-0"));
     EXPECT_EQ("no upgrade required",
               decision(R"({"firmwareName": "a", "firmwareVersion": "1-0"})", "1-0"));
     EXPECT_EQ("upgrade requested to 0-9",
               decision(R"({"firmwareName": "a", "firmwareVersion": "0-9"})", "1-0"));
-    EXPECT_EQ("\"2.1.0\" is no version (letters, digits and hyphens), so 1-0 stays",
+    EXPECT_EQ("\"2.1.0\" is not a version (only letters, digits and hyphens): 1-0 is kept",
               decision(R"({"firmwareName": "a", "firmwareVersion": "2.1.0"})", "1-0"));
-    EXPECT_EQ("none: the document tells no version, or one that is no text",
+    EXPECT_EQ("none: firmwareVersion is missing or not a text",
               decision(R"({"firmwareName": "a", "firmwareVersion": 2})", "1-0"));
-    EXPECT_EQ("none: the accessory tells no version",
+    EXPECT_EQ("none: the accessory reports no version",
               decision(R"({"firmwareName": "a", "firmwareVersion": "1-0"})", ""));
-    EXPECT_EQ("none: the document tells no version, or one that is no text, and the accessory "
-              "tells none",
+    EXPECT_EQ("none: firmwareVersion is missing or not a text, and the accessory "
+              "reports no version",
               decision(R"({"firmwareName": "a"})", ""));
 }
 

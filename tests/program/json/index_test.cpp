@@ -64,8 +64,8 @@ TEST(Index, MemberHasThePlaceOfItsName) {
     EXPECT_EQ(2U, index[1].name);
     EXPECT_EQ(2U, index[1].member_begin());
     EXPECT_EQ(8U, index[1].begin);
-    EXPECT_EQ(Value::no_name, index[0].name);
-    EXPECT_EQ(Value::no_name, index[2].name);
+    EXPECT_EQ(Value::no_name_, index[0].name);
+    EXPECT_EQ(Value::no_name_, index[2].name);
     EXPECT_EQ(9U, index[2].member_begin());
 }
 

@@ -85,7 +85,7 @@ std::vector<Description> described(const Index& index) {
     for (std::size_t number = 0; number < index.size(); ++number) {
         Description& description = result[number];
         description.type = index.type(number);
-        description.is_member = index[number].name != Value::no_name;
+        description.is_member = index[number].name != Value::no_name_;
         description.name = index.name(number).c_str();
         for (auto child = index.first_child(number); child; child = index.next_sibling(*child)) {
             result[*child].holder = number;

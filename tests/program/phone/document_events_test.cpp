@@ -64,7 +64,7 @@ TEST(DocumentEvents, DecisionOnADongleNamesIt) {
                             {"model", "Varos K20"},
                             {"id", "desk"},
                             {"dongleModel", "Varos Link"},
-                            {"decision", "left to the phone"}};
+                            {"decision", "no upgrade requested: the document says LATEST"}};
 
     EXPECT_EQ((std::vector<Event>{expected}), firmware_events(hand_over(text, {with_dongle})));
 }

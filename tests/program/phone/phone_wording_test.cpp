@@ -33,14 +33,14 @@ TEST(PhoneWording, AttachedAccessoryWithoutADongle) {
 }
 
 TEST(PhoneWording, AttachedAccessoryOfWhichNothingIsReported) {
-    EXPECT_EQ("attached desk: model not told, firmware not told",
+    EXPECT_EQ("attached desk: model unknown, firmware unknown",
               phone_event_in_words({{"event", "attached"},
                                     {"id", "desk"},
                                     {"model", ""},
                                     {"softwareVersion", ""},
                                     {"dongleModel", ""},
                                     {"dongleVersion", ""}}));
-    EXPECT_EQ("attached desk: Varos K30, firmware 2-1-0, dongle Varos Link, firmware not told",
+    EXPECT_EQ("attached desk: Varos K30, firmware 2-1-0, dongle Varos Link, firmware unknown",
               phone_event_in_words({{"event", "attached"},
                                     {"id", "desk"},
                                     {"model", "Varos K30"},
@@ -115,11 +115,12 @@ TEST(PhoneWording, FirmwareDecision) {
 }
 
 TEST(PhoneWording, FirmwareDecisionOfAnAccessory) {
-    EXPECT_EQ("firmware of Varos K20: left to the phone",
-              phone_event_in_words({{"event", "firmware"},
-                                    {"model", "Varos K20"},
-                                    {"id", "desk-headset"},
-                                    {"decision", "left to the phone"}}));
+    EXPECT_EQ(
+        "firmware of Varos K20: no upgrade requested: the document says LATEST",
+        phone_event_in_words({{"event", "firmware"},
+                              {"model", "Varos K20"},
+                              {"id", "desk-headset"},
+                              {"decision", "no upgrade requested: the document says LATEST"}}));
 }
 
 TEST(PhoneWording, RequestedFirmwareIsReportedWithBothVersions) {
@@ -220,21 +221,22 @@ TEST(PhoneWording, DocumentWithTheEntriesThatServe) {
 }
 
 TEST(PhoneWording, DocumentWithASettingThatIsNeverSent) {
-    EXPECT_EQ("document taken by 1, failed for 0\n"
-              "  kept but never sent: V: its access is \"Administrator\", not \"Admin\" "
-              "(firmwareParams of Varos K20, line 3, column 5)",
-              phone_event_in_words(
-                  {{"event", "document"},
-                   {"taken", 1},
-                   {"failed", 0},
-                   {"settingsKeptBack", 1},
-                   {"keptBack",
-                    Event::array({{{"list", "firmwareParams"},
-                                   {"name", "V"},
-                                   {"access", "Administrator"},
-                                   {"line", 3},
-                                   {"column", 5},
-                                   {"accessories", Event::array({{{"model", "Varos K20"}}})}}})}}));
+    EXPECT_EQ(
+        "document taken by 1, failed for 0\n"
+        "  kept, sent at a factory reset only: V: its access is \"Administrator\", not \"Admin\" "
+        "(firmwareParams of Varos K20, line 3, column 5)",
+        phone_event_in_words(
+            {{"event", "document"},
+             {"taken", 1},
+             {"failed", 0},
+             {"settingsKeptBack", 1},
+             {"keptBack",
+              Event::array({{{"list", "firmwareParams"},
+                             {"name", "V"},
+                             {"access", "Administrator"},
+                             {"line", 3},
+                             {"column", 5},
+                             {"accessories", Event::array({{{"model", "Varos K20"}}})}}})}}));
 }
 
 /// A document of which settings named T1, T2 and so on were passed over.
