@@ -3,9 +3,8 @@
 
 #include "program/phone/hand_over.h"
 
-#include <algorithm>
 #include <cstddef>
-#include <unordered_map>
+#include <map>
 #include <utility>
 
 #include "headsetmgmt/utilities.h"
@@ -40,57 +39,60 @@ void HandOver::end_turn(bool is_taken) {
 
 /// Which trace is whose, by the accessory's place in `waiting`; null for those without a turn.
 std::vector<const HandOver::Trace*>
-HandOver::assign(const std::vector<AccessoryCache>& waiting) const {
+HandOver::assign(const std::vector<AccessoryCache>& waiting,
+                 const std::vector<AccessoryOutcome>& outcomes) const {
+    using Key = std::pair<std::string, bool>;
     std::vector<const Trace*> result(waiting.size());
-    std::unordered_map<std::string, std::size_t> by_id;
-    std::unordered_map<std::string, std::vector<std::size_t>> by_model;  // the earliest last
-    for (std::size_t i = waiting.size(); i-- > 0;) {
-        by_id[waiting[i].device_id] = i;
-        by_model[get_headset_model(waiting[i].model, waiting[i].serial_number)].push_back(i);
-    }
-    std::vector<const Trace*> without_id;
+    std::vector<const Trace*> open;
     for (const Trace& trace : ended) {
-        const auto found = by_id.find(trace.device_id);
-        if (found != by_id.end()) {
-            result[found->second] = &trace;
-        } else {
-            without_id.push_back(&trace);
-        }
+        open.push_back(&trace);
     }
-    std::vector<const Trace*> without_model;
-    for (const Trace* trace : without_id) {
-        std::vector<std::size_t>& of_model = by_model[trace->model];
-        while (!of_model.empty() && result[of_model.back()] != nullptr) {
-            of_model.pop_back();
+    // An open trace is that of the earliest accessory without one that has the same key.
+    const auto assign_by = [&](const auto& key_of_accessory, const auto& key_of_trace) {
+        std::map<Key, std::vector<std::size_t>> places;  // the earliest last
+        for (std::size_t i = waiting.size(); i-- > 0;) {
+            if (result[i] == nullptr) {
+                places[key_of_accessory(i)].push_back(i);
+            }
         }
-        if (!of_model.empty()) {
-            result[of_model.back()] = trace;
-        } else {
-            without_model.push_back(trace);
+        std::vector<const Trace*> left;
+        for (const Trace* trace : open) {
+            const auto found = places.find(key_of_trace(*trace));
+            if (found == places.end() || found->second.empty()) {
+                left.push_back(trace);
+            } else {
+                result[found->second.back()] = trace;
+                found->second.pop_back();
+            }
         }
-    }
-    auto place = result.begin();
-    for (const Trace* trace : without_model) {
-        place = std::find(place, result.end(), nullptr);
-        if (place != result.end()) {
-            *place = trace;
-        }
-    }
+        open = std::move(left);
+    };
+    const auto model = [&](std::size_t i) {
+        return get_headset_model(waiting[i].model, waiting[i].serial_number);
+    };
+    assign_by([&](std::size_t i) { return Key(waiting[i].device_id, false); },
+              [](const Trace& trace) { return Key(trace.device_id, false); });
+    assign_by([&](std::size_t i) { return Key(model(i), outcomes[i].failure.empty()); },
+              [](const Trace& trace) { return Key(trace.model, trace.is_taken); });
+    assign_by([&](std::size_t i) { return Key(model(i), false); },
+              [](const Trace& trace) { return Key(trace.model, false); });
+    assign_by([](std::size_t /*i*/) { return Key(); },
+              [](const Trace& /*trace*/) { return Key(); });
     return result;
 }
 
-std::vector<Turn> HandOver::take_turns(std::vector<AccessoryCache>& waiting) const {
-    const std::vector<const Trace*> traces = assign(waiting);
+std::vector<Turn> HandOver::turns(const std::vector<AccessoryCache>& waiting,
+                                  std::vector<AccessoryOutcome>& outcomes) const {
+    const std::vector<const Trace*> traces = assign(waiting, outcomes);
     std::vector<Turn> turns;
-    std::vector<AccessoryCache> left;
+    std::vector<AccessoryOutcome> theirs;
     for (std::size_t i = 0; i < waiting.size(); ++i) {
         if (traces[i] != nullptr) {
             turns.push_back({waiting[i], traces[i]->is_taken, traces[i]->lacks_memory});
-        } else {
-            left.push_back(waiting[i]);
+            theirs.push_back(std::move(outcomes[i]));
         }
     }
-    waiting = std::move(left);
+    outcomes = std::move(theirs);
     return turns;
 }
 

@@ -8,6 +8,7 @@
 
 #include "headsetmgmt/phone/host_types.h"
 
+#include "program/document/outcome.h"
 #include "program/phone/library_lines.h"
 
 namespace headsetmgmt::program {
@@ -35,13 +36,18 @@ public:
     /// Nobody was waiting for the document.
     bool was_dropped() const { return dropped; }
 
-    /// The accessories that had their turn, in the order of `waiting`, from which they are taken.
-    /// `waiting` are those that were attached and had no document yet, the earliest first.
+    /// Whether an accessory had its turn.
+    bool has_turns() const { return !ended.empty(); }
+
+    /// The accessories that had their turn, in the order of `waiting`: those that were attached and
+    /// had no document yet, the earliest first. `outcomes` are what the document does to them, in
+    /// the same order; those of accessories without a turn are removed.
     ///
-    /// The library names none of them. It hands the document to all that were attached before, so
-    /// where neither a host call nor the model distinguishes them, the earliest ones had their
-    /// turn.
-    std::vector<Turn> take_turns(std::vector<AccessoryCache>& waiting) const;
+    /// The library names none of them. It hands the document to all that were attached before, in
+    /// any order. Where no host call, model or outcome distinguishes them, the earliest ones had
+    /// their turn.
+    std::vector<Turn> turns(const std::vector<AccessoryCache>& waiting,
+                            std::vector<AccessoryOutcome>& outcomes) const;
 
 private:
     /// What is known of an accessory in its turn.
@@ -53,7 +59,8 @@ private:
     };
 
     void end_turn(bool is_taken);
-    std::vector<const Trace*> assign(const std::vector<AccessoryCache>& waiting) const;
+    std::vector<const Trace*> assign(const std::vector<AccessoryCache>& waiting,
+                                     const std::vector<AccessoryOutcome>& outcomes) const;
 
     Trace current;
     std::vector<Trace> ended;

@@ -136,10 +136,7 @@ void PhoneHost::configure(const std::shared_ptr<AccessoryCache>& accessory) {
     const std::string missing = missing_members(*accessory);
     if (!is_taken) {
         const Lock lock(state_mutex);
-        const auto has_its_id = [&accessory](const AccessoryCache& facts) {
-            return facts.device_id == accessory->device_id;
-        };
-        waiting.erase(std::remove_if(waiting.begin(), waiting.end(), has_its_id), waiting.end());
+        stop_waiting({accessory->device_id});
         ++tally.not_configured;
         tally.note_reason("the library does not configure " + accessory->device_id);
     } else if (is_fetch_queued && !missing.empty()) {
@@ -150,6 +147,14 @@ void PhoneHost::configure(const std::shared_ptr<AccessoryCache>& accessory) {
                       "that the bench lacks for " +
                           accessory->device_id + ": " + missing}});
     }
+}
+
+/// Under the lock.
+void PhoneHost::stop_waiting(const std::set<std::string>& device_ids) {
+    const auto is_one = [&device_ids](const AccessoryCache& facts) {
+        return device_ids.count(facts.device_id) != 0;
+    };
+    waiting.erase(std::remove_if(waiting.begin(), waiting.end(), is_one), waiting.end());
 }
 
 void PhoneHost::interrupt() {
@@ -226,16 +231,20 @@ void PhoneHost::on_document(const std::string& document) {
 
     HandedOver handed_over;
     handed_over.was_dropped = followed.was_dropped();
-    {
-        const Lock lock(state_mutex);
-        handed_over.turns = followed.take_turns(waiting);
-    }
-    if (!handed_over.turns.empty()) {
-        std::vector<AccessoryCache> accessories;
-        for (const Turn& turn : handed_over.turns) {
-            accessories.push_back(turn.facts);
+    if (followed.has_turns()) {
+        std::vector<AccessoryCache> candidates;
+        {
+            const Lock lock(state_mutex);
+            candidates = waiting;
         }
-        handed_over.outcome = read_document(document, accessories, settings_in_an_event);
+        handed_over.outcome = read_document(document, candidates, settings_in_an_event);
+        handed_over.turns = followed.turns(candidates, handed_over.outcome.accessories);
+        std::set<std::string> served;
+        for (const Turn& turn : handed_over.turns) {
+            served.insert(turn.facts.device_id);
+        }
+        const Lock lock(state_mutex);
+        stop_waiting(served);
     }
     for (const Event& event : firmware_events(handed_over)) {
         output.write(event);

@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -66,6 +67,7 @@ private:
 
     bool bring_up();
     void configure(const std::shared_ptr<AccessoryCache>& accessory);
+    void stop_waiting(const std::set<std::string>& device_ids);
     void add_to_tally(const HandedOver& handed_over, const Event& event);
     void report_devices();
 

@@ -17,6 +17,8 @@
 #include "headsetmgmt/types.h"
 
 #include "program/document/outcome.h"
+#include "program/phone/hand_over.h"
+#include "program/phone/library_lines.h"
 #include "support/fake_host.h"
 #include "support/virtual_time.h"
 
@@ -135,6 +137,68 @@ TEST(LibraryAgreement, ReaderForetellsWhatTheLibraryDoesWithEachDocument) {
         }
     }
     EXPECT_GE(taken, 20U);
+}
+
+/// "a0 taken" for each accessory, in the order of `attached`, as the program concludes from the
+/// library's lines when the document is handed to all of them at once.
+Texts library_does_to_all(const std::string& text, const std::vector<AccessoryCache>& attached) {
+    FakeHost& host = fresh_fake_host();
+    const VirtualTime clock(1700, VirtualTime::Sleepers::move_the_clock);
+    EXPECT_TRUE(create_headset_mgmt(record_host_log_line));
+    EXPECT_TRUE(start_headset_mgmt("TRM", "1-0-0", "./"));
+    const char* servers[] = {"", "", ""};
+    EXPECT_TRUE(setHeadsetConfigUrl("http://server/a.json", "", "", servers, servers, ""));
+    for (const AccessoryCache& facts : attached) {
+        EXPECT_TRUE(configure_headset(std::make_shared<AccessoryCache>(facts)));
+    }
+    EXPECT_TRUE(host.wait_for_http_requests(1));
+    HandOver hand_over;
+    test_support::HostBehaviour behaviour;
+    behaviour.on_log_line = [&](int /*level*/, const std::string& line) {
+        hand_over.on_line(read_library_line(line));
+    };
+    behaviour.on_apply_changes = [&](const test_support::ApplyChangesCall& call) {
+        hand_over.on_host_call(call.device_id);
+    };
+    behaviour.on_firmware_upgrade = [&](const test_support::FirmwareUpgradeCall& call) {
+        hand_over.on_host_call(call.device_id);
+    };
+    host.behave(behaviour);
+    httpResponse(text.c_str(), 200);
+    host.behave({});
+    stop_headset_mgmt();
+
+    DocumentOutcome outcome = read_document(text, attached, 3);
+    Texts results;
+    for (const Turn& turn : hand_over.turns(attached, outcome.accessories)) {
+        results.push_back(turn.facts.device_id + (turn.is_taken ? " taken" : " failed"));
+    }
+    return results;
+}
+
+/// An accessory of one model like the others, whose dongle may decide.
+AccessoryCache k30(const std::string& id, const std::string& dongle_model) {
+    AccessoryCache facts = headset("Varos K30", "ABCDEFG5", "2-0-4");
+    facts.device_id = id;
+    facts.dongle_model = dongle_model;
+    facts.dongle_version = dongle_model.empty() ? "" : "1-3-0";
+    return facts;
+}
+
+TEST(LibraryAgreement, EachOfSeveralAccessoriesHasItsOwnResult) {
+    const std::string without_calls = R"({"templateConfiguration": {"modelSpecificSettings": [
+        {"models": ["K30"], "modelFirmware": [{"firmwareName": "LATEST"}]}]}})";
+    const std::string with_settings = R"({"templateConfiguration": {"modelSpecificSettings": [
+        {"models": ["K30"], "modelFirmware": [{"firmwareName": "LATEST", "firmwareParams": [
+            {"name": "S", "usageId": 34, "value": 1, "access": "Admin"}]}]}]}})";
+
+    for (const std::string& text : {without_calls, with_settings}) {
+        EXPECT_EQ((Texts{"a0 taken", "a1 failed", "a2 taken", "a3 failed"}),
+                  library_does_to_all(
+                      text, {k30("a0", ""), k30("a1", "Link"), k30("a2", ""), k30("a3", "Link")}));
+        EXPECT_EQ((Texts{"a1 failed", "a0 taken"}),
+                  library_does_to_all(text, {k30("a1", "Link"), k30("a0", "")}));
+    }
 }
 
 /// A document with one entry for every model: its firmware object has these members, and one

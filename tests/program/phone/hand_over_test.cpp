@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Tests of how accessories fared with a document that was handed to the library.
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -28,35 +29,44 @@ LibraryLine model(const std::string& text) {
     return {Kind::accessory_model, text};
 }
 
-/// "a taken" for each turn.
-Texts turns(const HandOver& hand_over, std::vector<AccessoryCache>& waiting) {
+/// "a taken" for each turn. The document is of no use to the accessories with these ids.
+Texts turns(const HandOver& hand_over, const std::vector<AccessoryCache>& waiting,
+            const Texts& failing = {}) {
+    std::vector<AccessoryOutcome> outcomes;
+    for (const AccessoryCache& facts : waiting) {
+        const bool fails =
+            std::find(failing.begin(), failing.end(), facts.device_id) != failing.end();
+        AccessoryOutcome outcome;
+        outcome.model = facts.device_id;  // so that it is seen whose it is
+        outcome.failure = fails ? "a reason" : "";
+        outcomes.push_back(outcome);
+    }
     Texts texts;
-    for (const Turn& turn : hand_over.take_turns(waiting)) {
+    Texts ids;
+    for (const Turn& turn : hand_over.turns(waiting, outcomes)) {
+        ids.push_back(turn.facts.device_id);
         texts.push_back(turn.facts.device_id + (turn.is_taken ? " taken" : " failed") +
                         (turn.lacks_memory ? " lacks memory" : ""));
     }
-    return texts;
-}
-
-Texts ids(const std::vector<AccessoryCache>& accessories) {
-    Texts texts;
-    for (const AccessoryCache& facts : accessories) {
-        texts.push_back(facts.device_id);
+    Texts ids_of_outcomes;
+    for (const AccessoryOutcome& outcome : outcomes) {
+        ids_of_outcomes.push_back(outcome.model);
     }
+    EXPECT_EQ(ids, ids_of_outcomes);
     return texts;
 }
 
 TEST(HandOver, WithoutLinesNobodyHadATurn) {
-    std::vector<AccessoryCache> waiting = {accessory("a", "M")};
+    const std::vector<AccessoryCache> waiting = {accessory("a", "M")};
     const HandOver hand_over;
 
     EXPECT_EQ(Texts{}, turns(hand_over, waiting));
-    EXPECT_EQ((Texts{"a"}), ids(waiting));
+    EXPECT_FALSE(hand_over.has_turns());
     EXPECT_FALSE(hand_over.was_dropped());
 }
 
 TEST(HandOver, DroppedDocumentIsNobodysTurn) {
-    std::vector<AccessoryCache> waiting = {accessory("a", "M")};
+    const std::vector<AccessoryCache> waiting = {accessory("a", "M")};
     HandOver hand_over;
     hand_over.on_line({Kind::document_dropped, ""});
 
@@ -65,19 +75,19 @@ TEST(HandOver, DroppedDocumentIsNobodysTurn) {
 }
 
 TEST(HandOver, ModelNamesTheAccessory) {
-    std::vector<AccessoryCache> waiting = {accessory("a", "M"), accessory("b", "N")};
+    const std::vector<AccessoryCache> waiting = {accessory("a", "M"), accessory("b", "N")};
     HandOver hand_over;
     hand_over.on_line(model("N"));
     hand_over.on_line(failed);
 
     EXPECT_EQ((Texts{"b failed"}), turns(hand_over, waiting));
-    EXPECT_EQ((Texts{"a"}), ids(waiting));
+    EXPECT_TRUE(hand_over.has_turns());
 }
 
 TEST(HandOver, ModelIsTheOneThatTheDocumentIsSearchedFor) {
     AccessoryCache k20 = accessory("a", "Varos K30");
     k20.serial_number = "ABCDEFG4";
-    std::vector<AccessoryCache> waiting = {accessory("b", "Varos K30"), k20};
+    const std::vector<AccessoryCache> waiting = {accessory("b", "Varos K30"), k20};
     HandOver hand_over;
     hand_over.on_line(model("Varos K20"));
     hand_over.on_line(taken);
@@ -86,8 +96,8 @@ TEST(HandOver, ModelIsTheOneThatTheDocumentIsSearchedFor) {
 }
 
 TEST(HandOver, EarliestOfAModelHaveTheirTurns) {
-    std::vector<AccessoryCache> waiting = {accessory("a", "M"), accessory("b", "M"),
-                                           accessory("c", "M")};
+    const std::vector<AccessoryCache> waiting = {accessory("a", "M"), accessory("b", "M"),
+                                                 accessory("c", "M")};
     HandOver hand_over;
     for (int i = 0; i < 2; ++i) {
         hand_over.on_line(model("M"));
@@ -95,11 +105,10 @@ TEST(HandOver, EarliestOfAModelHaveTheirTurns) {
     }
 
     EXPECT_EQ((Texts{"a taken", "b taken"}), turns(hand_over, waiting));
-    EXPECT_EQ((Texts{"c"}), ids(waiting));
 }
 
 TEST(HandOver, HostCallNamesTheAccessory) {
-    std::vector<AccessoryCache> waiting = {accessory("a", "M"), accessory("b", "M")};
+    const std::vector<AccessoryCache> waiting = {accessory("a", "M"), accessory("b", "M")};
     HandOver hand_over;
     hand_over.on_line(model("M"));
     hand_over.on_line(failed);
@@ -110,19 +119,40 @@ TEST(HandOver, HostCallNamesTheAccessory) {
     EXPECT_EQ((Texts{"a taken", "b failed"}), turns(hand_over, waiting));
 }
 
+TEST(HandOver, OutcomeDistinguishesAccessoriesOfOneModel) {
+    const std::vector<AccessoryCache> waiting = {accessory("a", "M"), accessory("b", "M"),
+                                                 accessory("c", "M")};
+    HandOver hand_over;
+    hand_over.on_line(model("M"));
+    hand_over.on_line(failed);
+    hand_over.on_line(model("M"));
+    hand_over.on_line(taken);
+
+    EXPECT_EQ((Texts{"a taken", "c failed"}), turns(hand_over, waiting, {"c"}));
+}
+
+TEST(HandOver, ResultThatNoOutcomeExplainsIsTheEarliestOfTheModel) {
+    const std::vector<AccessoryCache> waiting = {accessory("a", "N"), accessory("b", "M"),
+                                                 accessory("c", "M")};
+    HandOver hand_over;
+    hand_over.on_line(model("M"));
+    hand_over.on_line(failed);
+
+    EXPECT_EQ((Texts{"b failed"}), turns(hand_over, waiting));
+}
+
 TEST(HandOver, WithoutAModelTheEarliestHadItsTurn) {
-    std::vector<AccessoryCache> waiting = {accessory("a", "M"), accessory("b", "N"),
-                                           accessory("c", "O")};
+    const std::vector<AccessoryCache> waiting = {accessory("a", "M"), accessory("b", "N"),
+                                                 accessory("c", "O")};
     HandOver hand_over;
     hand_over.on_line(failed);
     hand_over.on_line(failed);
 
     EXPECT_EQ((Texts{"a failed", "b failed"}), turns(hand_over, waiting));
-    EXPECT_EQ((Texts{"c"}), ids(waiting));
 }
 
 TEST(HandOver, LackOfMemoryIsOfTheTurnInWhichItWasFound) {
-    std::vector<AccessoryCache> waiting = {accessory("a", "M"), accessory("b", "N")};
+    const std::vector<AccessoryCache> waiting = {accessory("a", "M"), accessory("b", "N")};
     HandOver hand_over;
     hand_over.on_lack_of_memory();
     hand_over.on_line(failed);
