@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <map>
+#include <optional>
 #include <unordered_set>
 #include <utility>
 
@@ -74,18 +75,19 @@ void add_failure(Event& event, const HandedOver& handed_over, std::size_t i) {
     const Turn& turn = handed_over.turns[i];
     Event failure = Event::object();
     std::string sentence;
+    if (handed_over.outcome.fault.empty()) {
+        add_accessory(failure, handed_over, i);
+        std::string model = outcome.model;
+        if (turn.facts.model != outcome.model) {
+            failure["reportedModel"] = turn.facts.model;
+            model += ", reported as " + turn.facts.model +
+                     ": the eighth character of its serial number is a 4";
+        }
+        sentence = accessory_in_words(turn.facts.device_id, model) + ": ";
+    }
     std::string reason = outcome.failure.empty() ? "the library does not say why" : outcome.failure;
     if (turn.lacks_memory) {
         reason = "memory ran out while the library read the document";
-    } else if (handed_over.outcome.fault.empty()) {
-        add_accessory(failure, handed_over, i);
-        sentence = outcome.model;
-        if (turn.facts.model != outcome.model) {
-            failure["reportedModel"] = turn.facts.model;
-            sentence += " (reported as " + turn.facts.model +
-                        ": the eighth character of its serial number is a 4)";
-        }
-        sentence += sentence.empty() ? "" : ": ";
     }
     failure["reason"] = reason;
     event["reasons"].push_back(sentence + reason);
@@ -126,20 +128,32 @@ void add_entries(Event& event, const HandedOver& handed_over) {
 }
 
 void add_unsent(Event& event, const HandedOver& handed_over) {
+    std::map<std::optional<std::size_t>, std::size_t> kept;  // how many settings, by entry
+    std::size_t accessories = 0;
     for (const std::size_t i : readers(handed_over)) {
         const AccessoryOutcome& outcome = handed_over.outcome.accessories[i];
         if (outcome.unsent_reason.empty()) {
             continue;
         }
-        const std::size_t count = kept_settings(handed_over.outcome, outcome).size();
-        if (count == 0) {
+        std::optional<std::size_t> entry;
+        if (outcome.settings_entry) {
+            entry = outcome.settings_entry->entry;
+        }
+        const auto [place, is_new] = kept.try_emplace(entry);
+        if (is_new) {
+            place->second = kept_settings(handed_over.outcome, outcome).size();
+        }
+        if (place->second == 0 || ++accessories > enough) {
             continue;
         }
         Event unsent = Event::object();
         add_accessory(unsent, handed_over, i);
-        unsent["settings"] = count;
+        unsent["settings"] = place->second;
         unsent["reason"] = outcome.unsent_reason;
         event["notSent"].push_back(std::move(unsent));
+    }
+    if (accessories != 0) {
+        event["keptUnsent"] = accessories;
     }
 }
 
@@ -228,6 +242,10 @@ void add_kept_back(Event& event, const HandedOver& handed_over) {
 
 }  // namespace
 
+std::string accessory_in_words(const std::string& id, const std::string& model) {
+    return id + " (" + (model.empty() ? "model unknown" : model) + ")";
+}
+
 std::size_t count_taken(const HandedOver& handed_over) {
     return static_cast<std::size_t>(std::count_if(handed_over.turns.begin(),
                                                   handed_over.turns.end(),
@@ -260,6 +278,9 @@ std::vector<Event> firmware_events(const HandedOver& handed_over) {
             event["reported"] = firmware.reported;
             event["wanted"] = shortened(firmware.wanted);
         }
+        if (firmware.kind == FirmwareDecision::Kind::upgrade) {
+            event["requested"] = true;
+        }
         events.push_back(std::move(event));
     }
     return events;
@@ -272,8 +293,9 @@ Event document_event(const HandedOver& handed_over) {
     if (handed_over.was_dropped) {
         event["dropped"] = true;
     }
+    std::size_t failures = 0;
     for (std::size_t i = 0; i < handed_over.turns.size(); ++i) {
-        if (!handed_over.turns[i].is_taken) {
+        if (!handed_over.turns[i].is_taken && ++failures <= enough) {
             add_failure(event, handed_over, i);
         }
     }

@@ -21,8 +21,11 @@ struct HandedOver {
     bool was_dropped = false;  ///< nobody was waiting for it
 };
 
-/// So many of the settings that could not be read stand in the event.
+/// Of the settings that could not be read, the event has so many.
 inline constexpr std::size_t settings_in_an_event = 100;
+
+/// An accessory as sentences name it: "desk (Varos K20)".
+std::string accessory_in_words(const std::string& id, const std::string& model);
 
 /// How many accessories could use the document.
 std::size_t count_taken(const HandedOver& handed_over);
@@ -33,8 +36,8 @@ std::size_t count_passed_over(const HandedOver& handed_over);
 /// The `firmware` events: one for each accessory on whose firmware there was a decision.
 std::vector<Event> firmware_events(const HandedOver& handed_over);
 
-/// The `document` event. Each failure stands in it twice: in "reasons" as a sentence, in "failures"
-/// by its members.
+/// The `document` event. It has each of the first failures twice: in "reasons" as a sentence, in
+/// "failures" by its members.
 Event document_event(const HandedOver& handed_over);
 
 }  // namespace headsetmgmt::program

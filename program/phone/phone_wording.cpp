@@ -8,6 +8,8 @@
 #include <map>
 #include <string>
 
+#include "program/phone/document_events.h"
+
 namespace headsetmgmt::program {
 
 namespace {
@@ -93,31 +95,32 @@ std::string settings(const Event& event, const char* member) {
     return said(event, member) + (event.value(member, 0) == 1 ? " setting" : " settings");
 }
 
+/// The accessory: "desk (Varos K20)".
+std::string accessory(const Event& object) {
+    return accessory_in_words(said(object, "id"), said(object, "model"));
+}
+
+/// The accessory, or its dongle when that is named: "desk's dongle Varos Link".
+std::string device_in_words(const Event& object) {
+    return object.contains("dongleModel")
+               ? said(object, "id") + "'s dongle " + said(object, "dongleModel")
+               : accessory(object);
+}
+
 /// Whose firmware, what is decided, and from which version to which.
 std::string firmware(const Event& event) {
-    std::string text = "firmware";
-    if (event.contains("model")) {
-        text += " of " + said(event, "model");
-    }
-    if (event.contains("dongleModel")) {
-        text += event.contains("model") ? "'s dongle " : " of the dongle ";
-        text += said(event, "dongleModel");
-    }
-    const std::string decision = said(event, "decision");
-    if (event.contains("reported") && decision == "upgrade requested to " + said(event, "wanted")) {
+    const std::string text = "firmware of " + device_in_words(event);
+    if (event.value("requested", false)) {
         // Which of the two is the newer one, nobody knows.
         return text + ": change from " + said(event, "reported") + " to " + said(event, "wanted") +
                " requested";
     }
-    return text + ": " + decision;
+    return text + ": " + said(event, "decision");
 }
 
 std::string not_sent(const Event& unsent) {
-    std::string text = "kept but not sent: " + settings(unsent, "settings");
-    if (unsent.contains("model")) {
-        text += " of " + said(unsent, "model");
-    }
-    return text + ": " + said(unsent, "reason");
+    return "kept but not sent: " + settings(unsent, "settings") + " of " + accessory(unsent) +
+           ": " + said(unsent, "reason");
 }
 
 /// "line 7, column 13".
@@ -146,26 +149,26 @@ std::string kept_back(const Event& setting) {
 }
 
 std::string entry(const Event& served) {
-    std::string whose = said(served, "id") + " (" + said(served, "model") + ")";
-    if (served.contains("dongleModel")) {
-        whose = said(served, "id") + "'s dongle " + said(served, "dongleModel");
-    }
-    return whose + " is served by entry " + said(served, "entry") +
+    return device_in_words(served) + " is served by entry " + said(served, "entry") +
            " of modelSpecificSettings: \"" + said(served, "name") + "\" (" + place(served) + ")";
 }
 
-/// The first objects of an array, a line each, and how many more there are: `count` names the
+std::string failure_reason(const Event& reason) {
+    return escaped(reason.get<std::string>());
+}
+
+/// The first values of an array, a line each, and how many more there are: `count` names the
 /// member with the number of all. JSON has some more of them.
 std::string lines_of(const Event& event, const char* array, const char* count,
                      std::string (*in_words)(const Event&), const std::string& kind) {
     constexpr std::size_t enough = 20;
-    const auto objects = event.find(array);
-    if (objects == event.end()) {
+    const auto values = event.find(array);
+    if (values == event.end()) {
         return {};
     }
     std::string text;
-    for (std::size_t i = 0; i < std::min(enough, objects->size()); ++i) {
-        text += "\n  " + in_words((*objects)[i]);
+    for (std::size_t i = 0; i < std::min(enough, values->size()); ++i) {
+        text += "\n  " + in_words((*values)[i]);
     }
     const std::size_t all = event.value(count, std::size_t{0});
     return all > enough ? text + "\n  and " + std::to_string(all - enough) + " more " + kind : text;
@@ -177,13 +180,9 @@ std::string document(const Event& event) {
     }
     std::string text =
         "document taken by " + said(event, "taken") + ", failed for " + said(event, "failed");
-    for (const Event& reason : event.value("reasons", Event::array())) {
-        text += "\n  " + escaped(reason.get<std::string>());
-    }
+    text += lines_of(event, "reasons", "failed", failure_reason, "failed");
     text += lines_of(event, "entries", "served", entry, "served");
-    for (const Event& unsent : event.value("notSent", Event::array())) {
-        text += "\n  " + not_sent(unsent);
-    }
+    text += lines_of(event, "notSent", "keptUnsent", not_sent, "kept but not sent");
     return text + lines_of(event, "passedOver", "settingsPassedOver", passed_over, "passed over") +
            lines_of(event, "keptBack", "settingsKeptBack", kept_back,
                     "kept, sent at a factory reset only");

@@ -14,7 +14,7 @@ GOOD_RUN = [
     "set desk-headset: Audio Bandwidth (usage id 36) = 2",
     "set desk-headset: Bluetooth (usage id 39) = off",
     "upgrade desk-headset to 2-1-0 with varos-k30-2-1-0.img",
-    "firmware of Varos K20: change from 2-0-4 to 2-1-0 requested",
+    "firmware of desk-headset (Varos K20): change from 2-0-4 to 2-1-0 requested",
     "document taken by 1, failed for 0",
     '  desk-headset (Varos K20) is served by entry 0 of modelSpecificSettings: "Varos K20" (line 10,'
     " column 13)",

@@ -18,7 +18,7 @@ GOOD_RUN = [
     "set desk: Equalizer (usage id 35) = warm",
     "set desk: Audio Bandwidth (usage id 36) = 2",
     "set desk: Bluetooth (usage id 39) = off",
-    "firmware of Varos K30: no upgrade required",
+    "firmware of desk (Varos K30): no upgrade required",
     "document taken by 1, failed for 0",
     '  desk (Varos K30) is served by entry 0 of modelSpecificSettings: "Varos K30" (line 10, column 13)',
     '  kept, sent at a factory reset only: Speaker Volume: its access is "User", not "Admin" (commonSettings, line 5,'

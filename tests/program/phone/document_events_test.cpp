@@ -49,7 +49,8 @@ constexpr char sent_setting[] = R"({"name": "S", "usageId": 34, "value": 1, "acc
 TEST(DocumentEvents, DecisionHasItsAccessoryAndBothVersions) {
     const Event expected = {{"event", "firmware"}, {"model", "Varos K20"},
                             {"id", "desk"},        {"decision", "upgrade requested to 2-1-0"},
-                            {"reported", "2-0-4"}, {"wanted", "2-1-0"}};
+                            {"reported", "2-0-4"}, {"wanted", "2-1-0"},
+                            {"requested", true}};
 
     EXPECT_EQ((std::vector<Event>{expected}),
               firmware_events(hand_over(with_settings("", ""), {k20})));
@@ -79,9 +80,10 @@ TEST(DocumentEvents, FailureSaysThatItsModelIsReportedAsAnother) {
         {"taken", 0},
         {"failed", 2},
         {"reasons",
-         {"Varos K20 (reported as Varos K30: the eighth character of its serial number is a 4): " +
+         {"desk (Varos K20, reported as Varos K30: the eighth character of its serial number is a "
+          "4): " +
               reason,
-          "Varos K30: " + reason}},
+          "sofa (Varos K30): " + reason}},
         {"failures", Event::array({{{"model", "Varos K20"},
                                     {"id", "desk"},
                                     {"reportedModel", "Varos K30"},
@@ -140,7 +142,14 @@ TEST(DocumentEvents, LackOfMemoryIsNoFaultOfTheDocument) {
 
     const Event event = document_event(handed_over);
 
-    EXPECT_EQ((Event{"memory ran out while the library read the document"}), event["reasons"]);
+    EXPECT_EQ((Event{"desk (Varos K20, reported as Varos K30: the eighth character of its serial "
+                     "number is a 4): memory ran out while the library read the document"}),
+              event["reasons"]);
+    EXPECT_EQ((Event::array({{{"model", "Varos K20"},
+                              {"id", "desk"},
+                              {"reportedModel", "Varos K30"},
+                              {"reason", "memory ran out while the library read the document"}}})),
+              event["failures"]);
     EXPECT_EQ(1, event["taken"]);
     EXPECT_EQ(1, event["passedOver"][0]["lackedBy"]);
     EXPECT_EQ(1U, firmware_events(handed_over).size());
@@ -150,8 +159,48 @@ TEST(DocumentEvents, FailureThatTheReaderDoesNotKnowIsUnexplained) {
     HandedOver handed_over = hand_over(with_settings("", ""), {k30});
     handed_over.turns[0].is_taken = false;
 
-    EXPECT_EQ((Event{"Varos K30: the library does not say why"}),
+    EXPECT_EQ((Event{"sofa (Varos K30): the library does not say why"}),
               document_event(handed_over)["reasons"]);
+}
+
+TEST(DocumentEvents, AccessoryWithoutAModelIsNamedByItsId) {
+    const Event event = document_event(
+        hand_over(R"({"templateConfiguration": {"a": 1}})", {headset("desk", "", "ABCDEFG5")}));
+
+    EXPECT_EQ((Event{"desk (model unknown): the template has no modelSpecificSettings; is "
+                     "templateConfiguration the first member of its object?"}),
+              event["reasons"]);
+}
+
+TEST(DocumentEvents, FailuresAndUnsentSettingsBeyondAHundredAreCounted) {
+    const std::string text = R"({"templateConfiguration": {"commonSettings": [)" +
+                             std::string(sent_setting) + R"(], "modelSpecificSettings": []}})";
+    const std::vector<AccessoryCache> many(150, k30);
+
+    const Event event = document_event(hand_over(text, many));
+
+    EXPECT_EQ(150, event["failed"]);
+    EXPECT_EQ(100U, event["reasons"].size());
+    EXPECT_EQ(100U, event["failures"].size());
+    EXPECT_EQ(150, event["keptUnsent"]);
+    EXPECT_EQ(100U, event["notSent"].size());
+}
+
+TEST(DocumentEvents, UnsentSettingsAreCountedByEntry) {
+    const std::string text = R"({"templateConfiguration": {"commonSettings": [)" +
+                             std::string(sent_setting) +
+                             R"(], "modelSpecificSettings": [
+        {"models": ["K20"], "modelFirmware": [{"firmwareName": "a", "firmwareParams": [{}]}]},
+        {"models": ["Eye"]}]}})";
+
+    const Event event = document_event(
+        hand_over(text, {k20, k30, headset("room", "Varos Eye 2", "CM000991"), k20}));
+
+    ASSERT_EQ(4U, event["notSent"].size());
+    EXPECT_EQ("its firmwareParams have no setting that can be read", event["notSent"][0]["reason"]);
+    EXPECT_EQ("no entry of modelSpecificSettings serves it", event["notSent"][1]["reason"]);
+    EXPECT_EQ("its entry has no modelFirmware", event["notSent"][2]["reason"]);
+    EXPECT_EQ(1, event["notSent"][3]["settings"]);
 }
 
 TEST(DocumentEvents, EntriesThatServeHaveTheirPlaces) {
@@ -190,6 +239,7 @@ TEST(DocumentEvents, PassedOverAndUnsentSettingsHaveTheirAccessories) {
     unsent["reason"] = "its firmwareParams have no setting that can be read";
 
     EXPECT_EQ((Event::array({unsent})), event["notSent"]);
+    EXPECT_EQ(1, event["keptUnsent"]);
     EXPECT_EQ(2, event["settingsPassedOver"]);
     EXPECT_EQ((Event::array({{{"list", "commonSettings"},
                               {"name", "T"},

@@ -109,14 +109,9 @@ TEST(PhoneWording, Setting) {
                                     {"value", "7"}}));
 }
 
-TEST(PhoneWording, FirmwareDecision) {
-    EXPECT_EQ("firmware: no upgrade required",
-              phone_event_in_words({{"event", "firmware"}, {"decision", "no upgrade required"}}));
-}
-
 TEST(PhoneWording, FirmwareDecisionOfAnAccessory) {
     EXPECT_EQ(
-        "firmware of Varos K20: no upgrade requested: the document says LATEST",
+        "firmware of desk-headset (Varos K20): no upgrade requested: the document says LATEST",
         phone_event_in_words({{"event", "firmware"},
                               {"model", "Varos K20"},
                               {"id", "desk-headset"},
@@ -124,19 +119,42 @@ TEST(PhoneWording, FirmwareDecisionOfAnAccessory) {
 }
 
 TEST(PhoneWording, RequestedFirmwareIsReportedWithBothVersions) {
-    EXPECT_EQ("firmware of Varos K30's dongle Varos Link: change from 2-0-4 to 1-0-0 requested",
+    EXPECT_EQ("firmware of desk's dongle Varos Link: change from 2-0-4 to 1-0-0 requested",
               phone_event_in_words({{"event", "firmware"},
                                     {"model", "Varos K30"},
+                                    {"id", "desk"},
                                     {"dongleModel", "Varos Link"},
-                                    {"decision", "upgrade requested to 1-0-0"},
+                                    {"decision", "a sentence"},
                                     {"reported", "2-0-4"},
-                                    {"wanted", "1-0-0"}}));
+                                    {"wanted", "1-0-0"},
+                                    {"requested", true}}));
+}
+
+TEST(PhoneWording, AccessoryWithoutAModelIsNamedByItsId) {
+    EXPECT_EQ("firmware of desk's dongle Varos Link: no upgrade required",
+              phone_event_in_words({{"event", "firmware"},
+                                    {"model", ""},
+                                    {"id", "desk"},
+                                    {"dongleModel", "Varos Link"},
+                                    {"decision", "no upgrade required"}}));
+    EXPECT_EQ(
+        "document taken by 1, failed for 0\n"
+        "  kept but not sent: 1 setting of desk (model unknown): a reason",
+        phone_event_in_words(
+            {{"event", "document"},
+             {"taken", 1},
+             {"failed", 0},
+             {"keptUnsent", 1},
+             {"notSent",
+              Event::array(
+                  {{{"model", ""}, {"id", "desk"}, {"settings", 1}, {"reason", "a reason"}}})}}));
 }
 
 TEST(PhoneWording, FirmwareThatIsNotRequestedIsReportedByItsDecision) {
-    EXPECT_EQ("firmware of Varos K20: no upgrade required",
+    EXPECT_EQ("firmware of desk (Varos K20): no upgrade required",
               phone_event_in_words({{"event", "firmware"},
                                     {"model", "Varos K20"},
+                                    {"id", "desk"},
                                     {"decision", "no upgrade required"},
                                     {"reported", "2-0-4"},
                                     {"wanted", "2-0-4"}}));
@@ -167,7 +185,7 @@ TEST(PhoneWording, DocumentThatFailedHasAReasonALine) {
 
 TEST(PhoneWording, DocumentWithSettingsThatReachedNoDevice) {
     EXPECT_EQ("document taken by 1, failed for 0\n"
-              "  kept but not sent: 1 setting of Varos K20: its modelFirmware has no "
+              "  kept but not sent: 1 setting of desk (Varos K20): its modelFirmware has no "
               "firmwareParams\n"
               "  passed over: T\\x07: its value is missing or null (commonSettings, line 3, "
               "column 5)\n"
@@ -177,7 +195,9 @@ TEST(PhoneWording, DocumentWithSettingsThatReachedNoDevice) {
                   {{"event", "document"},
                    {"taken", 1},
                    {"failed", 0},
+                   {"keptUnsent", 1},
                    {"notSent", Event::array({{{"model", "Varos K20"},
+                                              {"id", "desk"},
                                               {"settings", 1},
                                               {"reason", "its modelFirmware has no "
                                                          "firmwareParams"}}})},
@@ -285,6 +305,26 @@ TEST(PhoneWording, SettingsPassedOverBeyondTwentyAreCounted) {
               phone_event_in_words(document_with_passed_over(23)));
     EXPECT_EQ(std::string(twenty_passed_over) + "\n  and 2096980 more passed over",
               phone_event_in_words(document_with_passed_over(2097000)));
+}
+
+TEST(PhoneWording, FailuresAndUnsentSettingsBeyondTwentyAreCounted) {
+    Event document = {{"event", "document"}, {"taken", 0}, {"failed", 150}, {"keptUnsent", 140}};
+    for (int i = 0; i < 100; ++i) {
+        document["reasons"].push_back("a reason");
+        document["notSent"].push_back(
+            {{"id", "a"}, {"model", "M"}, {"settings", 2}, {"reason", "another"}});
+    }
+    std::string expected = "document taken by 0, failed for 150";
+    for (int i = 0; i < 20; ++i) {
+        expected += "\n  a reason";
+    }
+    expected += "\n  and 130 more failed";
+    for (int i = 0; i < 20; ++i) {
+        expected += "\n  kept but not sent: 2 settings of a (M): another";
+    }
+    expected += "\n  and 120 more kept but not sent";
+
+    EXPECT_EQ(expected, phone_event_in_words(document));
 }
 
 TEST(PhoneWording, DocumentThatWasDropped) {
