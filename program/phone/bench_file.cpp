@@ -37,7 +37,8 @@ constexpr std::size_t largest_file = std::size_t{16} << 20U;  // bytes
 std::optional<long> number_in(const std::string& text) {
     char* end = nullptr;
     errno = 0;
-    const long number = std::strtol(text.c_str(), &end, 0);
+    const bool is_hexadecimal = text.rfind("0x", 0) == 0 || text.rfind("0X", 0) == 0;
+    const long number = std::strtol(text.c_str(), &end, is_hexadecimal ? 16 : 10);
     const bool is_number = !text.empty() && *end == '\0' && errno == 0;
     return is_number ? std::optional<long>(number) : std::nullopt;
 }

@@ -63,11 +63,19 @@ void check_syntax(const std::string& text, const std::string& path) {
     if (text.empty()) {
         throw RefusedInput(path + ":1: expected JSON, found an empty file");
     }
+    const auto refuse = [&](std::size_t offset, const std::string& message) {
+        const json::Place place = json::place_at(text, offset);
+        throw RefusedInput(path + ":" + std::to_string(place.line) + ":" +
+                           std::to_string(place.column) + ": expected JSON: " + message);
+    };
+    // The parser would take it as the end of the text.
+    const std::size_t nul = text.find('\0');
+    if (nul != std::string::npos) {
+        refuse(nul, "found a NUL byte");
+    }
     SyntaxCheck check;
     if (!Json::sax_parse(text, &check)) {
-        const json::Place place = json::place_at(text, check.offset);
-        throw RefusedInput(path + ":" + std::to_string(place.line) + ":" +
-                           std::to_string(place.column) + ": expected JSON: " + check.message);
+        refuse(check.offset, check.message);
     }
 }
 

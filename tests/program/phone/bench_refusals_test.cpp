@@ -43,8 +43,12 @@ TEST(BenchRefusals, TextThatEndsEarlyIsReportedWithItsLastLine) {
 }
 
 TEST(BenchRefusals, NulCharacterBetweenMembersIsNoJson) {
-    EXPECT_THAT(refusal(std::string("{\n\0}", 4)),
-                testing::StartsWith("bench.json:2:1: expected JSON: "));
+    EXPECT_EQ("bench.json:2:1: expected JSON: found a NUL byte", refusal(std::string("{\n\0}", 4)));
+}
+
+TEST(BenchRefusals, NulByteBehindTheDocumentIsNotItsEnd) {
+    EXPECT_EQ("bench.json:2:1: expected JSON: found a NUL byte",
+              refusal(std::string("{}\n\0oops", 8)));
 }
 
 TEST(BenchRefusals, NumberThatNoDoubleHoldsIsReportedWithItsLine) {

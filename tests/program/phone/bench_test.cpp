@@ -222,6 +222,11 @@ TEST(AccessoryOption, PairsAreTheMembersOfAnAccessory) {
     EXPECT_EQ("USB", accessory.connection_type);
 }
 
+TEST(AccessoryOption, VendorIdWithALeadingZeroIsDecimal) {
+    EXPECT_EQ(10, read_accessory("id=a,type=headset,vendorId=010", "--accessory").vendor_id);
+    EXPECT_EQ(16, read_accessory("id=a,type=headset,vendorId=0X010", "--accessory").vendor_id);
+}
+
 TEST(AccessoryOption, PairWithoutNameOrValueIsRefused) {
     EXPECT_EQ("--accessory \"id=a,K30, black\": expected NAME=VALUE,..., found \"K30\"; a value "
               "cannot hold a comma here, only in a bench file",
