@@ -9,27 +9,15 @@
 #include "headsetmgmt/utilities.h"
 
 #include "config/document.h"
+#include "program/document/node_type.h"
 #include "program/utf8.h"
 
 namespace headsetmgmt::program {
 
 namespace {
 
-std::string type_of(const cJSON* item) {
-    if (cJSON_IsObject(item) != 0) {
-        return "an object";
-    }
-    if (cJSON_IsString(item) != 0) {
-        return "a text";
-    }
-    if (cJSON_IsNumber(item) != 0) {
-        return "a number";
-    }
-    return cJSON_IsNull(item) != 0 ? "null" : "true or false";
-}
-
 std::string missing_version(const FirmwareDecision& decision) {
-    const std::string of_document = "firmwareVersion is missing or not a text";
+    const std::string of_document = "firmwareVersion is missing, empty or not a text";
     const std::string accessory = decision.is_dongles ? "the dongle" : "the accessory";
     if (decision.wanted.empty() && decision.reported.empty()) {
         return "none: " + of_document + ", and " + accessory + " reports no version";

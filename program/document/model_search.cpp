@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// The search for the model entry that serves a device.
+// The search for the model entries that serve devices.
 
 #include "program/document/model_search.h"
 
+#include <cstddef>
 #include <vector>
 
 #include <cjson/cJSON.h>
@@ -10,6 +11,7 @@
 #include "headsetmgmt/constants.h"
 
 #include "config/document.h"
+#include "program/document/node_type.h"
 #include "program/utf8.h"
 
 namespace headsetmgmt::program {
@@ -69,41 +71,72 @@ private:
     std::string first;
 };
 
-}  // namespace
-
-ModelSearch find_model(const cJSON* configuration_template, const std::string& device_model) {
+/// An entry that serves a model.
+ModelSearch found(const cJSON* entry, std::size_t index, const std::string& name) {
     ModelSearch search;
-    const cJSON* entries = document::find_model_entries(configuration_template);
+    search.entry = entry;
+    search.index = index;
+    search.name = name;
+    search.firmware = document::find_model_firmware(entry);
+    search.failure = search.firmware == nullptr ? "its entry has no modelFirmware" : "";
+    return search;
+}
+
+/// That no entry serves a model.
+ModelSearch not_found(const cJSON* entries, const ComparedNames& compared,
+                      const EntriesWithAText& with_a_text) {
+    ModelSearch search;
     if (entries == nullptr) {
         search.failure = "the template has no modelSpecificSettings";
         search.details = "; is templateConfiguration the first member of its object?";
-        return search;
+    } else if (cJSON_IsArray(entries) == 0 && compared.is_empty()) {
+        search.failure = "modelSpecificSettings is " + type_of(entries) +
+                         ", and must be an array with an entry for each model";
+    } else {
+        search.failure = "no entry of modelSpecificSettings serves it";
+        search.details = compared.is_empty()
+                             ? "; not one has an array \"models\" with a name in it"
+                             : "; compared with " + compared.list() + "; capitals count";
+        search.details += with_a_text.in_words();
     }
+    return search;
+}
+
+}  // namespace
+
+std::map<std::string, ModelSearch> find_models(const cJSON* configuration_template,
+                                               const std::set<std::string>& models) {
+    std::map<std::string, ModelSearch> searches;
+    std::set<std::string> open = models;
     ComparedNames compared;
     EntriesWithAText with_a_text;
+    std::size_t index = 0;
+    const cJSON* entries = document::find_model_entries(configuration_template);
     const cJSON* entry = nullptr;
     cJSON_ArrayForEach(entry, entries) {
         for (const std::string& name : document::read_model_names(entry)) {
-            if (document::serves_model(name, device_model)) {
-                search.entry = entry;
-                search.name = name;
-                search.firmware = document::find_model_firmware(entry);
-                search.failure = search.firmware == nullptr ? "its entry has no modelFirmware" : "";
-                return search;
+            for (auto model = open.begin(); model != open.end();) {
+                if (document::serves_model(name, *model)) {
+                    searches[*model] = found(entry, index, name);
+                    model = open.erase(model);
+                } else {
+                    ++model;
+                }
             }
-            if (!name.empty()) {  // one that is empty, or no text, serves nobody
+            if (!name.empty()) {  // one that is empty, or not a text, serves nobody
                 compared.add(name);
             }
         }
-        with_a_text.add(search.index, entry);
-        ++search.index;
+        if (open.empty()) {
+            break;
+        }
+        with_a_text.add(index, entry);
+        ++index;
     }
-    search.failure = "no entry of modelSpecificSettings serves it";
-    search.details = compared.is_empty()
-                         ? "; not one has an array \"models\" with a name in it"
-                         : "; compared with " + compared.list() + "; capitals count";
-    search.details += with_a_text.in_words();
-    return search;
+    for (const std::string& model : open) {
+        searches[model] = not_found(entries, compared, with_a_text);
+    }
+    return searches;
 }
 
 }  // namespace headsetmgmt::program

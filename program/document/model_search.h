@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// The search for the model entry that serves a device.
+// The search for the model entries that serve devices.
 
 #pragma once
 
 #include <cstddef>
-#include <optional>
+#include <map>
+#include <set>
 #include <string>
 
 struct cJSON;
@@ -22,8 +23,10 @@ struct ModelSearch {
     std::string details;  ///< what to look at, to follow the failure; may be empty
 };
 
-/// Searches a template for `device_model` as the library does: entries in their order, and the
-/// names of an entry in theirs.
-ModelSearch find_model(const cJSON* configuration_template, const std::string& device_model);
+/// Searches a template for each of `models` as the library does: entries in their order, and the
+/// names of an entry in theirs. One walk through the entries: each name is read once, and compared
+/// with each model that no entry serves so far.
+std::map<std::string, ModelSearch> find_models(const cJSON* configuration_template,
+                                               const std::set<std::string>& models);
 
 }  // namespace headsetmgmt::program

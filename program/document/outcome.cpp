@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <new>
+#include <set>
 #include <unordered_map>
 #include <utility>
 #include <variant>
@@ -38,30 +39,24 @@ struct NodeNumbers {
     std::vector<std::optional<std::size_t>> params;  // of each entry
 };
 
-/// Reads one document for accessory after accessory.
+/// Reads one document for all accessories.
 class Reading {
 public:
-    Reading(const cJSON* tree, std::size_t faulty_at_most)
+    Reading(const cJSON* tree, const std::vector<AccessoryCache>& accessories,
+            std::size_t faulty_at_most)
         : root(tree), configuration_template(document::find_template(tree)),
           most_faulty(faulty_at_most) {
         if (configuration_template == nullptr) {
             outcome.fault = "no \"templateConfiguration\" in the document, nor in what its first "
                             "members hold";
-            return;
-        }
-        common = document::find_common_settings(configuration_template);
-        outcome.common = read_settings(common, most_faulty);
-    }
-
-    void add(const AccessoryCache& facts) {
-        AccessoryOutcome accessory;
-        if (configuration_template == nullptr) {
-            accessory.failure = outcome.fault;
         } else {
-            accessory.model = get_headset_model(facts.model, facts.serial_number);
-            read_for(facts, accessory);
+            common = document::find_common_settings(configuration_template);
+            outcome.common = read_settings(common, most_faulty);
+            search_models(accessories);
         }
-        outcome.accessories.push_back(std::move(accessory));
+        for (const AccessoryCache& facts : accessories) {
+            add(facts);
+        }
     }
 
     /// What was read, without places.
@@ -92,8 +87,30 @@ public:
     }
 
 private:
+    void search_models(const std::vector<AccessoryCache>& accessories) {
+        std::set<std::string> models;
+        for (const AccessoryCache& facts : accessories) {
+            models.insert(get_headset_model(facts.model, facts.serial_number));
+            if (!facts.dongle_model.empty()) {
+                models.insert(facts.dongle_model);
+            }
+        }
+        searches = find_models(configuration_template, models);
+    }
+
+    void add(const AccessoryCache& facts) {
+        AccessoryOutcome accessory;
+        if (configuration_template == nullptr) {
+            accessory.failure = outcome.fault;
+        } else {
+            accessory.model = get_headset_model(facts.model, facts.serial_number);
+            read_for(facts, accessory);
+        }
+        outcome.accessories.push_back(std::move(accessory));
+    }
+
     void read_for(const AccessoryCache& facts, AccessoryOutcome& accessory) {
-        const ModelSearch& own = search(accessory.model);
+        const ModelSearch& own = searches.at(accessory.model);
         accessory.settings_entry = serving(own);
         accessory.unsent_reason = unsent_reason(own, accessory.settings_entry);
         if (facts.dongle_model.empty()) {
@@ -101,7 +118,7 @@ private:
             return;
         }
         // The settings are the headset's, but where there is a dongle, that one gets the firmware.
-        const ModelSearch& dongle = search(facts.dongle_model);
+        const ModelSearch& dongle = searches.at(facts.dongle_model);
         accessory.dongle_entry = serving(dongle);
         read_firmware(dongle, facts.dongle_version, facts.dongle_model, accessory);
     }
@@ -128,14 +145,6 @@ private:
         return outcome.entries[serving_entry->entry].params.settings.empty()
                    ? "its firmwareParams have no setting that can be read"
                    : "";
-    }
-
-    const ModelSearch& search(const std::string& model) {
-        const auto [place, is_new] = searches.try_emplace(model);
-        if (is_new) {
-            place->second = find_model(configuration_template, model);
-        }
-        return place->second;
     }
 
     /// The entry's settings are read when it serves for the first time.
@@ -231,10 +240,7 @@ DocumentOutcome read_document(const std::string& text,
         if (tree == nullptr) {
             return outcome_of_refused_text(text, accessories.size());
         }
-        Reading reading(tree.get(), most_faulty);
-        for (const AccessoryCache& facts : accessories) {
-            reading.add(facts);
-        }
+        Reading reading(tree.get(), accessories, most_faulty);
         numbers = reading.numbers();
         outcome = reading.take();
     }

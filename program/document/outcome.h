@@ -54,8 +54,9 @@ struct DocumentOutcome {
 
 /// Reads `text` up to its first NUL, as the library does. The accessories are new: settings of an
 /// earlier document are not known. Of each list, at most `most_faulty` settings that cannot be read
-/// are kept. The time is linear in the length of the text; what the parser takes is freed before
-/// the places are looked for. Throws std::bad_alloc when the parser lacks memory.
+/// are kept. The time is linear in the length of the text, but for names of "models", each of
+/// which is compared with each distinct model. What the parser takes is freed before the places are
+/// looked for. Throws std::bad_alloc when the parser lacks memory.
 DocumentOutcome read_document(const std::string& text,
                               const std::vector<AccessoryCache>& accessories,
                               std::size_t most_faulty);

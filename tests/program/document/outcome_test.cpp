@@ -194,6 +194,39 @@ TEST(DocumentOutcome, FailedSearchNamesAnEntryWhoseModelsIsAText) {
               failure(with_entries(R"({"models": "a"}, {"models": "b"})")));
 }
 
+TEST(DocumentOutcome, EntriesThatAreNoArrayAreTheReason) {
+    const auto with_model_settings = [](const std::string& value) {
+        return R"({"templateConfiguration": {"modelSpecificSettings": )" + value + "}}";
+    };
+
+    EXPECT_EQ("modelSpecificSettings is a text, and must be an array with an entry for each model",
+              failure(with_model_settings(R"("K30")")));
+    EXPECT_EQ("modelSpecificSettings is null, and must be an array with an entry for each model",
+              failure(with_model_settings("null")));
+    EXPECT_EQ("modelSpecificSettings is an object, and must be an array with an entry for each "
+              "model",
+              failure(with_model_settings(R"({"models": ["K30"], "modelFirmware": []})")));
+    EXPECT_EQ("", failure(with_model_settings(
+                      R"({"a": {"models": ["K30"], "modelFirmware": [{"firmwareName": "a"}]}})")));
+}
+
+TEST(DocumentOutcome, AccessoriesOfSeveralModelsAreSearchedTogether) {
+    const std::string text = with_entries(
+        R"({"models": ["A", "K3"]}, {"models": "Q"}, {"models": ["K30", "K2", "K20"]})");
+
+    const DocumentOutcome outcome = read_document(
+        text, {accessory("K20"), accessory("Eye"), accessory("K30"), accessory("K20")}, 100);
+
+    EXPECT_EQ("K2", outcome.accessories[0].settings_entry->name);
+    EXPECT_EQ(2U, outcome.entries[outcome.accessories[0].settings_entry->entry].index);
+    EXPECT_EQ("no entry of modelSpecificSettings serves it; compared with \"A\", \"K3\", \"K30\", "
+              "\"K2\", \"K20\"; capitals count; entry 1 is not compared: its models is the text "
+              "\"Q\", write [\"Q\"]",
+              outcome.accessories[1].failure);
+    EXPECT_EQ("K3", outcome.accessories[2].settings_entry->name);
+    EXPECT_EQ("K2", outcome.accessories[3].settings_entry->name);
+}
+
 TEST(DocumentOutcome, EntryWithoutFirmwareIsTheReason) {
     EXPECT_EQ("its entry has no modelFirmware", failure(with_entries(R"({"models": ["K30"]})")));
 }
@@ -275,11 +308,13 @@ TEST(DocumentOutcome, EachFirmwareDecisionIsASentence) {
               decision(R"({"firmwareName": "a", "firmwareVersion": "0-9"})", "1-0"));
     EXPECT_EQ("\"2.1.0\" is not a version (only letters, digits and hyphens): 1-0 is kept",
               decision(R"({"firmwareName": "a", "firmwareVersion": "2.1.0"})", "1-0"));
-    EXPECT_EQ("none: firmwareVersion is missing or not a text",
+    EXPECT_EQ("none: firmwareVersion is missing, empty or not a text",
               decision(R"({"firmwareName": "a", "firmwareVersion": 2})", "1-0"));
+    EXPECT_EQ("none: firmwareVersion is missing, empty or not a text",
+              decision(R"({"firmwareName": "a", "firmwareVersion": ""})", "1-0"));
     EXPECT_EQ("none: the accessory reports no version",
               decision(R"({"firmwareName": "a", "firmwareVersion": "1-0"})", ""));
-    EXPECT_EQ("none: firmwareVersion is missing or not a text, and the accessory "
+    EXPECT_EQ("none: firmwareVersion is missing, empty or not a text, and the accessory "
               "reports no version",
               decision(R"({"firmwareName": "a"})", ""));
 }
