@@ -82,7 +82,7 @@ void carry_out_requests() {
         const bool fetch = request.type == HTTP_REQUEST_GET;
         std::printf("  %s %s: status %ld\n", fetch ? "GET" : "POST", request.url.c_str(), status);
         if (fetch && status != 200) {
-            // The library asks again at once when it hears of this: a pause, or the server is
+            // The library asks again at once when this is reported: a pause, or the server is
             // flooded.
             lock.lock();
             phone_changed.wait_for(lock, std::chrono::seconds(1), [] { return hanging_up; });

@@ -46,7 +46,7 @@ SettingsList read_settings(const cJSON* list, std::size_t most_faulty);
 /// What is wrong with a setting: "its value is missing or null".
 std::string in_words(document::ParameterFault fault);
 
-/// Whether devices are sent the setting: its access is the administrator's.
+/// Whether the setting is sent when the accessory is configured: its access is the administrator's.
 bool is_sent(const ReadSetting& setting);
 
 /// A setting that an accessory keeps.

@@ -20,8 +20,7 @@ std::string place_of(std::string_view text, std::size_t offset) {
     return "line " + std::to_string(place.line) + ", column " + std::to_string(place.column);
 }
 
-}  // namespace
-
+/// The reason without the place.
 std::string reason(std::string_view text, const Fault& fault) {
     const std::string bytes = std::to_string(read_part(text).size());
     switch (fault.kind) {
@@ -43,6 +42,15 @@ std::string reason(std::string_view text, const Fault& fault) {
     return "no JSON";
 }
 
+/// Enough of a text to find it by: at most 60 bytes, and "..." when there are more.
+std::string beginning_of(std::string_view text) {
+    constexpr std::size_t enough = 60;
+    const std::size_t cut = cut_between_characters(text, enough);
+    return std::string(text.substr(0, cut)) + (cut < text.size() ? "..." : "");
+}
+
+}  // namespace
+
 std::string explanation(std::string_view text, const Fault& fault) {
     text = read_part(text);
     switch (fault.kind) {
@@ -55,12 +63,6 @@ std::string explanation(std::string_view text, const Fault& fault) {
     default:
         return reason(text, fault);
     }
-}
-
-std::string beginning_of(std::string_view text) {
-    constexpr std::size_t enough = 60;
-    const std::size_t cut = cut_between_characters(text, enough);
-    return std::string(text.substr(0, cut)) + (cut < text.size() ? "..." : "");
 }
 
 }  // namespace headsetmgmt::program::json

@@ -32,13 +32,7 @@ struct Fault {
     std::size_t parser_offset;
 };
 
-/// The reason without the place, such as "no JSON".
-std::string reason(std::string_view text, const Fault& fault);
-
 /// The reason and the place in one sentence.
 std::string explanation(std::string_view text, const Fault& fault);
-
-/// Enough of a text to find it by: at most 60 bytes, and "..." when there are more.
-std::string beginning_of(std::string_view text);
 
 }  // namespace headsetmgmt::program::json

@@ -169,7 +169,7 @@ void PhoneRequests::set_under_way(RunProgress::UnderWay what) {
     under_way = what;
 }
 
-/// The library fetches again as soon as it hears of a failure, so this holds the answer back.
+/// Holds the answer back: the library fetches again as soon as a failure is reported.
 void PhoneRequests::fail_fetch(const std::string& url, int status, bool for_good) {
     std::chrono::milliseconds wait{0};
     int next_attempt = 0;

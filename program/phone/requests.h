@@ -36,7 +36,7 @@ public:
 };
 
 /// Carries out the library's requests one after the other, on a thread of its own, and answers
-/// them: the library hears of a failed fetch only when it is time for the next one.
+/// them. A failed fetch is reported to the library only when it is time for the next one.
 class PhoneRequests {
 public:
     struct Options {
@@ -66,13 +66,12 @@ public:
 
 private:
     using Clock = std::chrono::steady_clock;
-    /// A failed fetch that the library hears of later, so that it does not fetch again at once.
+    /// A failed fetch. It is reported to the library later: that fetches again at once.
     struct HeldBackFailure {
         std::string url;
         int status;
     };
 
-    void add(TransferRequest request);
     void work();
     void fetch(const TransferRequest& wanted);
     void post(const TransferRequest& request);

@@ -120,7 +120,7 @@ std::vector<std::filesystem::path> document_files() {
     return files;
 }
 
-TEST(LibraryAgreement, ReaderForetellsWhatTheLibraryDoesWithEachDocument) {
+TEST(LibraryAgreement, ReaderPredictsWhatTheLibraryDoesWithEachDocument) {
     const std::vector<std::filesystem::path> files = document_files();
     const std::vector<AccessoryCache> all = accessories();
     std::size_t taken = 0;

@@ -163,13 +163,5 @@ TEST(Fault, PointWithoutDigits) {
     EXPECT_EQ("no JSON: line 1, column 2: \".5]\"", explained("[.5]"));
 }
 
-TEST(Fault, ReasonIsTheSentenceWithoutThePlace) {
-    EXPECT_EQ("no JSON", reason("oops", {Fault::Kind::unexpected, 0, 0}));
-    EXPECT_EQ("no JSON: it ends in the middle (byte 3)",
-              reason("[\"a", {Fault::Kind::cut_off_in_string, 1, 2}));
-    EXPECT_EQ("nested deeper than the library reads, which is 1000 levels",
-              reason("[", {Fault::Kind::too_deep, 0, 0}));
-}
-
 }  // namespace
 }  // namespace headsetmgmt::program::json

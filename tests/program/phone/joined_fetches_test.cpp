@@ -111,7 +111,7 @@ TEST(PhoneHostNetwork, MakesOneTransferOfRequestsThatWaitTogetherAndAnswersEachO
 
     EXPECT_EQ(1, phone.requests_for("/asked-thrice")) << lines;
     EXPECT_EQ(1, phone.requests_for("/of-the-accessory")) << lines;
-    // The phone says of each answer what came of it.
+    // The phone reports the result of each answer.
     EXPECT_EQ(4U, count_of("\ndocument ", lines)) << lines;
 }
 
