@@ -128,27 +128,20 @@ void add_entries(Event& event, const HandedOver& handed_over) {
 }
 
 void add_unsent(Event& event, const HandedOver& handed_over) {
-    std::map<std::optional<std::size_t>, std::size_t> kept;  // how many settings, by entry
+    // Without a setting of its model's list, an accessory keeps the common ones.
+    const std::size_t kept = kept_settings(handed_over.outcome.common, nullptr).size();
+    if (kept == 0) {
+        return;
+    }
     std::size_t accessories = 0;
     for (const std::size_t i : readers(handed_over)) {
         const AccessoryOutcome& outcome = handed_over.outcome.accessories[i];
-        if (outcome.unsent_reason.empty()) {
-            continue;
-        }
-        std::optional<std::size_t> entry;
-        if (outcome.settings_entry) {
-            entry = outcome.settings_entry->entry;
-        }
-        const auto [place, is_new] = kept.try_emplace(entry);
-        if (is_new) {
-            place->second = kept_settings(handed_over.outcome, outcome).size();
-        }
-        if (place->second == 0 || ++accessories > enough) {
+        if (outcome.unsent_reason.empty() || ++accessories > enough) {
             continue;
         }
         Event unsent = Event::object();
         add_accessory(unsent, handed_over, i);
-        unsent["settings"] = place->second;
+        unsent["settings"] = kept;
         unsent["reason"] = outcome.unsent_reason;
         event["notSent"].push_back(std::move(unsent));
     }
