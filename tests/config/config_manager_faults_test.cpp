@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Tests of a host side that throws, and of a manager that is used for ever.
+// Tests of a host side that throws, and of a manager that is used forever.
 
 #include <new>
 #include <stdexcept>
@@ -26,7 +26,7 @@ void expect_new_runs(ManagerBench& bench) {
     EXPECT_EQ((Lines{"document"}), object->script->documents);
 }
 
-/// An object that has no memory left to tell its id.
+/// An object that has no memory left to report its id.
 class NamelessConfig : public FakeConfig {
 public:
     using FakeConfig::FakeConfig;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Tests of documents whose names, versions and keys are a megabyte long: they are kept, compared
-// and told whole.
+// and reported whole.
 
 #include <cstddef>
 #include <string>

@@ -24,7 +24,7 @@ std::string with_parameter(const std::string& name, const std::string& usage_id,
            usage_id + R"(,"value":)" + value + R"(,"access":"Admin"}]}})";
 }
 
-/// What becomes of a document: the settings it leaves, and the line that tells of the first one, or
+/// The result of a document: the settings it leaves, and the line that reports the first one, or
 /// the only line.
 struct Outcome {
     Settings settings;
@@ -134,7 +134,7 @@ TEST(DocumentNumbers, TimeIsKeptAsItIsReadAndComparedExactly) {
     struct Time {
         const char* text;
         double kept;
-        const char* told;
+        const char* reported;
     };
     constexpr double infinity = std::numeric_limits<double>::infinity();
     for (const Time& time : {Time{"1e999", infinity, "inf"}, Time{"-1e999", -infinity, "-inf"},
@@ -148,7 +148,7 @@ TEST(DocumentNumbers, TimeIsKeptAsItIsReadAndComparedExactly) {
 
         EXPECT_EQ(time.kept, config.last_updated_time);
         EXPECT_EQ("info HeadsetConfigImpl: parse_remote_default_config: Updated time: "s +
-                      time.told,
+                      time.reported,
                   bench.lines().at(4));
         EXPECT_FALSE(config.is_config_required("stamp-"s + time.text)) << time.text;
     }

@@ -173,10 +173,11 @@ TEST_F(InventoryReportMemoryTest, OnlyTheDockIsLeftOutWhereverMemoryRunsOut) {
             EXPECT_EQ(report, before_dock + dock + after_dock);
             break;
         }
-        const bool told = plugins.log.contains(
+        const bool reported = plugins.log.contains(
             "HeadsetInventoryMetricsImpl: assemble_metrics[LIB-ERR]: Building dock payload failed");
-        EXPECT_EQ(report, told ? before_dock + after_dock : "") << "with failure at " << fail_at;
-        without_dock += told ? 1 : 0;
+        EXPECT_EQ(report, reported ? before_dock + after_dock : "")
+            << "with failure at " << fail_at;
+        without_dock += reported ? 1 : 0;
     }
     EXPECT_GT(without_dock, 0);
 }

@@ -49,21 +49,21 @@ def wanted_of_the_host(nm, library):
 
 def differences(what, found, file_name):
     wanted = (pathlib.Path(__file__).parent / file_name).read_text(encoding="utf-8").splitlines()
-    told = [f"{what}, but not listed: {name}" for name in found if name not in wanted]
-    told += [f"listed, but not {what}: {name}" for name in wanted if name not in found]
-    return told
+    findings = [f"{what}, but not listed: {name}" for name in found if name not in wanted]
+    findings += [f"listed, but not {what}: {name}" for name in wanted if name not in found]
+    return findings
 
 
 def main():
     nm, library = sys.argv[1:]
     exported = symbols(nm, library, "--defined-only", "--demangle")
     imported = wanted_of_the_host(nm, library)
-    told = [f"exported, but no function: {kind} {name}" for kind, name in exported if kind != "T"]
-    told += differences("exported", [name for _, name in exported], "exported_symbols.txt")
-    told += differences("imported", imported, "imported_symbols.txt")
+    findings = [f"exported, but no function: {kind} {name}" for kind, name in exported if kind != "T"]
+    findings += differences("exported", [name for _, name in exported], "exported_symbols.txt")
+    findings += differences("imported", imported, "imported_symbols.txt")
 
-    print("\n".join(told) if told else f"{len(exported)} exported, {len(imported)} imported")
-    return 1 if told else 0
+    print("\n".join(findings) if findings else f"{len(exported)} exported, {len(imported)} imported")
+    return 1 if findings else 0
 
 
 if __name__ == "__main__":

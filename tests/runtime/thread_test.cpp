@@ -200,15 +200,15 @@ TEST(ThreadTest, ObjectRunsAgainAfterAnExit) {
 }
 
 TEST(ThreadTest, AutoDeleteRunsTheDestructorOnTheThreadItself) {
-    class ToldThread : public BodyThread {
+    class WatchedThread : public BodyThread {
     public:
-        ToldThread(pthread_t& body_thread, pthread_t& destructor_thread, Event& told)
+        WatchedThread(pthread_t& body_thread, pthread_t& destructor_thread, Event& reported)
             : BodyThread([&] {
                   body_thread = pthread_self();
                   return false;
               }),
-              destroyer(destructor_thread), gone(told) {}
-        ~ToldThread() override {
+              destroyer(destructor_thread), gone(reported) {}
+        ~WatchedThread() override {
             destroyer = pthread_self();
             gone.happen();
         }
@@ -220,7 +220,7 @@ TEST(ThreadTest, AutoDeleteRunsTheDestructorOnTheThreadItself) {
     pthread_t body_thread = 0;
     pthread_t destroyer = 0;
     Event gone;
-    auto* thread = new ToldThread(body_thread, destroyer, gone);
+    auto* thread = new WatchedThread(body_thread, destroyer, gone);
 
     EXPECT_TRUE(thread->run(nullptr, THREAD_FLAG_AUTO_DELETE | THREAD_FLAG_DETACHED, 0));
 
@@ -394,17 +394,17 @@ TEST(ThreadTest, ThreadHasAStackOfTheSystemsDefaultSize) {
 /// The detach state of a thread that was run with `flags`.
 int detach_state_after_run(std::uint32_t flags) {
     int state = -1;
-    Event told;
+    Event reported;
     auto* thread = new BodyThread([&] {
         pthread_attr_t attributes;
         EXPECT_EQ(pthread_getattr_np(pthread_self(), &attributes), 0);
         EXPECT_EQ(pthread_attr_getdetachstate(&attributes, &state), 0);
         EXPECT_EQ(pthread_attr_destroy(&attributes), 0);
-        told.happen();
+        reported.happen();
         return false;
     });
     EXPECT_TRUE(thread->run(nullptr, flags, 0));
-    EXPECT_TRUE(told.wait());
+    EXPECT_TRUE(reported.wait());
     if ((flags & THREAD_FLAG_AUTO_DELETE) == 0) {
         EXPECT_TRUE(thread->join());
         delete thread;
